@@ -1,0 +1,36 @@
+#pragma once
+
+// Diagnostics for a developer; nothing of this reaches a widget.
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// Takes plain text lines. A log without a sink drops them. Any thread.
+///
+/// Never write a user's token, user id or portfolio address here.
+class DebugLog {
+public:
+    using Sink = std::function<void(std::string_view line)>;
+
+    DebugLog() = default;
+    explicit DebugLog(Sink sink);
+
+    DebugLog(const DebugLog&) = delete;
+    DebugLog& operator=(const DebugLog&) = delete;
+
+    bool isEnabled() const { return static_cast<bool>(sink_); }
+    void write(std::string_view line);
+
+    /// A sink that prefixes each line with "debug: " and writes it to standard error.
+    static Sink standardError();
+
+private:
+    std::mutex mutex_;
+    Sink sink_;
+};
+
+}  // namespace platform

@@ -1,0 +1,32 @@
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include "platform/base/debug_log.h"
+#include "platform/base/fatal.h"
+
+namespace platform {
+
+void fatalError(std::string_view message) {
+    const std::string line = "fatal error: " + std::string(message) + "\n";
+    std::fputs(line.c_str(), stderr);
+    std::fflush(stderr);
+    std::abort();
+}
+
+DebugLog::DebugLog(Sink sink) : sink_(std::move(sink)) {}
+
+void DebugLog::write(std::string_view line) {
+    if (!sink_) return;
+    const std::lock_guard lock(mutex_);
+    sink_(line);
+}
+
+DebugLog::Sink DebugLog::standardError() {
+    return [](std::string_view line) {
+        const std::string text = "debug: " + std::string(line) + "\n";
+        std::fputs(text.c_str(), stderr);
+    };
+}
+
+}  // namespace platform

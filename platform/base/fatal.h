@@ -1,0 +1,13 @@
+#pragma once
+
+// The end of the process, for what must not happen.
+
+#include <string_view>
+
+namespace platform {
+
+/// Writes "fatal error: " and `message` as one line to standard error and ends the process with
+/// SIGABRT. Only for the few failures that the widgets' contract calls fatal.
+[[noreturn]] void fatalError(std::string_view message);
+
+}  // namespace platform

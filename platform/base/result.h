@@ -1,0 +1,29 @@
+#pragma once
+
+// Failures as values: what every door of this code answers with when something can go wrong.
+
+#include <string>
+#include <tl/expected.hpp>
+#include <utility>
+
+namespace platform {
+
+/// What went wrong. `domain` names who says so ("URLError", "SettingsError", ...), `code` is one of
+/// that domain's numbers, and `message` is one line for a log, without a full stop.
+struct Error {
+    std::string domain;
+    int code = 0;
+    std::string message;
+
+    bool operator==(const Error&) const = default;
+};
+
+/// A value, or the error that stands in its place.
+template <typename T>
+using Result = tl::expected<T, Error>;
+
+inline tl::unexpected<Error> failure(std::string domain, int code, std::string message) {
+    return tl::unexpected<Error>(Error{std::move(domain), code, std::move(message)});
+}
+
+}  // namespace platform

@@ -1,0 +1,82 @@
+#pragma once
+
+// The settings store that an app and its widgets share: typed values under text keys, in one file
+// per suite, used by several processes at once.
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+#include "platform/base/result.h"
+#include "platform/settings/property_list.h"
+
+namespace platform {
+
+/// One suite. Every read and write is atomic per key and seen at once by every process. "Absent" is
+/// an empty optional; "could not be read" is an Error (domain "SettingsError"), never confused with
+/// absent. Any thread.
+class UserDefaults {
+public:
+    /// Several writes, and the reads they rest on, that no other reader ever sees half of.
+    class Transaction {
+    public:
+        virtual ~Transaction() = default;
+        virtual Result<std::optional<PropertyList>> object(std::string_view key) = 0;
+        virtual Result<void> set(std::string_view key, const PropertyList& value) = 0;
+        virtual Result<void> remove(std::string_view key) = 0;
+    };
+
+    /// Opens (and creates where needed: folder mode 0700, file mode 0600) the suite's file in
+    /// `directory`. Fails when it cannot be opened or is damaged; the file is then left as it is.
+    static Result<std::shared_ptr<UserDefaults>> open(const std::filesystem::path& directory,
+                                                      std::string_view suiteName);
+
+    ~UserDefaults();
+    UserDefaults(const UserDefaults&) = delete;
+    UserDefaults& operator=(const UserDefaults&) = delete;
+
+    /// The value as stored, whatever its type.
+    Result<std::optional<PropertyList>> object(std::string_view key) const;
+    /// Several values as they stood at one moment, in the order of `keys`.
+    Result<std::vector<std::optional<PropertyList>>> objects(const std::vector<std::string>& keys) const;
+    /// Everything, as it stood at one moment.
+    Result<PropertyList::Dictionary> dictionaryRepresentation() const;
+
+    Result<void> set(std::string_view key, const PropertyList& value);
+    Result<void> remove(std::string_view key);
+    /// Runs `work` with the store locked for writing and keeps its writes all together, or none of
+    /// them when `work` answers an error.
+    Result<void> transaction(const std::function<Result<void>(Transaction&)>& work);
+
+    /// Changes whenever another connection has written; for watching the store cheaply.
+    Result<std::int64_t> dataVersion() const;
+
+private:
+    struct Connection;
+    explicit UserDefaults(std::unique_ptr<Connection> connection);
+    std::unique_ptr<Connection> connection_;
+};
+
+/// How the platform's typed getters read a stored value: with conversions, and with a default for what
+/// does not convert. The plain accessors of PropertyList are the other style, without any.
+std::optional<std::string> coercedString(
+    const std::optional<PropertyList>& value);                          // 123 as "123", true as "1"
+std::int64_t coercedInteger(const std::optional<PropertyList>& value);  // 2.67 as 2, "12abc" as 12
+bool coercedBool(const std::optional<PropertyList>& value);             // "YES" as true
+/// The dictionaries of an array that holds nothing else; otherwise nothing.
+std::optional<std::vector<PropertyList::Dictionary>> arrayOfDictionaries(
+    const std::optional<PropertyList>& value);
+
+/// The place of a suite's file in `directory`.
+std::filesystem::path storeFile(const std::filesystem::path& directory, std::string_view suiteName);
+
+/// Sets a damaged store file and its side files aside under another name (mode 0600), alone and
+/// under an exclusive lock. The new place of the main file; nothing when the store is in order or not there.
+Result<std::optional<std::filesystem::path>> repairStore(const std::filesystem::path& directory,
+                                                         std::string_view suiteName);
+
+}  // namespace platform

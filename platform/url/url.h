@@ -1,0 +1,33 @@
+#pragma once
+
+// Addresses, by the strict rule: what is not allowed in one makes the text no address.
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// A text that is an address, kept as it was given: nothing is encoded, nothing normalised. A text without
+/// a scheme is a (relative) address too; loading it fails later.
+class URL {
+public:
+    /// Nothing for an empty text, a blank, a bare "%", braces, non-ASCII characters and the like.
+    static std::optional<URL> parse(std::string_view text);
+
+    const std::string& text() const { return text_; }
+    /// Lower case; empty when there is none.
+    const std::string& scheme() const { return scheme_; }
+    /// Without brackets, lower case; empty when there is none.
+    const std::string& host() const { return host_; }
+
+    bool operator==(const URL& other) const { return text_ == other.text_; }
+
+private:
+    URL() = default;
+    std::string text_;
+    std::string scheme_;
+    std::string host_;
+};
+
+}  // namespace platform

@@ -1,0 +1,129 @@
+#pragma once
+
+// Loads what addresses name: one I/O thread for all transfers of a process, and one serial
+// background queue a session, on which its completions run one after another.
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+#include "platform/base/bytes.h"
+#include "platform/base/result.h"
+#include "platform/url/url.h"
+
+namespace platform {
+
+/// The platform's numbers in the error domain "URLError".
+namespace url_error {
+inline constexpr const char* domain = "URLError";
+inline constexpr int cancelled = -999;
+inline constexpr int badURL = -1000;
+inline constexpr int timedOut = -1001;
+inline constexpr int unsupportedURL = -1002;
+inline constexpr int cannotFindHost = -1003;
+inline constexpr int cannotConnectToHost = -1004;
+inline constexpr int networkConnectionLost = -1005;
+inline constexpr int httpTooManyRedirects = -1007;
+inline constexpr int badServerResponse = -1011;
+inline constexpr int dataLengthExceedsMaximum = -1103;
+inline constexpr int cannotDecodeContentData = -1016;
+inline constexpr int secureConnectionFailed = -1200;
+inline constexpr int serverCertificateUntrusted = -1202;
+}  // namespace url_error
+
+/// An error of the URL domain that carries nothing but its code.
+Error urlError(int code);
+
+struct URLRequest {
+    URL url;
+    /// Sent letter by letter.
+    std::string method = "GET";
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::optional<Bytes> body;
+    /// Ends the transfer when no data has arrived for so long; restarts with every byte.
+    std::chrono::milliseconds timeoutInterval = std::chrono::seconds(60);
+    /// Of the decoded body; a longer one is an error (dataLengthExceedsMaximum).
+    std::size_t maximumBodySize = 64U << 20;
+    /// Asked before the first hop and before each redirect; an address that it refuses ends the
+    /// transfer with unsupportedURL. Runs on the I/O thread.
+    std::function<bool(const URL&)> isAllowed;
+};
+
+struct HTTPResponse {
+    int statusCode = 0;
+    /// Names in lower case; the last of several wins.
+    std::map<std::string, std::string, std::less<>> headers;
+    /// Absent when the response carried none (an empty body counts as none).
+    std::optional<Bytes> body;
+};
+
+/// Runs on the session's queue, exactly once; when the loader goes away first it is dropped.
+using DataTaskCompletion = std::function<void(Result<HTTPResponse>)>;
+
+/// The process's transfers: one I/O thread, started with the first transfer, one connection pool.
+class URLLoader;
+
+/// A group of transfers whose completions run one at a time on a background queue of their own.
+/// Any thread may start transfers.
+class URLSession {
+public:
+    explicit URLSession(URLLoader& loader);
+    ~URLSession();
+    URLSession(const URLSession&) = delete;
+    URLSession& operator=(const URLSession&) = delete;
+
+    /// Starts at once. The session may be gone before the answer comes: its queue lives until its
+    /// last completion has run.
+    void dataTask(URLRequest request, DataTaskCompletion completion);
+
+private:
+    struct Queue;
+    URLLoader& loader_;
+    std::shared_ptr<Queue> queue_;
+};
+
+class URLLoader {
+public:
+    URLLoader();
+    /// Ends all transfers (their completions are dropped) and waits for completions that are running.
+    ~URLLoader();
+    URLLoader(const URLLoader&) = delete;
+    URLLoader& operator=(const URLLoader&) = delete;
+
+    /// The session that everybody shares who asks for none of his own.
+    URLSession& sharedSession();
+
+    /// Loads on the I/O thread and waits for it here; never from the I/O thread itself. `deadline`
+    /// bounds the whole transfer.
+    Result<HTTPResponse> load(URLRequest request, std::chrono::steady_clock::time_point deadline);
+
+    struct Statistics {
+        /// Time during which at least one transfer was under way, in total.
+        std::chrono::microseconds busy{0};
+        long transfers = 0;
+        long connectionsOpened = 0;
+    };
+    Statistics statistics() const;
+
+private:
+    friend class URLSession;
+    struct Implementation;
+    std::unique_ptr<Implementation> implementation_;
+};
+
+/// Reads the resource at an address as a widget reads a picture: http and https only, 2 MiB at the
+/// most, statuses 101, 200 to 399, 401 and 407 give the body. An address on this machine or on a
+/// private network is refused unless `allowsPrivateHosts`; every redirect is checked anew, and so is
+/// every address that a host name resolves to.
+Result<Bytes> contentsOf(const URL& url, URLLoader& loader, bool allowsPrivateHosts,
+                         std::chrono::steady_clock::time_point deadline);
+
+/// Whether the host of `url` is this machine or on a private, link-local or otherwise not public
+/// network, going by its literal address or by "localhost" names; a host name is not looked up.
+bool namesPrivateHost(const URL& url);
+
+}  // namespace platform
