@@ -1,0 +1,43 @@
+#pragma once
+
+// Draws display lists, and measures what they are made of.
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include "host/layout/display_list.h"
+#include "host/layout/measurer.h"
+#include "platform/base/result.h"
+
+namespace host {
+
+/// Holds fonts, assets and surfaces that are worth keeping between pictures. One thread at a time.
+/// The same list gives the same bytes on one machine, whatever its environment.
+class Painter {
+public:
+    /// `resources` holds `assets/*.svg`. Fails (domain "PaintError") when a font or the assets are not there.
+    static platform::Result<std::unique_ptr<Painter>> make(const std::filesystem::path& resources);
+    ~Painter();
+    Painter(const Painter&) = delete;
+    Painter& operator=(const Painter&) = delete;
+
+    /// Lives as long as the painter. `scale` is 1, 2 or 3 pixels a point.
+    const Measurer& measurer(int scale);
+
+    struct Timing {
+        double paintMs = 0.0;
+        double encodeMs = 0.0;
+    };
+
+    /// PNG of size × scale pixels, square corners. `timing` may be null.
+    platform::Result<std::string> png(const DisplayList& list, int scale, Timing* timing = nullptr);
+    /// SVG with text as outlines.
+    platform::Result<std::string> svg(const DisplayList& list);
+
+private:
+    struct Implementation;
+    explicit Painter(std::unique_ptr<Implementation> implementation);
+    std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace host

@@ -1,0 +1,105 @@
+#pragma once
+
+// The extension as a child process: starting it, asking it, watching it, ending it.
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+#include "platform/base/clock.h"
+#include "platform/base/result.h"
+#include "platform/view/view.h"
+#include "platform/widget/timeline.h"
+#include "platform/widget/widget_family.h"
+
+namespace host {
+
+/// The child's own memory and times.
+struct ExtensionStatistics {
+    long peakRssKiB = 0;
+    long privateKiB = 0;
+    double userMs = 0.0;
+    double systemMs = 0.0;
+    /// From spawn to answer.
+    double wallMs = 0.0;
+    /// The part of it spent waiting for the service.
+    double networkMs = 0.0;
+};
+
+struct ExtensionOptions {
+    std::filesystem::path program;
+    /// Given to the child after its own name.
+    std::vector<std::string> arguments;
+    /// Takes the child's log, line by line, on a thread of the process's own.
+    std::function<void(std::string line)> log;
+};
+
+enum class EntryRequest { placeholder, snapshot, timeline };
+
+struct EntryQuestion {
+    std::string kind;
+    platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
+    EntryRequest request = EntryRequest::timeline;
+    bool isPreview = false;
+    /// Building views may end the extension: ask for them only where they are drawn.
+    bool wantsEntries = false;
+    bool wantsViews = false;
+};
+
+struct AnsweredEntry {
+    platform::Instant date;
+    /// JSON text; empty when not asked for.
+    std::string json;
+    std::optional<platform::View> view;
+};
+
+struct EntryAnswer {
+    std::vector<AnsweredEntry> entries;
+    /// Of a timeline only.
+    std::optional<platform::TimelineReloadPolicy> policy;
+    double networkMs = 0.0;
+};
+
+struct WidgetListing {
+    std::string kind;
+    std::string displayName;
+    std::string description;
+    std::vector<platform::WidgetFamily> families;
+};
+
+/// One child. Starts with the first question; after its death or end the next question starts a new one.
+/// Questions may overlap; any thread. Errors (domain "ExtensionError") are one line that
+/// says how the child ended or how long it was waited for.
+class ExtensionProcess {
+public:
+    explicit ExtensionProcess(ExtensionOptions options);
+    /// Ends the child and waits for it.
+    ~ExtensionProcess();
+    ExtensionProcess(const ExtensionProcess&) = delete;
+    ExtensionProcess& operator=(const ExtensionProcess&) = delete;
+
+    platform::Result<std::vector<WidgetListing>> gallery(std::chrono::milliseconds limit);
+    /// A late answer is dropped; the child lives on.
+    platform::Result<EntryAnswer> ask(const EntryQuestion& question, std::chrono::milliseconds limit);
+    /// The extension's clock from now on; absent: the system's.
+    platform::Result<void> setClock(std::optional<platform::Instant> instant, double rate);
+    platform::Result<void> ping(std::chrono::milliseconds limit);
+
+    /// Of the running child, or of the last one as it was at its last answer.
+    ExtensionStatistics statistics() const;
+    /// 0 when none runs.
+    int processId() const;
+    /// Ends the child (SIGKILL when it does not go by itself) and reaps it.
+    void end();
+
+private:
+    struct Child;
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+}  // namespace host
