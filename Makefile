@@ -1,0 +1,30 @@
+# The daily loop. Each target first installs what is missing (see setup/).
+MAKEFLAGS += --no-print-directory
+
+.PHONY: run build test bench lint format setup
+
+run: build
+	@build/brightledger run
+
+build: setup
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release
+
+test: build
+	@cmake --preset asan >/dev/null
+	@cmake --build --preset asan
+	@ctest --preset release
+	@ctest --preset asan
+
+bench: build
+	@bench/run
+
+lint: setup
+	@cmake --preset debug >/dev/null
+	@setup/lint
+
+format: setup
+	@git ls-files '*.h' '*.cpp' | xargs clang-format-19 -i
+
+setup:
+	@setup/install
