@@ -38,6 +38,9 @@ function(brightledger_room name)
     endif()
 endfunction()
 
+# All that protoc makes, for tools that read sources without building them.
+add_custom_target(generated)
+
 # brightledger_messages(NAME FILE.proto [USES LIBRARY...])
 # The classes that protoc makes of a schema in the current folder, without our warnings.
 function(brightledger_messages name schema)
@@ -56,6 +59,8 @@ function(brightledger_messages name schema)
     add_library(${name} STATIC ${output}.cc ${output}.h)
     target_include_directories(${name} SYSTEM PUBLIC ${PROJECT_BINARY_DIR}/generated)
     target_link_libraries(${name} PUBLIC ${MESSAGES_USES})
+    add_custom_target(${name}_generated DEPENDS ${output}.h)
+    add_dependencies(generated ${name}_generated)
     if(BRIGHTLEDGER_SANITIZE)
         target_compile_options(${name} PRIVATE -fsanitize=${BRIGHTLEDGER_SANITIZE})
     endif()
