@@ -1,0 +1,78 @@
+#include "extension/widgets/perch/proto/market_package.h"
+
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/stubs/logging.h>
+#include <google/protobuf/unknown_field_set.h>
+#include <algorithm>
+#include <limits>
+#include <string>
+
+namespace extension {
+namespace {
+
+using google::protobuf::Message;
+
+// The library reads a known field in the wrong wire type as an unknown one; for us it is an error.
+bool hasMistypedField(const Message& message) {
+    const auto& unknown = message.GetReflection()->GetUnknownFields(message);
+    for (int index = 0; index < unknown.field_count(); ++index) {
+        if (message.GetDescriptor()->FindFieldByNumber(unknown.field(index).number()) != nullptr) return true;
+    }
+    return false;
+}
+
+bool hasMistypedFieldAnywhere(const MarketPackage_MultiAssetInfo& info) {
+    return hasMistypedField(info) || hasMistypedField(info.data()) ||
+           std::ranges::any_of(info.data().datalist(), hasMistypedField);
+}
+
+// The same bytes for equal messages, which the plain way of writing does not promise.
+std::string deterministicBytes(const Message& message) {
+    std::string bytes;
+    google::protobuf::io::StringOutputStream output(&bytes);
+    google::protobuf::io::CodedOutputStream coded(&output);
+    coded.SetSerializationDeterministic(true);
+    message.SerializePartialToCodedStream(&coded);
+    coded.Trim();
+    return bytes;
+}
+
+tl::unexpected<platform::Error> decodingFailure(std::string message) {
+    return platform::failure("DecodingError", 0, std::move(message));
+}
+
+}  // namespace
+
+platform::Result<MarketPackage_MultiAssetInfo> decodeMultiAssetInfo(std::string_view bytes) {
+    if (bytes.size() > std::numeric_limits<int>::max()) return decodingFailure("the quotes are too long");
+
+    // Without it the library writes to standard error about text that is no UTF-8.
+    const google::protobuf::LogSilencer silencer;
+    MarketPackage_MultiAssetInfo info;
+    if (!info.ParseFromArray(bytes.data(), static_cast<int>(bytes.size())))
+        return decodingFailure("the quotes are no whole message");
+    if (hasMistypedFieldAnywhere(info))
+        return decodingFailure("a field of the quotes has the wrong wire type");
+    return info;
+}
+
+std::size_t hashValue(const Message& message) {
+    return std::hash<std::string>{}(deterministicBytes(message));
+}
+
+}  // namespace extension
+
+namespace MarketPackage {
+
+bool operator==(const MultiAssetInfo& a, const MultiAssetInfo& b) {
+    return extension::deterministicBytes(a) == extension::deterministicBytes(b);
+}
+bool operator==(const MultiAssetData& a, const MultiAssetData& b) {
+    return extension::deterministicBytes(a) == extension::deterministicBytes(b);
+}
+bool operator==(const MultiAssetDataListItem& a, const MultiAssetDataListItem& b) {
+    return extension::deterministicBytes(a) == extension::deterministicBytes(b);
+}
+
+}  // namespace MarketPackage
