@@ -1,0 +1,13 @@
+#include "extension/ui/common/widget_divider.h"
+
+namespace extension {
+
+platform::View WidgetDivider::body() const {
+    return platform::Divider()
+        .foregroundColor(color)
+        .opacity(0.5)
+        .frame({.height = isCompact ? 2.0 : 10.0})
+        .frame({.height = isCompact ? 4.0 : 10.0});
+}
+
+}  // namespace extension
