@@ -1,0 +1,137 @@
+#include "platform/runtime/process_options.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A variable's value; an empty one counts as none.
+std::optional<std::string> environmentValue(const char* name) {
+    const char* value = std::getenv(name);
+    if (value == nullptr || *value == '\0') return std::nullopt;
+    return value;
+}
+
+struct Setting {
+    std::string name;
+    std::optional<std::string> value;
+};
+
+/// An option beats its variable; `name` becomes the one that was used, for a message.
+Setting choose(const std::optional<std::string>& option, std::string optionName, const char* variable) {
+    if (option) return {std::move(optionName), option};
+    return {variable, environmentValue(variable)};
+}
+
+tl::unexpected<Error> wrongUsage(const Setting& setting, std::string_view expected) {
+    return failure("UsageError", 2, setting.name + " \"" + *setting.value + "\": " + std::string(expected));
+}
+
+fs::path homeDirectory() {
+    if (const auto home = environmentValue("HOME")) return *home;
+    const passwd* user = getpwuid(getuid());
+    return user == nullptr || user->pw_dir == nullptr ? fs::path() : fs::path(user->pw_dir);
+}
+
+fs::path defaultDataDirectory() {
+    // The base directory counts only when it is absolute, as the XDG rules have it.
+    const fs::path base = environmentValue("XDG_DATA_HOME").value_or("");
+    return (base.is_absolute() ? base : homeDirectory() / ".local" / "share") / "brightledger";
+}
+
+fs::path absolutePath(const fs::path& path) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(path, error);
+    return error ? path : absolute;
+}
+
+Result<BundleInformation> readBundle(const std::optional<std::string>& named, const fs::path& installed) {
+    if (named) return BundleInformation::read(*named);
+    std::error_code error;
+    if (!fs::exists(installed, error)) return BundleInformation{};
+    return BundleInformation::read(installed);
+}
+
+bool isKnown(const TimeZone& zone, Instant at) { return Calendar(zone).offsetFromUTC(at).has_value(); }
+
+}  // namespace
+
+Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::path& installedInfoPlist) {
+    RuntimeOptions result;
+
+    const Setting directory = choose(options.dataDirectory, "--data-dir", "BRIGHTLEDGER_DATA_DIR");
+    if (directory.value && directory.value->empty()) return wrongUsage(directory, "names no folder");
+    result.dataDirectory = directory.value ? absolutePath(*directory.value) : defaultDataDirectory();
+
+    const Setting now = choose(options.now, "--now", "BRIGHTLEDGER_NOW");
+    if (now.value) {
+        result.now = parseInstant(*now.value);
+        if (!result.now) return wrongUsage(now, "no ISO 8601 instant with an offset or Z");
+    }
+
+    const Setting version = choose(options.osVersion, "--os-version", "BRIGHTLEDGER_OS_VERSION");
+    if (version.value) {
+        const char* end = version.value->data() + version.value->size();
+        const auto [rest, error] = std::from_chars(version.value->data(), end, result.osVersion);
+        if (error != std::errc() || rest != end || result.osVersion < 1) {
+            return wrongUsage(version, "no version number");
+        }
+    }
+
+    const Setting locale = choose(options.locale, "--locale", "BRIGHTLEDGER_LOCALE");
+    if (locale.value && locale.value->empty()) return wrongUsage(locale, "names no locale");
+    result.locale = locale.value ? Locale{*locale.value} : systemLocale();
+
+    const Setting zone = choose(options.timeZone, "--time-zone", "BRIGHTLEDGER_TIME_ZONE");
+    result.timeZone = zone.value ? TimeZone{*zone.value} : systemTimeZone();
+    if (zone.value && !isKnown(result.timeZone, Clock().now())) return wrongUsage(zone, "no known time zone");
+
+    const Setting infoPlist = choose(options.infoPlist, "--info-plist", "BRIGHTLEDGER_INFO_PLIST");
+    Result<BundleInformation> bundle = readBundle(infoPlist.value, installedInfoPlist);
+    if (!bundle) return tl::unexpected(bundle.error());
+    result.bundle = std::move(*bundle);
+
+    if (options.isVerbose) result.log = DebugLog::standardError();
+    return result;
+}
+
+std::vector<std::string> arguments(const ProcessOptions& options) {
+    std::vector<std::string> result;
+    const auto add = [&result](const char* name, const std::optional<std::string>& value) {
+        if (value) result.insert(result.end(), {name, *value});
+    };
+    const auto addPath = [&add](const char* name, const std::optional<std::string>& path) {
+        if (path) add(name, absolutePath(*path).string());
+    };
+    addPath("--data-dir", options.dataDirectory);
+    addPath("--info-plist", options.infoPlist);
+    add("--now", options.now);
+    add("--os-version", options.osVersion);
+    add("--locale", options.locale);
+    add("--time-zone", options.timeZone);
+    if (options.isVerbose) result.emplace_back("--verbose");
+    return result;
+}
+
+fs::path programDirectory() {
+    std::error_code error;
+    return fs::read_symlink("/proc/self/exe", error).parent_path();
+}
+
+fs::path resourcesDirectory() {
+    const fs::path beside = programDirectory() / "resources";
+    std::error_code error;
+    if (fs::is_directory(beside, error)) return beside;
+    return programDirectory().parent_path() / "share" / "brightledger";
+}
+
+}  // namespace platform

@@ -1,0 +1,44 @@
+#pragma once
+
+// The options that every program of ours takes, and what they make of the process's surroundings.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+#include "platform/base/result.h"
+#include "platform/runtime/runtime.h"
+
+namespace platform {
+
+/// The common options as they stood on the command line; absent ones come from the environment.
+struct ProcessOptions {
+    std::optional<std::string> dataDirectory;  // --data-dir, BRIGHTLEDGER_DATA_DIR
+    std::optional<std::string> infoPlist;      // --info-plist, BRIGHTLEDGER_INFO_PLIST
+    std::optional<std::string> now;            // --now, BRIGHTLEDGER_NOW
+    std::optional<std::string> osVersion;      // --os-version, BRIGHTLEDGER_OS_VERSION
+    std::optional<std::string> locale;         // --locale, BRIGHTLEDGER_LOCALE
+    std::optional<std::string> timeZone;       // --time-zone, BRIGHTLEDGER_TIME_ZONE
+    bool isVerbose = false;                    // --verbose
+};
+
+/// What the options, then the environment's variables, then the system say; an empty variable counts as
+/// none. The bundle comes from `installedInfoPlist` unless another file is named, and is empty
+/// when the installed file is not there. The widget center and the seed of identifiers stay unset.
+///
+/// Errors of the domain "UsageError" are wrong usage: an instant without an offset, a version that is
+/// no number, an unknown zone. A file that cannot be read is a "PropertyListError".
+Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options,
+                                      const std::filesystem::path& installedInfoPlist);
+
+/// The same options as command-line arguments, to hand on to a child process. Paths are absolute.
+std::vector<std::string> arguments(const ProcessOptions& options);
+
+/// The folder of the running program's file.
+std::filesystem::path programDirectory();
+
+/// Where what comes with the programs stands: "resources" beside them in a build, or
+/// "../share/brightledger" once installed.
+std::filesystem::path resourcesDirectory();
+
+}  // namespace platform

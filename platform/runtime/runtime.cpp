@@ -1,0 +1,120 @@
+#include "platform/runtime/runtime.h"
+
+#include <atomic>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <utility>
+#include "platform/base/fatal.h"
+
+namespace platform {
+namespace {
+
+/// Stands in where no host runs.
+class NoWidgetCenter final : public WidgetCenter {
+public:
+    void reloadTimelines(std::string_view) override {}
+    void reloadAllTimelines() override {}
+    void getCurrentConfigurations(
+        std::function<void(Result<std::vector<PlacedWidget>>)> completion) override {
+        completion(failure("WidgetCenterError", 1, "no widget host is running"));
+    }
+};
+
+std::atomic<const Runtime*> current = nullptr;
+
+}  // namespace
+
+struct Runtime::State {
+    explicit State(RuntimeOptions options)
+        : locale(std::move(options.locale)),
+          timeZone(std::move(options.timeZone)),
+          calendar(timeZone),
+          bundle(std::move(options.bundle)),
+          osVersion(options.osVersion),
+          dataDirectory(std::move(options.dataDirectory)),
+          ids(options.idSeed ? IdSource(*options.idSeed) : IdSource()),
+          log(std::move(options.log)),
+          widgetCenter(options.widgetCenter ? std::move(options.widgetCenter)
+                                            : std::make_shared<NoWidgetCenter>()) {
+        if (options.now) clock.set(*options.now, 0.0);
+    }
+
+    Clock clock;
+    Locale locale;
+    TimeZone timeZone;
+    Calendar calendar;
+    BundleInformation bundle;
+    int osVersion;
+    std::filesystem::path dataDirectory;
+    IdSource ids;
+    DebugLog log;
+    std::shared_ptr<WidgetCenter> widgetCenter;
+
+    std::once_flag formatterOnce;
+    std::unique_ptr<const NumberFormatter> formatter;
+
+    std::mutex suitesMutex;
+    std::map<std::string, std::shared_ptr<UserDefaults>, std::less<>> suites;
+    std::set<std::string, std::less<>> complainedSuites;
+
+    // Last, so that it ends first: a completion that is still running may use all of the above.
+    std::once_flag loaderOnce;
+    std::unique_ptr<URLLoader> loader;
+};
+
+Runtime::Runtime(RuntimeOptions options) : state_(std::make_unique<State>(std::move(options))) {}
+
+Runtime::~Runtime() {
+    // A completion that is still running may ask this object, so it waits here while all stands.
+    state_->loader.reset();
+    const Runtime* self = this;
+    current.compare_exchange_strong(self, nullptr);
+}
+
+Clock& Runtime::clock() const { return state_->clock; }
+const Locale& Runtime::locale() const { return state_->locale; }
+const TimeZone& Runtime::timeZone() const { return state_->timeZone; }
+const Calendar& Runtime::calendar() const { return state_->calendar; }
+const BundleInformation& Runtime::bundle() const { return state_->bundle; }
+int Runtime::osVersion() const { return state_->osVersion; }
+const std::filesystem::path& Runtime::dataDirectory() const { return state_->dataDirectory; }
+IdSource& Runtime::ids() const { return state_->ids; }
+DebugLog& Runtime::log() const { return state_->log; }
+WidgetCenter& Runtime::widgetCenter() const { return *state_->widgetCenter; }
+
+const NumberFormatter& Runtime::numberFormatter() const {
+    std::call_once(state_->formatterOnce,
+                   [this] { state_->formatter = std::make_unique<NumberFormatter>(state_->locale); });
+    return *state_->formatter;
+}
+
+URLLoader& Runtime::urls() const {
+    std::call_once(state_->loaderOnce, [this] { state_->loader = std::make_unique<URLLoader>(); });
+    return *state_->loader;
+}
+
+Result<std::shared_ptr<UserDefaults>> Runtime::defaults(std::string_view suiteName) const {
+    const std::lock_guard lock(state_->suitesMutex);
+    if (const auto found = state_->suites.find(suiteName); found != state_->suites.end()) {
+        return found->second;
+    }
+    Result<std::shared_ptr<UserDefaults>> opened = UserDefaults::open(state_->dataDirectory, suiteName);
+    if (opened) {
+        state_->suites.emplace(suiteName, *opened);
+    } else if (state_->complainedSuites.emplace(suiteName).second) {
+        state_->log.write(opened.error().message);
+    }
+    return opened;
+}
+
+const Runtime& Runtime::process() {
+    const Runtime* runtime = current.load(std::memory_order_acquire);
+    if (runtime == nullptr) fatalError("this process has no runtime yet");
+    return *runtime;
+}
+
+void Runtime::makeCurrent() const { current.store(this, std::memory_order_release); }
+
+}  // namespace platform
