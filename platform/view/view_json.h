@@ -12,10 +12,20 @@
 
 namespace platform {
 
+/// A number as people write it: 1 rather than 1.0. What is not finite becomes null.
+nlohmann::ordered_json numberJson(double value);
+
 /// {"hex":"#1A1A22","alpha":1}; a grey-scale colour with equal parts, a colour without components as
-/// clear white.
+/// clear white. Components are rounded to the nearest of 256 steps, alpha keeps its value.
 nlohmann::ordered_json colorJson(const Color& color);
+/// `alpha` is 1 where absent and is held within 0 to 1.
 Result<Color> colorFromJson(const nlohmann::ordered_json& json);
+
+/// {"name":"system","size":12,"weight":"regular"}
+nlohmann::ordered_json fontJson(const Font& font);
+
+/// {"text":…,"font":…,"color":…} or {"image":…}; without "color" where the run has none.
+nlohmann::ordered_json textRunJson(const TextRun& run);
 
 /// Pictures' bytes stand in the tree as base64 ("bytes").
 nlohmann::ordered_json viewJson(const View& view);
