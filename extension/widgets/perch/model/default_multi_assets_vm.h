@@ -1,0 +1,45 @@
+#pragma once
+
+// One asset that the user has chosen to follow, and how it is read from the settings store.
+
+#include <string>
+#include <vector>
+#include "platform/settings/property_list.h"
+
+namespace extension {
+
+struct DefaultMultiAssetsVM {
+    std::string id;
+    /// Lower case, as are `type` and `market`.
+    std::string exchg;
+    /// "stock", "indices", "future" or "crypto".
+    std::string type;
+    std::string symbol;
+    std::string market;
+    std::string title;
+    /// Upper case.
+    std::string instrument;
+    std::string indId;
+    std::string scId;
+    /// "yyyy-MM-dd".
+    std::string expiryDate;
+    std::string optionType;
+    std::string strikePrice;
+    /// What the service is asked for.
+    std::string priceIdentifier;
+    bool linkFlag = true;
+
+    bool operator==(const DefaultMultiAssetsVM&) const = default;
+};
+
+struct DefaultMultiAssetsListVM {
+    std::vector<DefaultMultiAssetsVM> defaultAssetsList;
+
+    bool operator==(const DefaultMultiAssetsListVM&) const = default;
+};
+
+/// Reads a stored record. A value that is absent or no text is empty; the link flag is off only
+/// for the text "0". Never fails.
+DefaultMultiAssetsVM makeAsset(const platform::PropertyList::Dictionary& record);
+
+}  // namespace extension

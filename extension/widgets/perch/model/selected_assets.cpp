@@ -1,0 +1,84 @@
+#include "extension/widgets/perch/model/selected_assets.h"
+
+#include <string>
+#include "extension/app/settings/store_keys.h"
+#include "extension/app/settings/widget_helper.h"
+
+namespace extension {
+namespace {
+
+using platform::PropertyList;
+using platform::Result;
+using platform::UserDefaults;
+
+const PropertyList& defaultRecords() {
+    static const PropertyList records(
+        PropertyList::Array{PropertyList::Dictionary{{"title", "SENSEX"},
+                                                     {"exchg", "bse"},
+                                                     {"id", "4"},
+                                                     {"type", "indices"},
+                                                     {"symbol", "in;SEN"},
+                                                     {"priceIdentifier", "in;SEN-II"},
+                                                     {"link_flag", "1"}},
+                            PropertyList::Dictionary{{"title", "NIFTY 50"},
+                                                     {"exchg", "nse"},
+                                                     {"id", "9"},
+                                                     {"type", "indices"},
+                                                     {"symbol", "in;NSX"},
+                                                     {"priceIdentifier", "in;NSX-II"},
+                                                     {"link_flag", "1"}},
+                            // The service's own spelling: in lower case here and nowhere else.
+                            PropertyList::Dictionary{{"title", "NIFTY BANK"},
+                                                     {"exchg", "nse"},
+                                                     {"id", "23"},
+                                                     {"type", "indices"},
+                                                     {"symbol", "in;nbx"},
+                                                     {"priceIdentifier", "in;nbx-II"},
+                                                     {"link_flag", "1"}}});
+    return records;
+}
+
+// All or nothing: the mark without the list would leave the user without assets for good.
+Result<void> seed(UserDefaults::Transaction& store) {
+    // Asked again, now that nobody else can write.
+    const auto mark = store.object(keys::firstTimeAppInstalledForWidget);
+    if (!mark) return tl::unexpected(mark.error());
+    if (*mark) return {};
+
+    if (auto set = store.set(keys::firstTimeAppInstalledForWidget, true); !set) return set;
+    return store.set(keys::indicesWidget, defaultRecords());
+}
+
+}  // namespace
+
+void seedDefaultsAtFirstRun(const platform::Runtime& runtime) {
+    const auto store = sharedDefaults(runtime);
+    if (!store) return;
+
+    // A plain read first, for every run but the first needs no lock.
+    const auto mark = (*store)->object(keys::firstTimeAppInstalledForWidget);
+    if (!mark || *mark) return;
+
+    if (const auto seeded = (*store)->transaction(seed); !seeded)
+        runtime.log().write("Failed to store the default assets: " + seeded.error().message);
+}
+
+DefaultMultiAssetsListVM loadSelectedAssets(const platform::Runtime& runtime) {
+    pruneExpiredFutures(runtime);
+
+    const auto store = sharedDefaults(runtime);
+    if (!store) return {};
+    const auto lists = (*store)->objects({std::string(keys::indicesWidget), std::string(keys::stockWidget),
+                                          std::string(keys::futureWidget), std::string(keys::cryptoWidget)});
+    if (!lists) return {};
+
+    DefaultMultiAssetsListVM assets;
+    for (const auto& list : *lists) {
+        const auto records = platform::arrayOfDictionaries(list);
+        if (!records) continue;
+        for (const auto& record : *records) assets.defaultAssetsList.push_back(makeAsset(record));
+    }
+    return assets;
+}
+
+}  // namespace extension
