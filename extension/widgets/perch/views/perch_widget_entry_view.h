@@ -1,0 +1,31 @@
+#pragma once
+
+// What the Perch widget shows for an entry.
+
+#include "extension/widgets/perch/model/perch_timeline_entry.h"
+#include "platform/view/view.h"
+
+namespace extension {
+
+struct PerchWidgetEntryView {
+    const PerchTimelineEntry& entry;
+
+    platform::View body(const platform::EnvironmentValues& environment) const;
+};
+
+/// From top to bottom: the app's logo (large family), the rows or what to do about having none, and
+/// the settings strip. Logo and strip stand whole; rows that do not fit between them are cut off at
+/// the foot of the last that does.
+struct PerchWidgetView {
+    const PerchTimelineEntry& entry;
+    platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
+
+    platform::View body(const platform::EnvironmentValues& environment) const;
+};
+
+/// The empty state.
+struct AddNoAssetsView {
+    platform::View body() const;
+};
+
+}  // namespace extension
