@@ -1,0 +1,34 @@
+#pragma once
+
+// Production or staging: which of the service's hosts this build talks to.
+
+#include <string>
+#include "platform/runtime/runtime.h"
+#include "platform/settings/bundle_information.h"
+
+namespace extension {
+
+struct BuildFlags {
+    bool isProduction = true;
+    bool isAdTestMode = false;
+
+    bool operator==(const BuildFlags&) const = default;
+};
+
+/// From the entries "ENVIRONMENT" ("staging" exactly is staging, all else is production) and
+/// "AD_TEST_MODE" ("TRUE" exactly).
+BuildFlags buildFlags(const platform::BundleInformation& bundle);
+/// The process's own, read once.
+const BuildFlags& buildFlags();
+
+// Origins with their scheme and without a trailing slash; empty when the bundle names none, so that
+// every request to it fails.
+
+/// The origin of the quotes, in the environment of this build.
+std::string apiHost(const platform::Runtime& runtime);
+/// The origin of the news, in the environment of this build.
+std::string webHost(const platform::Runtime& runtime);
+/// The production origin of the news, whatever the environment.
+std::string productionWebHost(const platform::Runtime& runtime);
+
+}  // namespace extension

@@ -1,0 +1,23 @@
+#pragma once
+
+// The links through which a tap on a widget opens the phone app.
+
+#include <string>
+#include <string_view>
+#include "platform/runtime/runtime.h"
+
+namespace extension {
+
+inline constexpr std::string_view widgetScheme = "brightledgerwidget://";
+
+inline constexpr std::string_view openPortfolioLink = "brightledgerwidget://openPortfolio";
+inline constexpr std::string_view addPortfolioLink = "brightledgerwidget://addPortfolio";
+inline constexpr std::string_view loginLink = "brightledgerwidget://login";
+inline constexpr std::string_view configureWidgetLink = "brightledgerwidget://configureWidget";
+
+/// The link to all news: a page of the production web host, in staging too.
+std::string moreNewsLink(const platform::Runtime& runtime);
+/// The process's own, built once.
+const std::string& moreNewsLink();
+
+}  // namespace extension

@@ -1,0 +1,46 @@
+#pragma once
+
+// The settings store that the phone app and its widgets share: its suite and its keys.
+
+#include <memory>
+#include <string_view>
+#include "platform/base/result.h"
+#include "platform/runtime/runtime.h"
+#include "platform/settings/user_defaults.h"
+
+namespace extension {
+
+namespace keys {
+
+// The suite, and the two key names that the phone app reads from us under these very names.
+inline constexpr std::string_view GROUP_TODAY_EXTENSION = "group.shareWithTodayExtension";
+inline constexpr std::string_view refresh_rate = "refresh_rate";
+inline constexpr std::string_view reloadWidgetOnThemeChange = "reloadWidgetOnThemeChange";
+
+// The chosen assets: arrays of dictionaries.
+inline constexpr std::string_view futureWidget = "FUTURE_WIDGET";
+inline constexpr std::string_view indicesWidget = "INDICES_WIDGET";
+inline constexpr std::string_view stockWidget = "STOCK_WIDGET";
+inline constexpr std::string_view cryptoWidget = "CRYPTO_WIDGET";
+inline constexpr std::string_view firstTimeAppInstalledForWidget = "firstTimeAppInstalledForWidget";
+
+// The session, the address of the user's portfolio, and the rows of the last answer.
+inline constexpr std::string_view token = "token";
+inline constexpr std::string_view userId = "userId";
+inline constexpr std::string_view userPortfolio = "userPortfolio";
+inline constexpr std::string_view portfolioArray = "portfolioArray";
+
+// An archived dictionary, and its entry that replaces the news feed's address.
+inline constexpr std::string_view extraLinks = "extra_links";
+inline constexpr std::string_view newsWidgetApiUrl = "newsWidgetApiUrl";
+
+inline constexpr std::string_view themeType = "ThemeType";
+inline constexpr std::string_view autoThemeType = "AutoThemeType";
+inline constexpr std::string_view isThemeTypeSet = "IsThemeTypeSet";
+
+}  // namespace keys
+
+/// The store shared with the phone app. Any thread.
+platform::Result<std::shared_ptr<platform::UserDefaults>> sharedDefaults(const platform::Runtime& runtime);
+
+}  // namespace extension
