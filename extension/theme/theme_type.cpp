@@ -1,0 +1,41 @@
+#include "extension/theme/theme_type.h"
+
+#include "extension/app/settings/store_keys.h"
+#include "platform/base/fatal.h"
+
+namespace extension {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// The clock of the one zone that decides, whatever the device's own.
+platform::Calendar calendarOfIndia() {
+    const auto zone = platform::timeZoneForAbbreviation("IST");
+    if (!zone) platform::fatalError("no time zone for IST");
+    return platform::Calendar(*zone);
+}
+
+}  // namespace
+
+ThemeType selectedThemeType(const platform::Runtime& runtime) {
+    const auto defaults = sharedDefaults(runtime);
+    if (!defaults) return ThemeType::dark;
+    const auto stored = (*defaults)->object(keys::themeType);
+    return stored ? themeTypeOf(platform::coercedInteger(*stored)) : ThemeType::dark;
+}
+
+ThemeType automaticThemeType(const platform::Runtime& runtime) {
+    const platform::Calendar calendar = calendarOfIndia();
+    const platform::Instant now = runtime.now();
+    const auto morning = calendar.timeOnDay(now, 7h);
+    const auto evening = calendar.timeOnDay(now, 19h);
+    if (!morning || !evening) platform::fatalError("no 07:00 and 19:00 of today in India");
+    return now < *morning || *evening < now ? ThemeType::dark : ThemeType::light;
+}
+
+ThemeType effectiveThemeType(const platform::Runtime& runtime) {
+    const ThemeType selected = selectedThemeType(runtime);
+    return selected == ThemeType::automatic ? automaticThemeType(runtime) : selected;
+}
+
+}  // namespace extension
