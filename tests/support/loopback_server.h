@@ -1,0 +1,104 @@
+#pragma once
+
+// A real HTTP server on 127.0.0.1 that answers as a test says, faults included.
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tests {
+
+/// What a server makes of one request.
+struct Answer {
+    /// How the answer ends when it does not end well.
+    enum class Ending {
+        complete,
+        /// Closes the connection after the first half of the body.
+        cut,
+        /// Resets the connection after the first half of the body.
+        reset,
+        /// Closes the connection instead of answering.
+        noAnswer,
+        /// Resets the connection instead of answering.
+        noAnswerReset,
+        /// Never answers; keeps the connection open.
+        silence,
+    };
+
+    int status = 200;
+    std::string body = {};
+    std::vector<std::pair<std::string, std::string>> headers = {};
+    /// Before the first byte of the answer.
+    std::chrono::milliseconds delay{0};
+    /// The body goes out in pieces of so many bytes, with a pause after each.
+    std::optional<std::size_t> pieceSize = std::nullopt;
+    std::chrono::milliseconds pause{0};
+    bool isChunked = false;
+    /// Compresses the body and says so.
+    bool isGzip = false;
+    /// Said in Content-Length instead of the truth.
+    std::optional<std::size_t> declaredLength = std::nullopt;
+    /// Closes the connection afterwards, and says so.
+    bool closesConnection = false;
+    Ending ending = Ending::complete;
+
+    static Answer redirect(int status, std::string location) {
+        return {.status = status, .headers = {{"Location", std::move(location)}}};
+    }
+};
+
+struct ReceivedRequest {
+    /// Letter by letter.
+    std::string method;
+    /// Path and query as they came.
+    std::string target;
+    /// As they came, names in lower case.
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::string body;
+    /// Counts connections from 0.
+    int connection = 0;
+
+    /// The first of that name; absent when there is none.
+    std::optional<std::string> header(std::string_view lowerCaseName) const;
+    int headerCount(std::string_view lowerCaseName) const;
+};
+
+/// Listens from construction on, on a port of its own, until it goes. Keeps connections open between
+/// requests. Any thread; without any answer set it answers 404.
+class LoopbackServer {
+public:
+    LoopbackServer();
+    ~LoopbackServer();
+    LoopbackServer(const LoopbackServer&) = delete;
+    LoopbackServer& operator=(const LoopbackServer&) = delete;
+
+    /// "http://127.0.0.1:PORT"
+    std::string origin() const;
+    int port() const;
+
+    /// Answers every request that no path's answer fits.
+    void answer(Answer answer);
+    /// Answers requests for `path` (with a "?" in it: for the whole target).
+    void answer(const std::string& path, Answer answer);
+    /// Answers one request after the other, whatever it asks for, before all other answers.
+    void answerInTurn(std::vector<Answer> answers);
+
+    /// In the order in which they were wholly received.
+    std::vector<ReceivedRequest> requests() const;
+    /// Waits until `count` requests have come; whether they have, after a long wait.
+    bool waitForRequests(std::size_t count) const;
+    int connectionCount() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// `content` in gzip's format.
+std::string gzipCompressed(std::string_view content);
+
+}  // namespace tests
