@@ -1,0 +1,85 @@
+#include "extension/widgets/portfolio/timeline/pw_provider.h"
+
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include "extension/net/network_manager.h"
+#include "platform/base/fatal.h"
+
+namespace extension {
+namespace {
+
+using platform::Instant;
+using platform::Timeline;
+using platform::TimelineReloadPolicy;
+using namespace std::chrono_literals;
+
+Instant orFatal(const std::optional<Instant>& instant, const char* message) {
+    if (!instant) platform::fatalError(message);
+    return *instant;
+}
+
+/// Whether the market's figures move now, and so are worth a request.
+bool isInRefreshWindow(const platform::Calendar& calendar, Instant now) {
+    constexpr const char* noTime = "the calendar cannot give a time of today";
+    const Instant opening = orFatal(calendar.timeOnDay(now, 9h), noTime);
+    const Instant closing = orFatal(calendar.timeOnDay(now, 16h), noTime);
+    return opening <= now && now <= closing;
+}
+
+/// What a placeholder hands out, while its fetch may still write to it.
+struct PlaceholderBox {
+    explicit PlaceholderBox(PWTimelineEntry first) : entry(std::move(first)) {}
+
+    std::mutex mutex;
+    PWTimelineEntry entry;
+};
+
+}  // namespace
+
+PWProvider::PWProvider(const platform::Runtime& runtime)
+    : runtime_(runtime),
+      network_(std::make_shared<NetworkManager>(runtime)),
+      pwViewModel_(std::make_shared<PWViewModel>(runtime, *network_)) {}
+
+PWTimelineEntry PWProvider::placeholder(const platform::TimelineProviderContext&) {
+    const auto box =
+        std::make_shared<PlaceholderBox>(PWTimelineEntry(runtime_, runtime_.now(), {}, PWAPIError::failed));
+    // A fetch that finds nobody signed in answers before it returns; any other answer comes too late.
+    pwViewModel_->fetch([box](PWTimelineEntry entry) {
+        const std::lock_guard lock(box->mutex);
+        box->entry = std::move(entry);
+    });
+    const std::lock_guard lock(box->mutex);
+    return box->entry;
+}
+
+void PWProvider::getSnapshot(const platform::TimelineProviderContext&,
+                             std::function<void(PWTimelineEntry)> completion) {
+    pwViewModel_->fetch(std::move(completion));
+}
+
+void PWProvider::getTimeline(const platform::TimelineProviderContext&,
+                             std::function<void(Timeline<PWTimelineEntry>)> completion) {
+    const Instant now = runtime_.now();
+    const auto fetchWithPolicy = [this](TimelineReloadPolicy policy, auto&& done) {
+        pwViewModel_->fetch([policy, done = std::move(done)](PWTimelineEntry entry) {
+            done(Timeline<PWTimelineEntry>{{std::move(entry)}, policy});
+        });
+    };
+    if (isInRefreshWindow(runtime_.calendar(), now)) {
+        const Instant reload = orFatal(runtime_.calendar().dateByAddingSeconds(30, now),
+                                       "the calendar cannot add 30 seconds to now");
+        fetchWithPolicy(TimelineReloadPolicy::after(reload), std::move(completion));
+        return;
+    }
+    if (auto rows = pwViewModel_->loadRows()) {
+        completion({{PWTimelineEntry(runtime_, now, std::move(*rows), PWAPIError::success)},
+                    TimelineReloadPolicy::atEnd()});
+        return;
+    }
+    fetchWithPolicy(TimelineReloadPolicy::atEnd(), std::move(completion));
+}
+
+}  // namespace extension

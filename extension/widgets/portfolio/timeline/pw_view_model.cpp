@@ -1,0 +1,112 @@
+#include "extension/widgets/portfolio/timeline/pw_view_model.h"
+
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include "extension/app/settings/store_keys.h"
+#include "extension/net/network_manager.h"
+#include "extension/widgets/portfolio/model/portfolio_data_model.h"
+
+namespace extension {
+namespace {
+
+using platform::Result;
+
+/// The text under `key` as it was stored; a number there is no text.
+std::optional<std::string> storedText(const platform::UserDefaults& defaults, std::string_view key) {
+    const auto value = defaults.object(key);
+    if (!value || !*value || (*value)->text() == nullptr) return std::nullopt;
+    return *(*value)->text();
+}
+
+bool hasPortfolio(const PortfolioDataModel& portfolio) {
+    if (!portfolio.portfoliosummary || !portfolio.portfoliosummary->networthDetails) return false;
+    // Only this very text is no investment: "0.0" is one.
+    const auto& investments = portfolio.portfoliosummary->networthDetails->investments;
+    return investments && !investments->empty() && *investments != "0";
+}
+
+}  // namespace
+
+PWViewModel::PWViewModel(const platform::Runtime& runtime, NetworkManager& network)
+    : runtime_(runtime), network_(network) {}
+
+std::optional<std::string> PWViewModel::requestAddress() const {
+    const auto defaults = sharedDefaults(runtime_);
+    if (!defaults) return std::nullopt;
+    const auto token = storedText(**defaults, keys::token);
+    const auto userId = storedText(**defaults, keys::userId);
+    const auto portfolio = storedText(**defaults, keys::userPortfolio);
+    if (!token || token->empty() || !userId || userId->empty() || !portfolio) return std::nullopt;
+
+    // The service reads these values as they stand: nothing is encoded.
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(runtime_.now().time_since_epoch());
+    return *portfolio + "&ctype=2&uname=" + *userId + "&token=" + *token +
+           "&test=false&ts=" + std::to_string(seconds.count()) + "&t_device=iphone&t_app=BL&t_version=193";
+}
+
+PWTimelineEntry PWViewModel::entry(PWAPIError state, std::vector<PortfolioWidgetVM> rows) const {
+    return {runtime_, runtime_.now(), std::move(rows), state};
+}
+
+PWTimelineEntry PWViewModel::entryFor(std::string_view body) const {
+    const Result<PortfolioDataModel> portfolio = decodePortfolio(body);
+    if (!portfolio) {
+        runtime_.log().write(portfolio.error().message);
+        return entry(PWAPIError::failed);
+    }
+    if (!hasPortfolio(*portfolio)) return entry(PWAPIError::noPortfolio);
+    auto rows = makeRows(*portfolio->portfoliosummary->networthDetails, runtime_.ids());
+    saveRows(rows);
+    return entry(PWAPIError::success, std::move(rows));
+}
+
+void PWViewModel::fetch(Completion completion) {
+    const auto address = requestAddress();
+    if (!address) {
+        completion(entry(PWAPIError::nonLogin));
+        return;
+    }
+    network_.sendRequest(*address, RequestMethod::get, std::nullopt,
+                         [weak = weak_from_this(), &runtime = runtime_,
+                          completion = std::move(completion)](Result<platform::Bytes> answer) {
+                             const auto viewModel = weak.lock();
+                             if (!viewModel || !answer) {
+                                 completion({runtime, runtime.now(), {}, PWAPIError::failed});
+                                 return;
+                             }
+                             completion(viewModel->entryFor(answer->view()));
+                         });
+}
+
+void PWViewModel::saveRows(const std::vector<PortfolioWidgetVM>& rows) const {
+    const auto report = [this](const platform::Error& error) {
+        runtime_.log().write("Failed to save portfolio array: " + error.message);
+    };
+    Result<std::string> encoded = encodedRows(rows);
+    if (!encoded) return report(encoded.error());
+    const auto defaults = sharedDefaults(runtime_);
+    if (!defaults) return report(defaults.error());
+    const auto saved = (*defaults)->set(keys::portfolioArray, platform::Bytes(std::move(*encoded)));
+    if (!saved) return report(saved.error());
+    runtime_.log().write("Portfolio array saved successfully.");
+}
+
+std::optional<std::vector<PortfolioWidgetVM>> PWViewModel::loadRows() const {
+    const auto defaults = sharedDefaults(runtime_);
+    const auto value =
+        defaults ? (*defaults)->object(keys::portfolioArray) : tl::unexpected(defaults.error());
+    if (!value || !*value || (*value)->data() == nullptr) {
+        runtime_.log().write("No portfolio array found.");
+        return std::nullopt;
+    }
+    auto rows = decodeRows((*value)->data()->view());
+    if (!rows) {
+        runtime_.log().write("Failed to decode portfolio array: " + rows.error().message);
+        return std::nullopt;
+    }
+    return std::move(*rows);
+}
+
+}  // namespace extension

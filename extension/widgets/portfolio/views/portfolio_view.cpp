@@ -1,0 +1,115 @@
+#include "extension/widgets/portfolio/views/portfolio_view.h"
+
+#include <utility>
+#include "extension/app/settings/deep_links.h"
+#include "extension/theme/hex_codec.h"
+#include "extension/widgets/portfolio/views/portfolio_texts.h"
+
+namespace extension {
+namespace {
+
+using namespace platform;
+
+Color valueColor(const PortfolioWidgetVM& row, const PWTimelineEntry& entry) {
+    if (!row.isProfit) return entry.textColor;
+    if (!*row.isProfit) return colorFromHexString("#FF3606");
+    return colorFromHexString(entry.isDark() ? "#31D300" : "#097100");
+}
+
+}  // namespace
+
+View HeaderView::body() const {
+    const double iconSize = isCompact ? 18.0 : 22.0;
+    std::vector<View> parts{Image(pwTimelineEntry.portfolioIcon, {.isResizable = true})
+                                .frame({.width = iconSize, .height = iconSize})};
+    if (!isCompact) {
+        parts.push_back(Text("Portfolio", Font::system(16.0)).foregroundColor(pwTimelineEntry.textColor));
+    }
+    parts.push_back(Spacer(0.0));
+    parts.push_back(Image("logo", {.isResizable = true}).frame({.width = iconSize, .height = iconSize}));
+    return HStack({.alignment = VerticalAlignment::center, .spacing = 8.0}, std::move(parts));
+}
+
+View StaticticsView::body() const {
+    const Color color = valueColor(portfolioWidgetVM, pwTimelineEntry);
+    std::vector<View> figures{
+        RupeeSymbol{.isCompact = isCompact}.body().foregroundColor(color).layoutPriority(2.0),
+        PWidgetItemValue{.value = portfolioWidgetVM.value, .color = color, .isCompact = isCompact}
+            .body()
+            .layoutPriority(1.0)};
+    if (!portfolioWidgetVM.percentage.empty()) {
+        figures.push_back(Text(portfolioWidgetVM.percentage, Font::system(isCompact ? 12.0 : 14.0))
+                              .foregroundColor(color)
+                              .lineLimit(1)
+                              .body()
+                              .padding({.leading = isCompact ? 2.0 : 3.0}));
+    }
+    const auto side = portfolioWidgetVM.isTrailing && !isCompact ? HorizontalAlignment::trailing
+                                                                 : HorizontalAlignment::leading;
+    return VStack(
+        {.alignment = side, .spacing = isCompact ? 0.0 : 2.0},
+        PWidgetRegularText{.value = portfolioWidgetVM.title,
+                           .color = pwTimelineEntry.dateTimeColor,
+                           .isCompact = isCompact,
+                           .font = 12.0},
+        HStack({.alignment = VerticalAlignment::firstTextBaseline, .spacing = 1.0}, std::move(figures)));
+}
+
+View PortfolioMediumView::body() const {
+    std::vector<View> lines;
+    std::vector<View> line;
+    const auto endLine = [&] {
+        if (line.empty()) return;
+        if (!lines.empty()) {
+            lines.push_back(
+                PWDivider{.color = pwTimelineEntry.textColor, .isCompact = isCompact}.body().opacity(0.4));
+        }
+        lines.push_back(HStack({.alignment = VerticalAlignment::top, .spacing = 0.0}, std::move(line)));
+        line.clear();
+    };
+    for (std::size_t index = 0; index < portfolioWidgetVM.size(); ++index) {
+        const PortfolioWidgetVM& row = portfolioWidgetVM[index];
+        if (!row.isTrailing) endLine();
+        if (row.isTrailing) line.push_back(Spacer(12.0));
+        line.push_back(StaticticsView{.portfolioWidgetVM = row,
+                                      .pwTimelineEntry = pwTimelineEntry,
+                                      .isCompact = isCompact,
+                                      .index = index});
+        if (!row.isTrailing) continue;
+        endLine();
+    }
+    endLine();
+    return VStack({.alignment = HorizontalAlignment::leading, .spacing = 6.0}, std::move(lines)).padding(5.0);
+}
+
+View PortfolioCompactView::body() const {
+    std::vector<View> lines;
+    for (std::size_t index = 0; index < portfolioWidgetVM.size(); ++index) {
+        lines.push_back(StaticticsView{.portfolioWidgetVM = portfolioWidgetVM[index],
+                                       .pwTimelineEntry = pwTimelineEntry,
+                                       .isCompact = isCompact,
+                                       .index = index});
+    }
+    return VStack({.alignment = HorizontalAlignment::leading, .spacing = 1.0}, std::move(lines));
+}
+
+View PortfolioView::body() const {
+    const HeaderView header{.pwTimelineEntry = pwTimelineEntry, .isCompact = isCompact};
+    const auto& rows = pwTimelineEntry.portfolioWidgetVM;
+    const View content =
+        isCompact ? PortfolioCompactView{.portfolioWidgetVM = rows, .pwTimelineEntry = pwTimelineEntry}.body()
+                  : PortfolioMediumView{.portfolioWidgetVM = rows, .pwTimelineEntry = pwTimelineEntry}.body();
+    // The medium rows have a padding of their own; the header lines up with them.
+    const View inset = isCompact ? header.body() : header.body().padding({.leading = 5.0, .trailing = 5.0});
+    return VStack({.alignment = HorizontalAlignment::leading, .spacing = 4.0}, inset, content)
+        .frame({.minWidth = 0.0,
+                .maxWidth = infinity,
+                .minHeight = 0.0,
+                .maxHeight = infinity,
+                .alignment = {HorizontalAlignment::leading, VerticalAlignment::center}})
+        .padding(4.0)
+        .background(ColorFill(pwTimelineEntry.backgroundColor))
+        .widgetURL(std::string(openPortfolioLink));
+}
+
+}  // namespace extension

@@ -1,0 +1,56 @@
+#pragma once
+
+// The signed-in user's figures.
+
+#include <cstddef>
+#include <vector>
+#include "extension/widgets/portfolio/model/pw_timeline_entry.h"
+#include "platform/view/view.h"
+
+namespace extension {
+
+/// The widget's icon and the app's mark; the caption only where there is room for it.
+struct HeaderView {
+    const PWTimelineEntry& pwTimelineEntry;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
+
+/// One row: caption above, rupee sign, amount and percentage below.
+struct StaticticsView {
+    const PortfolioWidgetVM& portfolioWidgetVM;
+    const PWTimelineEntry& pwTimelineEntry;
+    bool isCompact = false;
+    std::size_t index = 0;
+
+    platform::View body() const;
+};
+
+/// Two rows a line, the second of each pair at the trailing side.
+struct PortfolioMediumView {
+    const std::vector<PortfolioWidgetVM>& portfolioWidgetVM;
+    const PWTimelineEntry& pwTimelineEntry;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
+
+/// All rows one below the other.
+struct PortfolioCompactView {
+    const std::vector<PortfolioWidgetVM>& portfolioWidgetVM;
+    const PWTimelineEntry& pwTimelineEntry;
+    bool isCompact = true;
+
+    platform::View body() const;
+};
+
+/// What a user with a portfolio sees; a tap opens it.
+struct PortfolioView {
+    const PWTimelineEntry& pwTimelineEntry;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
+
+}  // namespace extension
