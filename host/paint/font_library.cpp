@@ -1,0 +1,117 @@
+#include "host/paint/font_library.h"
+
+#include <fontconfig/fontconfig.h>
+#include <pango/pangocairo.h>
+#include <pango/pangofc-fontmap.h>
+#include <array>
+#include <cstdlib>
+#include <string>
+
+namespace host {
+namespace {
+
+using platform::failure;
+using platform::Result;
+
+using FontConfiguration = Owned<FcConfig, FcConfigDestroy>;
+using FontMap = Owned<PangoFontMap, g_object_unref>;
+
+// Inter in three weights; then what has the characters that Inter has not.
+constexpr std::array fontFiles{
+    "/usr/share/fonts/opentype/inter/Inter-Regular.otf",
+    "/usr/share/fonts/opentype/inter/Inter-Medium.otf",
+    "/usr/share/fonts/opentype/inter/Inter-Bold.otf",
+    "/usr/share/fonts/truetype/lohit-devanagari/Lohit-Devanagari.ttf",
+    "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf",
+};
+
+constexpr std::array readByFontLibraries{"FREETYPE_PROPERTIES", "HB_SHAPER_LIST", "HB_OPTIONS",
+                                         "FONTCONFIG_SYSROOT",  "FC_DEBUG",       "FC_LANG"};
+
+// The emoji are bitmaps of one size: without this they are drawn at that size, whatever was asked.
+constexpr const char* configuration = R"(<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
+<fontconfig>
+  <match target="font">
+    <test name="outline" compare="eq"><bool>false</bool></test>
+    <edit name="bitmapscale" mode="assign">
+      <divide><name target="pattern">pixelsize</name><name target="font">pixelsize</name></divide>
+    </edit>
+  </match>
+  <match target="font">
+    <test name="outline" compare="eq"><bool>false</bool></test>
+    <edit name="matrix" mode="assign">
+      <times>
+        <name>matrix</name>
+        <matrix>
+          <name>bitmapscale</name> <double>0</double>
+          <double>0</double> <name>bitmapscale</name>
+        </matrix>
+      </times>
+    </edit>
+    <edit name="size" mode="assign">
+      <divide><name>size</name><name>bitmapscale</name></divide>
+    </edit>
+  </match>
+</fontconfig>
+)";
+
+Result<FontConfiguration> makeConfiguration() {
+    FontConfiguration config(FcConfigCreate());
+    const auto* text = reinterpret_cast<const FcChar8*>(configuration);
+    if (!config || !FcConfigParseAndLoadFromMemory(config.get(), text, FcTrue)) {
+        return failure("PaintError", 1, "the font configuration could not be read");
+    }
+    for (const char* file : fontFiles) {
+        if (!FcConfigAppFontAddFile(config.get(), reinterpret_cast<const FcChar8*>(file))) {
+            return failure("PaintError", 1, std::string("there is no font ") + file);
+        }
+    }
+    return config;
+}
+
+void setFontOptions(PangoContext* context) {
+    const Owned<cairo_font_options_t, cairo_font_options_destroy> options(cairo_font_options_create());
+    cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
+    cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
+    cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
+    pango_cairo_context_set_font_options(context, options.get());
+}
+
+/// The font that really answers to our family's name.
+std::string resolvedFamily(PangoContext* context) {
+    const Owned<PangoFontDescription, pango_font_description_free> wanted(pango_font_description_new());
+    pango_font_description_set_family_static(wanted.get(), textFamily);
+    pango_font_description_set_absolute_size(wanted.get(), 12 * PANGO_SCALE);
+    const Owned<PangoFont, g_object_unref> font(pango_context_load_font(context, wanted.get()));
+    if (!font) return {};
+    const Owned<PangoFontDescription, pango_font_description_free> found(pango_font_describe(font.get()));
+    return pango_font_description_get_family(found.get());
+}
+
+}  // namespace
+
+Result<TextContext> makeTextContext() {
+    for (const char* variable : readByFontLibraries) unsetenv(variable);
+    Result<FontConfiguration> config = makeConfiguration();
+    if (!config) return tl::unexpected(config.error());
+    // Otherwise the machine's fonts are read in vain, and complained about.
+    FcConfigSetCurrent(config->get());
+
+    const FontMap map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
+    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(map.get()), config->get());
+    pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(map.get()), 72.0);
+
+    TextContext context(pango_font_map_create_context(map.get()));
+    pango_context_set_language(context.get(), pango_language_from_string("en"));
+    pango_context_set_base_dir(context.get(), PANGO_DIRECTION_LTR);
+    pango_context_set_round_glyph_positions(context.get(), FALSE);
+    setFontOptions(context.get());
+
+    if (const std::string family = resolvedFamily(context.get()); family != textFamily) {
+        return failure("PaintError", 1, "text would be drawn in \"" + family + "\"");
+    }
+    return context;
+}
+
+}  // namespace host

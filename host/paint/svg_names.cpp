@@ -1,0 +1,37 @@
+#include "host/paint/svg_names.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <unordered_map>
+
+namespace host {
+namespace {
+
+// What stands before a name where it is given or used.
+constexpr std::array<std::string_view, 3> leads{"id=\"", "=\"#", "url(#"};
+
+}  // namespace
+
+std::string withNamesCountedAnew(std::string_view svg) {
+    std::unordered_map<std::string_view, std::size_t> numbers;
+    std::string counted;
+    counted.reserve(svg.size());
+    for (std::size_t place = 0; place < svg.size();) {
+        const auto* lead = std::ranges::find_if(
+            leads, [&](std::string_view candidate) { return svg.substr(place).starts_with(candidate); });
+        if (lead == leads.end()) {
+            counted += svg[place++];
+            continue;
+        }
+        const std::size_t begin = place + lead->size();
+        const std::size_t end = std::min(svg.find_first_of("\")", begin), svg.size());
+        const std::size_t number =
+            numbers.try_emplace(svg.substr(begin, end - begin), numbers.size()).first->second;
+        counted.append(*lead).append("n").append(std::to_string(number));
+        place = end;
+    }
+    return counted;
+}
+
+}  // namespace host

@@ -1,0 +1,43 @@
+#pragma once
+
+// Sets text in lines: breaks it, cuts it, measures and draws it.
+
+#include <cairo.h>
+#include <pango/pango.h>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+#include "host/layout/measurer.h"
+#include "host/paint/font_library.h"
+#include "host/paint/picture_library.h"
+#include "platform/view/view.h"
+
+namespace host {
+
+/// Widths and line breaks are the same at every pixel scale: only boxes are rounded to pixels.
+class TextSetter {
+public:
+    /// `pictures` stand in texts and outlive this.
+    TextSetter(TextContext context, PictureLibrary& pictures);
+    TextSetter(const TextSetter&) = delete;
+    TextSetter& operator=(const TextSetter&) = delete;
+
+    /// As `Measurer::text`, for boxes of whole pixels. Remembers its answers.
+    TextMeasure measure(const std::vector<platform::TextRun>& runs, std::optional<int> lineLimit,
+                        std::optional<double> width, std::optional<double> height, double scale);
+    FontMetrics metrics(const std::vector<platform::TextRun>& runs);
+
+    /// Draws at most `lines` lines, broken within `width`, with the box's top left corner at the origin.
+    /// Runs without a colour are black.
+    void draw(cairo_t* canvas, const std::vector<platform::TextRun>& runs, int lines, double width);
+
+private:
+    static void drawInlinePicture(cairo_t* canvas, PangoAttrShape* shape, gboolean isPath, gpointer setter);
+
+    TextContext context_;
+    PictureLibrary& pictures_;
+    std::unordered_map<std::string, TextMeasure> measures_;
+};
+
+}  // namespace host
