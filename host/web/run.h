@@ -1,0 +1,30 @@
+#pragma once
+
+// The home screen in a browser: `run` starts it and serves it until it is told to stop.
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include "platform/runtime/process_options.h"
+
+namespace host {
+
+struct RunOptions {
+    /// As they stood on the command line; handed on to the extension.
+    platform::ProcessOptions process;
+    /// Of the page; 0 takes any free one.
+    std::uint16_t port = 0;
+    /// Starts the demo service and has the extension call it; otherwise the extension calls what its
+    /// information dictionary names.
+    bool isDemo = true;
+    /// How long to serve; absent: until SIGINT or SIGTERM.
+    std::optional<std::chrono::seconds> duration;
+};
+
+/// Serves the home screen on 127.0.0.1 and prints its address, one line on standard output. The exit
+/// code: 0 when it was stopped, 1 when it could not start (one line on standard error says why), 2
+/// when `process` is wrong usage. Blocks SIGINT and SIGTERM in the calling thread; call it from
+/// `main()` before other threads are there.
+int runHomeScreen(const RunOptions& options);
+
+}  // namespace host
