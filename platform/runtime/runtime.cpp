@@ -24,11 +24,18 @@ public:
 
 std::atomic<const Runtime*> current = nullptr;
 
+/// Forgets that `owner` was the process's one, if it was.
+struct Resignation {
+    const Runtime* owner;
+    ~Resignation() { current.compare_exchange_strong(owner, nullptr); }
+};
+
 }  // namespace
 
 struct Runtime::State {
-    explicit State(RuntimeOptions options)
-        : locale(std::move(options.locale)),
+    State(const Runtime* owner, RuntimeOptions options)
+        : resignation{owner},
+          locale(std::move(options.locale)),
           timeZone(std::move(options.timeZone)),
           calendar(timeZone),
           bundle(std::move(options.bundle)),
@@ -40,6 +47,9 @@ struct Runtime::State {
                                             : std::make_shared<NoWidgetCenter>()) {
         if (options.now) clock.set(*options.now, 0.0);
     }
+
+    // First, so that it comes last: a completion that is still running may ask for the process's one.
+    Resignation resignation;
 
     Clock clock;
     Locale locale;
@@ -64,14 +74,9 @@ struct Runtime::State {
     std::unique_ptr<URLLoader> loader;
 };
 
-Runtime::Runtime(RuntimeOptions options) : state_(std::make_unique<State>(std::move(options))) {}
+Runtime::Runtime(RuntimeOptions options) : state_(std::make_unique<State>(this, std::move(options))) {}
 
-Runtime::~Runtime() {
-    // A completion that is still running may ask this object, so it waits here while all stands.
-    state_->loader.reset();
-    const Runtime* self = this;
-    current.compare_exchange_strong(self, nullptr);
-}
+Runtime::~Runtime() = default;
 
 Clock& Runtime::clock() const { return state_->clock; }
 const Locale& Runtime::locale() const { return state_->locale; }

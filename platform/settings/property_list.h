@@ -23,6 +23,13 @@ public:
     using Dictionary = std::map<std::string, PropertyList, std::less<>>;
 
     PropertyList() : value_(std::string()) {}
+    // Out of line: inlined into every list of entries they cost code, and GCC 12 a false alarm.
+    PropertyList(const PropertyList&);
+    PropertyList(PropertyList&&) noexcept;
+    PropertyList& operator=(const PropertyList&);
+    PropertyList& operator=(PropertyList&&) noexcept;
+    ~PropertyList();
+
     PropertyList(std::string text) : value_(std::move(text)) {}             // NOLINT(*-explicit-*)
     PropertyList(const char* text) : value_(std::string(text)) {}           // NOLINT(*-explicit-*)
     PropertyList(std::int64_t integer) : value_(integer) {}                 // NOLINT(*-explicit-*)

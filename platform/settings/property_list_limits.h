@@ -1,0 +1,42 @@
+#pragma once
+
+// What bytes of unknown origin may cost us, and how refusing them is said.
+
+#include <cstddef>
+#include <string>
+#include <utility>
+#include "platform/base/result.h"
+
+namespace platform::property_list {
+
+inline constexpr std::size_t maximumSize = 64U << 20;
+inline constexpr std::size_t maximumObjects = 1'000'000;
+/// Of arrays and dictionaries within each other.
+inline constexpr std::size_t maximumDepth = 32;
+
+/// The key under which an object's identifier in a keyed archive stands, in a dictionary of its own: so
+/// XML lists write it, and so we read it from binary ones.
+inline constexpr const char* identifierKey = "CF$UID";
+
+inline tl::unexpected<Error> refused(std::string message) {
+    return failure("PropertyListError", 1, std::move(message));
+}
+
+/// Keeps count of what has been read. Content that several objects share counts each time, since each
+/// gets a copy.
+class Budget {
+public:
+    /// Takes one more object with `size` bytes of content; false when that is too much.
+    bool take(std::size_t size = 0) {
+        if (objects_ == maximumObjects || size > maximumSize - bytes_) return false;
+        ++objects_;
+        bytes_ += size;
+        return true;
+    }
+
+private:
+    std::size_t objects_ = 0;
+    std::size_t bytes_ = 0;
+};
+
+}  // namespace platform::property_list

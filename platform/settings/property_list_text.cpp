@@ -1,0 +1,72 @@
+#include "platform/settings/property_list_text.h"
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+
+namespace platform::property_list {
+namespace {
+
+using std::chrono::nanoseconds;
+using std::chrono::seconds;
+
+constexpr seconds referenceDate{978'307'200};
+
+Instant instantFrom(double wholeSeconds, nanoseconds fraction) {
+    constexpr double limit = 9'223'372'035.0;  // seconds either side of 1970 that fit 64 bits of nanoseconds
+    if (!(wholeSeconds > -limit)) return Instant::min();
+    if (wholeSeconds > limit) return Instant::max();
+    return Instant(seconds(static_cast<std::int64_t>(wholeSeconds)) + fraction);
+}
+
+template <typename... Format>
+std::string_view written(std::array<char, 400>& buffer, double value, Format... format) {
+    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format...);
+    return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
+}
+
+}  // namespace
+
+std::string realText(double value) {
+    if (std::isnan(value)) return "nan";
+    if (std::isinf(value)) return value > 0 ? "+infinity" : "-infinity";
+    std::array<char, 400> buffer{};
+    const double magnitude = std::fabs(value);
+    const bool isPlain = magnitude == 0.0 || (magnitude >= 1e-5 && magnitude < 1e17);
+    return std::string(
+        written(buffer, value, isPlain ? std::chars_format::fixed : std::chars_format::scientific));
+}
+
+Instant instantFromReferenceDate(double secondsSince) {
+    const double whole = std::floor(secondsSince);
+    const auto fraction = static_cast<std::int64_t>(std::llround((secondsSince - whole) * 1e9));
+    return instantFrom(whole + static_cast<double>(referenceDate.count()), nanoseconds(fraction));
+}
+
+double secondsSinceReferenceDate(Instant instant) {
+    const auto whole = std::chrono::floor<seconds>(instant);
+    const std::chrono::duration<double> fraction = instant - whole;
+    return static_cast<double>((whole.time_since_epoch() - referenceDate).count()) + fraction.count();
+}
+
+std::string dateText(Instant instant) { return formatInstant(instant).substr(0, 19) + "Z"; }
+
+std::optional<Instant> parseDateText(std::string_view text) {
+    if (const auto instant = parseInstant(text)) return instant;
+    int year = 0;
+    if (text.size() < 4) return std::nullopt;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + 4, year);
+    if (error != std::errc() || end != text.data() + 4 || year < 0) return std::nullopt;
+    // A year that the clock does not tell: the same day of a year that it does, moved by whole days.
+    const auto near = parseInstant("2000" + std::string(text.substr(4)));
+    if (!near) return std::nullopt;
+    const auto newYear = [](int number) {
+        return std::chrono::sys_days(std::chrono::year(number) / std::chrono::January / 1);
+    };
+    const std::chrono::days moved = newYear(year) - newYear(2000);
+    const auto whole = std::chrono::floor<seconds>(near->time_since_epoch());
+    return instantFrom(static_cast<double>((whole + moved).count()), near->time_since_epoch() - whole);
+}
+
+}  // namespace platform::property_list

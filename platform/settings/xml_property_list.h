@@ -1,0 +1,15 @@
+#pragma once
+
+// The XML format of property lists. Writing it is `xmlPropertyList`.
+
+#include <string_view>
+#include "platform/base/result.h"
+#include "platform/settings/property_list.h"
+
+namespace platform::property_list {
+
+/// Reads an XML property list (UTF-8) within the bounds of `parsePropertyList`. A document type may
+/// name the format but declare nothing; entities other than XML's own are an error.
+Result<PropertyList> readXml(std::string_view bytes);
+
+}  // namespace platform::property_list
