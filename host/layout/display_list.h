@@ -45,6 +45,7 @@ struct ImageItem {
     std::string name;
     std::optional<platform::Bytes> bytes;
     double cornerRadius = 0.0;
+    platform::RoundedCornerStyle style = platform::RoundedCornerStyle::circular;
 };
 struct FillItem {
     platform::Color color;
@@ -93,7 +94,11 @@ struct DisplayList {
     std::vector<DisplayItem> items;
 };
 
-/// The list as the command line prints it; GroupItems are left out, an image with bytes tells how many.
+/// {"x","y","width","height"}
+nlohmann::ordered_json rectJson(const Rect& rect);
+
+/// The list as the command line prints it; GroupItems are left out, an image with bytes tells how many,
+/// and an item that is cut has its "clips".
 nlohmann::ordered_json displayListJson(const DisplayList& list);
 
 }  // namespace host
