@@ -29,7 +29,7 @@ Arranging stackArranging(const LayoutNode& node) {
 
 std::size_t append(std::vector<LayoutNode>& nodes, const View& view) {
     const std::size_t index = nodes.size();
-    nodes.push_back({.kind = &view.kind()});
+    nodes.emplace_back().kind = &view.kind();
     for (const View& child : view.children()) {
         const std::size_t childIndex = append(nodes, child);
         nodes[index].children.push_back(childIndex);
