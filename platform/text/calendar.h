@@ -15,7 +15,7 @@ class Calendar {
 public:
     explicit Calendar(TimeZone zone) : zone_(std::move(zone)) {}
 
-    /// Exact elapsed time; nothing when the result is outside of what an Instant can tell.
+    /// Exact elapsed time, in any zone; nothing when the result is outside of what an Instant can tell.
     std::optional<Instant> dateByAddingSeconds(std::int64_t seconds, Instant to) const;
 
     /// The first moment of the local day that holds `instant`.
@@ -25,7 +25,8 @@ public:
     /// the next valid moment when a clock change skips it, the first when it occurs twice.
     std::optional<Instant> timeOnDay(Instant instant, std::chrono::seconds timeOfDay) const;
 
-    /// Midnight (or the first moment) of a date of this zone; nothing when there is no such day.
+    /// Midnight (or the first moment) of a date of this zone; nothing when there is no such day. A date that
+    /// an Instant cannot tell (before 1678, after 2261) gives the first or last one that it can.
     std::optional<Instant> midnight(std::chrono::year_month_day date) const;
 
     /// The offset from UTC that is in force at `instant`.

@@ -1,0 +1,126 @@
+#include "platform/text/number_formatter.h"
+
+#include <unicode/uloc.h>
+#include <unicode/unum.h>
+#include <unicode/ustring.h>
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <mutex>
+
+namespace platform {
+namespace {
+
+struct CloseFormat {
+    void operator()(UNumberFormat* format) const { unum_close(format); }
+};
+using Format = std::unique_ptr<UNumberFormat, CloseFormat>;
+
+/// For a locale that it does not know the library takes its default one, which would come from the
+/// environment.
+void fixDefaultLocale() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        UErrorCode status = U_ZERO_ERROR;
+        uloc_setDefault(Locale().identifier.c_str(), &status);
+    });
+}
+
+/// The locale with digits from 0 to 9, whatever its own; empty when it is no locale identifier.
+std::string withLatinDigits(const Locale& locale) {
+    std::array<char, ULOC_FULLNAME_CAPACITY> name{};
+    if (locale.identifier.size() >= name.size()) return {};
+    std::ranges::copy(locale.identifier, name.begin());
+    UErrorCode status = U_ZERO_ERROR;
+    uloc_setKeywordValue("numbers", "latn", name.data(), static_cast<std::int32_t>(name.size()), &status);
+    return U_SUCCESS(status) ? name.data() : std::string();
+}
+
+Format makeFormat(const Locale& locale) {
+    fixDefaultLocale();
+    const std::string name = withLatinDigits(locale);
+    UErrorCode status = U_ZERO_ERROR;
+    Format format(unum_open(UNUM_DECIMAL, nullptr, 0, name.c_str(), nullptr, &status));
+    if (name.empty() || U_FAILURE(status)) return nullptr;
+    unum_setAttribute(format.get(), UNUM_FRACTION_DIGITS, 2);
+    unum_setAttribute(format.get(), UNUM_ROUNDING_MODE, UNUM_ROUND_HALFEVEN);
+    // Some languages write four digits without a separator; the platform's formatter does not follow them.
+    unum_setAttribute(format.get(), UNUM_MINIMUM_GROUPING_DIGITS, 1);
+    unum_setSymbol(format.get(), UNUM_DECIMAL_SEPARATOR_SYMBOL, u".", 1, &status);
+    unum_setSymbol(format.get(), UNUM_GROUPING_SEPARATOR_SYMBOL, u",", 1, &status);
+    return U_SUCCESS(status) ? std::move(format) : nullptr;
+}
+
+std::string utf8(const char16_t* text, std::int32_t length) {
+    std::string bytes(static_cast<std::size_t>(length) * 3, '\0');
+    std::int32_t size = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strToUTF8(bytes.data(), static_cast<std::int32_t>(bytes.size()), &size, text, length, &status);
+    bytes.resize(U_SUCCESS(status) ? static_cast<std::size_t>(size) : 0);
+    return bytes;
+}
+
+/// Whether a decimal number that no double can hold is too large rather than too small: by the power of
+/// ten of its first digit that is not 0.
+bool isTooLarge(std::string_view number) {
+    const std::size_t mark = number.find_first_of("eE");
+    const std::string_view digits = number.substr(0, mark);
+    const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
+    const auto first = static_cast<std::int64_t>(digits.find_first_of("123456789"));
+    std::int64_t exponent = 0;
+    if (mark != std::string_view::npos) {
+        std::string_view text = number.substr(mark + 1);
+        if (text.starts_with('+')) text.remove_prefix(1);
+        const auto read = std::from_chars(text.data(), text.data() + text.size(), exponent);
+        if (read.ec != std::errc()) return !text.starts_with('-');
+    }
+    return point - first + exponent > 0;
+}
+
+}  // namespace
+
+struct NumberFormatter::Implementation {
+    Format format;
+};
+
+NumberFormatter::NumberFormatter(const Locale& locale)
+    : implementation_(std::make_unique<Implementation>(Implementation{makeFormat(locale)})) {
+    // The library compiles a format with its first uses; afterwards it is only read.
+    for (int i = 0; i < 4; ++i) twoDecimals(1234567.891);
+}
+
+NumberFormatter::~NumberFormatter() = default;
+
+std::string NumberFormatter::twoDecimals(double value) const {
+    if (!implementation_->format || !std::isfinite(value)) return {};
+    // 309 digits with a separator after every second one, and some for the sign and the decimals.
+    std::array<char16_t, 512> text{};
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t length = unum_formatDouble(implementation_->format.get(), value, text.data(),
+                                                  static_cast<std::int32_t>(text.size()), nullptr, &status);
+    return U_SUCCESS(status) ? utf8(text.data(), length) : std::string();
+}
+
+bool parseDecimal(std::string_view text, double& value) {
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-')) return false;
+    }
+    // What is read as a number otherwise: "inf" and "nan".
+    if (text.find_first_not_of("0123456789+-.eE") != std::string_view::npos) return false;
+
+    double number = 0.0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (read.ec == std::errc::invalid_argument || read.ptr != text.data() + text.size()) return false;
+    if (read.ec == std::errc::result_out_of_range) {
+        const bool isNegative = text.starts_with('-');
+        if (isTooLarge(isNegative ? text.substr(1) : text)) return false;
+        number = isNegative ? -0.0 : 0.0;
+    }
+    if (!std::isfinite(number)) return false;
+    value = number;
+    return true;
+}
+
+}  // namespace platform
