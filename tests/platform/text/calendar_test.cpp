@@ -1,0 +1,187 @@
+#include "platform/text/calendar.h"
+
+#include <gtest/gtest.h>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+Instant instant(std::string_view text) { return parseInstant(text).value(); }
+
+std::string shown(const std::optional<Instant>& moment) {
+    return moment ? formatInstant(*moment) : "nothing";
+}
+
+TEST(Calendar, FindsATimeOfTheLocalDay) {
+    const struct {
+        const char* name;
+        const char* zone;
+        const char* now;
+        std::chrono::seconds timeOfDay;
+        const char* moment;
+    } cases[] = {
+        {"India, on the day that has begun there", "Asia/Kolkata", "2026-11-21T20:00:00Z", 9h,
+         "2026-11-22T03:30:00.000Z"},
+        {"India, a moment before its midnight", "Asia/Kolkata", "2026-11-22T18:29:59.999Z", 9h,
+         "2026-11-22T03:30:00.000Z"},
+        {"the day on which clocks go forward", "America/New_York", "2026-03-08T20:00:00Z", 9h,
+         "2026-03-08T13:00:00.000Z"},
+        {"a time that clocks skip", "America/New_York", "2026-03-08T20:00:00Z", 2h + 30min,
+         "2026-03-08T07:00:00.000Z"},
+        {"a time that comes twice", "America/New_York", "2026-11-01T20:00:00Z", 1h + 30min,
+         "2026-11-01T05:30:00.000Z"},
+        {"a day that begins at one o'clock", "Africa/Cairo", "2026-04-24T12:00:00Z", 0h,
+         "2026-04-23T22:00:00.000Z"},
+        {"before the first moment that clocks count from", "UTC", "1969-12-31T23:59:59.5Z", 16h,
+         "1969-12-31T16:00:00.000Z"},
+    };
+    for (const auto& [name, zone, now, timeOfDay, moment] : cases) {
+        EXPECT_EQ(shown(Calendar(TimeZone{zone}).timeOnDay(instant(now), timeOfDay)), moment) << name;
+    }
+}
+
+TEST(Calendar, FindsTheMidnightAtTheStartOfADate) {
+    const auto midnight = [](const char* zone, const char* date) {
+        const auto day = parseDay(date);
+        return shown(day ? Calendar(TimeZone{zone}).midnight(*day) : std::nullopt);
+    };
+    EXPECT_EQ(midnight("Asia/Kolkata", "2026-11-22"), "2026-11-21T18:30:00.000Z");
+    EXPECT_EQ(midnight("Africa/Cairo", "2026-04-24"), "2026-04-23T22:00:00.000Z");
+    // Samoa went from the 29th to the 31st.
+    EXPECT_EQ(midnight("Pacific/Apia", "2011-12-30"), "nothing");
+    EXPECT_EQ(midnight("Pacific/Apia", "2011-12-31"), "2011-12-30T10:00:00.000Z");
+    // Far away is still later than now, and long ago earlier.
+    EXPECT_GT(Calendar(TimeZone{"UTC"}).midnight(*parseDay("9999-12-31")), instant("2200-01-01T00:00:00Z"));
+    EXPECT_LT(Calendar(TimeZone{"UTC"}).midnight(*parseDay("0001-01-01")), instant("1800-01-01T00:00:00Z"));
+}
+
+TEST(Calendar, KnowsNothingOfAZoneThatDoesNotExist) {
+    for (const char* zone : {"Mars/Olympus", "", "IST", "../../etc/passwd"}) {
+        const Calendar calendar(TimeZone{zone});
+        const Instant now = instant("2026-11-22T03:30:00Z");
+        EXPECT_FALSE(calendar.startOfDay(now)) << zone;
+        EXPECT_FALSE(calendar.timeOnDay(now, 9h)) << zone;
+        EXPECT_FALSE(calendar.midnight(*parseDay("2026-11-22"))) << zone;
+        EXPECT_FALSE(calendar.offsetFromUTC(now)) << zone;
+    }
+}
+
+TEST(Calendar, AddsElapsedSecondsAndAnswersNothingBeyondTheEndOfTime) {
+    const Calendar calendar(TimeZone{"America/New_York"});
+    const Instant beforeTheChange = instant("2026-03-08T06:59:45.5Z");
+    EXPECT_EQ(calendar.dateByAddingSeconds(30, beforeTheChange), beforeTheChange + 30s);
+    EXPECT_EQ(calendar.dateByAddingSeconds(-30, beforeTheChange), beforeTheChange - 30s);
+    EXPECT_FALSE(calendar.dateByAddingSeconds(30, Instant::max()));
+    EXPECT_FALSE(calendar.dateByAddingSeconds(std::numeric_limits<std::int64_t>::max(), beforeTheChange));
+    EXPECT_FALSE(calendar.dateByAddingSeconds(-1, Instant::min()));
+}
+
+TEST(Calendar, TellsTheOffsetInForce) {
+    const Calendar newYork(TimeZone{"America/New_York"});
+    EXPECT_EQ(newYork.offsetFromUTC(instant("2026-03-08T06:59:59Z")), -5h);
+    EXPECT_EQ(newYork.offsetFromUTC(instant("2026-03-08T07:00:00Z")), -4h);
+    EXPECT_EQ(Calendar(TimeZone{"Asia/Kolkata"}).offsetFromUTC(instant("2026-07-01T00:00:00Z")), 5h + 30min);
+}
+
+TEST(Calendar, SeveralThreadsMayBeTheFirstToAskForAZone) {
+    std::vector<std::thread> threads;
+    for (const char* zone : {"Europe/Lisbon", "Europe/Lisbon", "Asia/Tokyo", "Europe/Lisbon"}) {
+        threads.emplace_back(
+            [zone] { EXPECT_TRUE(Calendar(TimeZone{zone}).startOfDay(instant("2026-11-22T03:30:00Z"))); });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+TEST(TimeZones, AnAbbreviationStandsForOneZone) {
+    EXPECT_EQ(timeZoneForAbbreviation("IST"), TimeZone{"Asia/Kolkata"});
+    EXPECT_EQ(timeZoneForAbbreviation("UTC"), TimeZone{"UTC"});
+    EXPECT_EQ(timeZoneForAbbreviation("ist"), std::nullopt);
+    EXPECT_EQ(timeZoneForAbbreviation(""), std::nullopt);
+}
+
+TEST(ParseDay, TakesARealDayAndNothingAroundIt) {
+    using namespace std::chrono;
+    EXPECT_EQ(parseDay("2026-11-22"), year(2026) / 11 / 22);
+    EXPECT_EQ(parseDay("2024-1-5"), year(2024) / 1 / 5);
+    EXPECT_EQ(parseDay("2024-02-29"), year(2024) / 2 / 29);
+    for (const char* text : {"",
+                             "2026-11-22 ",
+                             " 2026-11-22",
+                             "2026-11-22T00:00",
+                             "26-11-22",
+                             "02026-11-22",
+                             "2026-02-29",
+                             "2026-02-30",
+                             "2026-13-01",
+                             "2026-00-10",
+                             "2026-10-00",
+                             "2026-1-",
+                             "2026--1-1",
+                             "2026-+1-01",
+                             "2026/11/22",
+                             "2026-Nov-22",
+                             "2026-011-22",
+                             "2026-11-022",
+                             "-2026-11-22",
+                             "20261122"}) {
+        EXPECT_EQ(parseDay(text), std::nullopt) << text;
+    }
+}
+
+/// Sets one variable for a test and puts the old value back.
+class Variable {
+public:
+    Variable(const char* name, const char* value) : name_(name) {
+        if (const char* old = std::getenv(name)) old_ = old;
+        set(value);
+    }
+    ~Variable() { set(old_ ? old_->c_str() : nullptr); }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    void set(const char* value) { value ? setenv(name_, value, 1) : unsetenv(name_); }
+
+    const char* name_;
+    std::optional<std::string> old_;
+};
+
+TEST(SystemSettings, TheZoneIsTheOneThatTZNames) {
+    for (const char* value : {"Asia/Tokyo", ":Asia/Tokyo", "/usr/share/zoneinfo/Asia/Tokyo"}) {
+        const Variable zone("TZ", value);
+        EXPECT_EQ(systemTimeZone(), TimeZone{"Asia/Tokyo"}) << value;
+    }
+    const TimeZone withoutVariable = [] {
+        const Variable zone("TZ", nullptr);
+        return systemTimeZone();
+    }();
+    for (const char* value : {"", "Mars/Olympus", "../../../etc/hostname", "Asia"}) {
+        const Variable zone("TZ", value);
+        EXPECT_EQ(systemTimeZone(), withoutVariable) << value;
+    }
+}
+
+TEST(SystemSettings, TheLocaleIsTheOneOfTheMessagesAndEnglishForProgrammers) {
+    const struct {
+        const char* all;
+        const char* lang;
+        const char* identifier;
+    } cases[] = {
+        {nullptr, "en_IN.UTF-8", "en_IN"}, {"hi_IN", "en_IN", "hi_IN"},   {"", "mr_IN", "mr_IN"},
+        {nullptr, "de_DE@euro", "de_DE"},  {"C.UTF-8", "en_IN", "en_US"}, {nullptr, "POSIX", "en_US"},
+        {nullptr, nullptr, "en_US"},       {nullptr, ".UTF-8", "en_US"},
+    };
+    for (const auto& [allValue, langValue, identifier] : cases) {
+        const Variable all("LC_ALL", allValue);
+        const Variable lang("LANG", langValue);
+        EXPECT_EQ(systemLocale(), Locale{identifier});
+    }
+}
+
+}  // namespace
+}  // namespace platform
