@@ -1,0 +1,68 @@
+#include "platform/json/strict_json.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace platform;
+
+std::string nested(int levels) { return std::string(levels, '[') + std::string(levels, ']'); }
+
+TEST(StrictJson, RefusesWhatIsNotWhollyOneDocument) {
+    const std::vector<std::string> documents{"",
+                                             "{",
+                                             "{} x",
+                                             "{}{}",
+                                             "{'a':1}",
+                                             "{\"a\":01}",
+                                             "{\"a\":\"\x01\"}",
+                                             "{\"a\":\"\xC3\"}",
+                                             "{\"a\":\"\\uD800\"}",
+                                             "{\"a\":1e400}",
+                                             std::string("{}\0rubbish", 10),
+                                             nested(100'000)};
+    for (const std::string& document : documents) {
+        EXPECT_FALSE(parseStrictJson(document)) << document.substr(0, 40);
+    }
+    EXPECT_TRUE(parseStrictJson(nested(500)));
+    EXPECT_TRUE(parseStrictJson("\xEF\xBB\xBF {\"a\": [1, null]} \r\n"));
+}
+
+TEST(StrictJson, SaysWhereADocumentBreaksAndNothingOfWhatItHolds) {
+    const auto document = parseStrictJson(R"({"token": "secret-)");
+    ASSERT_FALSE(document);
+    EXPECT_EQ(document.error().message.find("secret"), std::string::npos);
+}
+
+TEST(StrictJson, ReadsWholeNumbersHoweverTheyAreWritten) {
+    struct Case {
+        const char* number;
+        std::optional<std::int64_t> integer;
+    };
+    const std::vector<Case> cases{{"12", 12},
+                                  {"12.0", 12},
+                                  {"1.2e1", 12},
+                                  {"120e-1", 12},
+                                  {"-3", -3},
+                                  {"9223372036854775807", INT64_MAX},
+                                  {"-9223372036854775808", INT64_MIN},
+                                  {"9223372036854775808", {}},
+                                  {"1e19", {}},
+                                  {"12.5", {}},
+                                  {"\"12\"", {}},
+                                  {"true", {}}};
+    for (const Case& example : cases) {
+        const auto document = parseStrictJson(std::string("{\"n\":") + example.number + "}");
+        ASSERT_TRUE(document) << example.number;
+        const auto integer = optionalInteger(*document, "n");
+        EXPECT_EQ(integer.has_value(), example.integer.has_value()) << example.number;
+        if (integer) {
+            EXPECT_EQ(*integer, example.integer) << example.number;
+        }
+    }
+}
+
+}  // namespace
