@@ -1,0 +1,71 @@
+#include "platform/wire/framing.h"
+
+#include <cstdint>
+
+namespace platform {
+namespace {
+
+/// A length within the limit needs no more bytes.
+constexpr std::size_t maximumVarintSize = 4;
+
+void appendVarint(std::string& out, std::uint64_t value) {
+    while (value >= 0x80U) {
+        out.push_back(static_cast<char>((value & 0x7FU) | 0x80U));
+        value >>= 7U;
+    }
+    out.push_back(static_cast<char>(value));
+}
+
+struct Varint {
+    std::uint64_t value = 0;
+    std::size_t size = 0;
+};
+
+/// Nothing while its last byte has not come.
+Result<std::optional<Varint>> readVarint(std::string_view bytes) {
+    Varint varint;
+    for (const char byte : bytes.substr(0, maximumVarintSize)) {
+        const auto bits = static_cast<std::uint64_t>(static_cast<unsigned char>(byte));
+        varint.value |= (bits & 0x7FU) << (7U * varint.size);
+        ++varint.size;
+        if ((bits & 0x80U) == 0) return varint;
+    }
+    if (bytes.size() >= maximumVarintSize)
+        return failure("WireError", 2, "a message has no length that we take");
+    return std::nullopt;
+}
+
+tl::unexpected<Error> tooLong(std::uint64_t size) {
+    return failure("WireError", 1, "a message of " + std::to_string(size) + " bytes is too long");
+}
+
+}  // namespace
+
+Result<std::string> framed(std::string_view message) {
+    if (message.size() > maximumMessageSize) return tooLong(message.size());
+    std::string frame;
+    frame.reserve(message.size() + 4);
+    appendVarint(frame, message.size());
+    frame.append(message);
+    return frame;
+}
+
+void FrameReader::append(std::string_view bytes) {
+    buffer_.erase(0, start_);
+    start_ = 0;
+    buffer_.append(bytes);
+}
+
+Result<std::optional<std::string>> FrameReader::next() {
+    const std::string_view rest = std::string_view(buffer_).substr(start_);
+    const Result<std::optional<Varint>> length = readVarint(rest);
+    if (!length) return tl::unexpected(length.error());
+    if (!*length) return std::nullopt;
+    const auto [size, prefix] = **length;
+    if (size > maximumMessageSize) return tooLong(size);
+    if (rest.size() - prefix < size) return std::nullopt;
+    start_ += prefix + size;
+    return std::string(rest.substr(prefix, size));
+}
+
+}  // namespace platform
