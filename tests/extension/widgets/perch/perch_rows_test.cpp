@@ -1,0 +1,253 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
+#include "extension/widgets/perch/model/asset_deep_link.h"
+#include "extension/widgets/perch/model/perch_multi_assets_vm.h"
+#include "tests/support/test_runtime.h"
+
+namespace extension {
+namespace {
+
+using testing::EndsWith;
+using testing::IsEmpty;
+using tests::TestRuntime;
+
+DefaultMultiAssetsVM assetOf(std::string id, std::string symbol = "", std::string scId = "",
+                             std::string priceIdentifier = "") {
+    DefaultMultiAssetsVM asset;
+    asset.id = std::move(id);
+    asset.symbol = std::move(symbol);
+    asset.scId = std::move(scId);
+    asset.priceIdentifier = std::move(priceIdentifier);
+    return asset;
+}
+
+struct QuoteText {
+    std::string assetId;
+    std::string symbol;
+    std::string price;
+};
+
+QuoteList quotesOf(const std::vector<QuoteText>& texts) {
+    QuoteList quotes;
+    for (const QuoteText& text : texts) {
+        auto& quote = *quotes.Add();
+        quote.set_assetid(text.assetId);
+        quote.set_symbol(text.symbol);
+        quote.set_currentprice(text.price);
+    }
+    return quotes;
+}
+
+TEST(PerchRows, AnAssetWithoutAQuoteLeavesNoRowAndTheNextOneKeepsItsPlace) {
+    const TestRuntime runtime;
+    const std::vector assets{assetOf("4"), assetOf("9"), assetOf("23")};
+
+    const auto rows = makeRows(quotesOf({{"23", "", "3"}, {"4", "", "1"}}), assets, runtime);
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_EQ(rows[0].assetID, "4");
+    EXPECT_THAT(rows[0].deeplinkURL, EndsWith("&positionSelected=1"));
+    EXPECT_EQ(rows[1].assetID, "23");
+    EXPECT_THAT(rows[1].deeplinkURL, EndsWith("&positionSelected=3"));
+    EXPECT_NE(rows[0].id, rows[1].id);
+}
+
+TEST(PerchRows, TakeTheQuoteThatFitsTheAsset) {
+    const TestRuntime runtime;
+    const std::string none = "none";
+    const struct {
+        const char* what;
+        DefaultMultiAssetsVM asset;
+        std::vector<QuoteText> quotes;
+        std::string price;
+    } cases[] = {
+        {"by id", assetOf("a", "b", "c"), {{"x", "a", "1"}, {"a", "x", "2"}}, "2.00"},
+        {"by symbol", assetOf("a", "b", "c"), {{"b", "x", "2"}}, "2.00"},
+        {"by scId", assetOf("a", "b", "c"), {{"c", "x", "2"}}, "2.00"},
+        {"no partial match, no other case", assetOf("a", "b", "c"), {{"A", "a", "1"}, {"ab", "", "2"}}, none},
+        {"one alone need not carry the price identifier",
+         assetOf("a", "", "", "p"),
+         {{"a", "x", "2"}},
+         "2.00"},
+        {"of several the one with the price identifier",
+         assetOf("a", "b", "c", "p"),
+         {{"a", "x", "1"}, {"c", "p", "2"}, {"b", "p", "3"}},
+         "2.00"},
+        {"the first of several with it, in the order of the wire",
+         assetOf("a", "b", "c", "p"),
+         {{"c", "x", "0"}, {"b", "p", "1"}, {"a", "p", "2"}, {"a", "p", "3"}},
+         "1.00"},
+        {"several without it", assetOf("a", "b", "c", "p"), {{"a", "x", "1"}, {"a", "y", "2"}}, ""},
+        {"a quote is counted once though two names fit",
+         assetOf("a", "a", "a", "p"),
+         {{"a", "x", "1"}},
+         "1.00"},
+        {"empty equals empty", assetOf("", "b", "c"), {{"", "x", "1"}}, "1.00"},
+        {"empty symbol is a name too", assetOf("a", "", "c", "p"), {{"", "p", "1"}, {"a", "x", "2"}}, "1.00"},
+        {"no quotes", assetOf("a"), {}, none},
+    };
+    for (const auto& each : cases) {
+        const auto rows = makeRows(quotesOf(each.quotes), std::vector{each.asset}, runtime);
+        ASSERT_EQ(rows.size(), each.price == none ? 0U : 1U) << each.what;
+        for (const auto& row : rows) EXPECT_EQ(row.currentPrice, each.price) << each.what;
+    }
+}
+
+TEST(PerchRows, ARowWhoseQuoteIsUnclearHasEmptyPriceTexts) {
+    const TestRuntime runtime;
+    DefaultMultiAssetsVM asset = assetOf("a", "", "", "p");
+    asset.exchg = "nse";
+    const auto rows = makeRows(quotesOf({{"a", "x", "1"}, {"a", "y", "2"}}), std::vector{asset}, runtime);
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].changeWithPercent, "");
+    EXPECT_EQ(rows[0].direction, "");
+    EXPECT_EQ(rows[0].isProfit, std::nullopt);
+    EXPECT_EQ(rows[0].exchgWithTime, "NSE: ");
+}
+
+TEST(PerchRows, CarryEveryTextReadyToDraw) {
+    const TestRuntime runtime;
+    DefaultMultiAssetsVM asset = assetOf("9", "in;NSX", "", "in;NSX-II");
+    asset.exchg = "nse";
+    asset.type = "indices";
+    asset.market = "cash";
+    asset.title = "NIFTY 50";
+    MarketPackage_MultiAssetDataListItem quote;
+    quote.set_currentprice("24350.4");
+    quote.set_change("-12.5");
+    quote.set_perchange("-0.3");
+    quote.set_direction("-1");
+    quote.set_disptime("22 Nov, 12:00");
+
+    const PerchMultiAssetsVM row = makeRow(&quote, asset, 1, runtime);
+    EXPECT_EQ(row.assetID, "9");
+    EXPECT_EQ(row.exchg, "nse");
+    EXPECT_EQ(row.assetType, "indices");
+    EXPECT_EQ(row.symbol, "in;NSX");
+    EXPECT_EQ(row.market, "cash");
+    EXPECT_EQ(row.title, "NIFTY 50");
+    EXPECT_EQ(row.dateTime, "22 Nov, 12:00");
+    EXPECT_EQ(row.direction, "-1");
+    EXPECT_EQ(row.currentPrice, "24,350.40");
+    EXPECT_EQ(row.change, "-12.50");
+    EXPECT_EQ(row.perChange, "-0.30");
+    EXPECT_EQ(row.isProfit, false);
+    EXPECT_EQ(row.exchgWithTime, "NSE: 22 Nov, 12:00");
+    EXPECT_EQ(row.changeWithPercent, "-12.50 (-0.30%)");
+    EXPECT_EQ(row.deeplinkURL, "brightledgerwidget://indices/?id=9&exchg=nse&link_flag=1&positionSelected=2");
+}
+
+TEST(PerchRows, JoinWhatIsThereAndLeaveOutWhatIsNot) {
+    const TestRuntime runtime;
+    const struct {
+        std::string exchange, change, percent, exchangeWithTime, changeWithPercent;
+    } cases[] = {
+        {"nse", "1", "2", "NSE: 12:00", "1.00 (2.00%)"},
+        {"", "1", "", "12:00", "1.00"},
+        {"", "", "1.2", "12:00", " (1.20%)"},
+        {"", "x", "y", "12:00", ""},
+        {"", "1", "1%", "12:00", "1.00"},
+    };
+    for (const auto& each : cases) {
+        DefaultMultiAssetsVM asset;
+        asset.exchg = each.exchange;
+        MarketPackage_MultiAssetDataListItem quote;
+        quote.set_disptime("12:00");
+        quote.set_change(each.change);
+        quote.set_perchange(each.percent);
+        const PerchMultiAssetsVM row = makeRow(&quote, asset, 0, runtime);
+        EXPECT_EQ(row.exchgWithTime, each.exchangeWithTime);
+        EXPECT_EQ(row.changeWithPercent, each.changeWithPercent);
+    }
+}
+
+TEST(PerchRows, AreAProfitOrALossByTheDirectionAlone) {
+    const TestRuntime runtime;
+    const std::pair<std::string, std::optional<bool>> directions[] = {
+        {"1", true},           {"+1", true},           {"-1", false},        {"0", std::nullopt},
+        {"", std::nullopt},    {"2", std::nullopt},    {" 1", std::nullopt}, {"1.0", std::nullopt},
+        {"--1", std::nullopt}, {"OPEN", std::nullopt},
+    };
+    for (const auto& [direction, isProfit] : directions) {
+        MarketPackage_MultiAssetDataListItem quote;
+        quote.set_direction(direction);
+        quote.set_change("-5");
+        EXPECT_EQ(makeRow(&quote, {}, 0, runtime).isProfit, isProfit) << direction;
+    }
+}
+
+TEST(PerchRows, TakeTimeInProportionEvenWhenEveryQuoteHasTheSameName) {
+    const TestRuntime runtime;
+    constexpr int count = 50'000;
+    std::vector<QuoteText> texts;
+    std::vector<DefaultMultiAssetsVM> assets;
+    for (int place = 0; place < count; ++place) {
+        texts.push_back({"same", std::to_string(place), std::to_string(place)});
+        assets.push_back(assetOf("same", "", "", std::to_string(count - 1 - place)));
+    }
+    const auto start = std::chrono::steady_clock::now();
+    const auto rows = makeRows(quotesOf(texts), assets, runtime);
+    // Going through all quotes for each asset would take minutes.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    ASSERT_EQ(rows.size(), static_cast<std::size_t>(count));
+    EXPECT_EQ(rows.front().currentPrice, "49,999.00");
+    EXPECT_EQ(rows.back().currentPrice, "0.00");
+}
+
+TEST(PerchNumbers, HaveTwoDecimalsAndTheGroupsOfTheLocale) {
+    const TestRuntime india{{.locale = {"en_IN"}}};
+    const TestRuntime america{{.locale = {"en_US"}}};
+    const TestRuntime germany{{.locale = {"de_DE"}}};
+    EXPECT_EQ(formatNumber("1234567.891", india), "12,34,567.89");
+    EXPECT_EQ(formatNumber("1234567.891", america), "1,234,567.89");
+    EXPECT_EQ(formatNumber("1234567.891", germany), "1,234,567.89");
+
+    const std::pair<const char*, const char*> numbers[] = {
+        {"8.345", "8.34"}, {"8.355", "8.36"},   {"+5", "5.00"}, {"-12.5", "-12.50"},
+        {"-0", "-0.00"},   {"1e3", "1,000.00"}, {".5", "0.50"}, {"1e-400", "0.00"},
+        {"", ""},          {" 1", ""},          {"1 ", ""},     {"1,000", ""},
+        {"12a", ""},       {"abc", ""},         {"0x10", ""},   {"inf", ""},
+        {"nan", ""},       {"1e400", ""},       {"-", ""},      {"1\n", ""},
+    };
+    for (const auto& [text, formatted] : numbers) EXPECT_EQ(formatNumber(text, india), formatted) << text;
+}
+
+TEST(PerchDeepLinks, FollowTheKindOfTheAsset) {
+    DefaultMultiAssetsVM asset;
+    asset.id = "7";
+    asset.exchg = "nse";
+    asset.market = "cash";
+    asset.title = " Tata  Steel\tLtd ";
+    asset.indId = "9";
+    asset.scId = "TS";
+    const struct {
+        std::string type, instrument, link;
+    } cases[] = {
+        {"stock", "", "stock/?id=7&exchg=nse&market=cash&title=TataSteel\tLtd"},
+        {"STOCK", "", "stock/?id=7&exchg=nse&market=cash&title=TataSteel\tLtd"},
+        {"indices", "", "indices/?id=7&exchg=nse&link_flag=1"},
+        {"crypto", "", "crypto/?id=7&title=TataSteel\tLtd"},
+        {"future", "FUTIDX", "future/?ind_id=9&instrument=FUTIDX"},
+        {"future", "OPTSTK", "future/?sc_id=TS&exchg=nse&instrument=OPTSTK"},
+        {"future", "FUTSTK", "future/?sc_id=TS&instrument=FUTSTK"},
+        {"future", "OPTIDX", "future/?sc_id=TS&exchg=nse&ind_id=9&instrument=OPTIDX"},
+        {"future", "futidx", "future/&instrument=futidx"},
+        {"future", "", "future/&instrument="},
+        {"bond", "FUTIDX", ""},
+        {"", "", ""},
+    };
+    for (const auto& each : cases) {
+        asset.type = each.type;
+        asset.instrument = each.instrument;
+        EXPECT_EQ(makeDeepLink(asset, 4), "brightledgerwidget://" + each.link + "&positionSelected=5");
+    }
+    asset.type = "indices";
+    asset.linkFlag = false;
+    EXPECT_THAT(makeDeepLink(asset, 0), EndsWith("&link_flag=0&positionSelected=1"));
+}
+
+}  // namespace
+}  // namespace extension
