@@ -247,6 +247,7 @@ struct Painter::Implementation {
     TextSetter text;
     std::vector<ScaledMeasurer> measurers;
     std::vector<Surface> surfaces;
+    PngWriter pngWriter;
 };
 
 Result<std::unique_ptr<Painter>> Painter::make(const std::filesystem::path& resources) {
@@ -288,7 +289,7 @@ Result<std::string> Painter::png(const DisplayList& list, int scale, Timing* tim
     const double paintMs = millisecondsSince(start);
 
     const auto encodeStart = std::chrono::steady_clock::now();
-    std::string png = encodePng(surface, list.background.alpha() >= 1.0);
+    std::string png = implementation_->pngWriter.encode(surface, list.background.alpha() >= 1.0);
     if (timing != nullptr) *timing = {.paintMs = paintMs, .encodeMs = millisecondsSince(encodeStart)};
     return png;
 }
@@ -302,6 +303,7 @@ Result<std::string> Painter::svg(const DisplayList& list) {
     };
     const Surface surface(
         cairo_svg_surface_create_for_stream(append, &text, list.size.width, list.size.height));
+    cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
     const Canvas canvas(cairo_create(surface.get()));
     ListPainter(canvas.get(), vectorScale, implementation_->text, *implementation_->pictures).paint(list);
     cairo_surface_finish(surface.get());

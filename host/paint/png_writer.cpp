@@ -2,15 +2,12 @@
 
 #include <isa-l/crc.h>
 #include <isa-l/igzip_lib.h>
-#include <cstdint>
+#include <algorithm>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace host {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 void appendBigEndian(std::string& target, std::uint32_t value) {
     for (const int shift : {24, 16, 8, 0}) target += static_cast<char>(value >> shift & 0xFFU);
@@ -58,8 +55,10 @@ void writeClearRow(const std::uint32_t* pixels, int width, std::uint8_t* row) {
     }
 }
 
+}  // namespace
+
 /// Every row as its difference from the row above: a widget's rows are much alike.
-Bytes filteredRows(cairo_surface_t* surface, bool isOpaque) {
+void PngWriter::filterRows(cairo_surface_t* surface, bool isOpaque) {
     constexpr std::uint8_t upFilter = 2;
     const int width = cairo_image_surface_get_width(surface);
     const int height = cairo_image_surface_get_height(surface);
@@ -68,60 +67,58 @@ Bytes filteredRows(cairo_surface_t* surface, bool isOpaque) {
     const std::size_t rowSize = static_cast<std::size_t>(width) * (isOpaque ? 3 : 4);
     const auto writeRow = isOpaque ? writeOpaqueRow : writeClearRow;
 
-    Bytes above(rowSize);
-    Bytes current(rowSize);
-    Bytes filtered((rowSize + 1) * static_cast<std::size_t>(height));
-    std::uint8_t* target = filtered.data();
+    above_.assign(rowSize, 0);
+    current_.resize(rowSize);
+    filtered_.resize((rowSize + 1) * static_cast<std::size_t>(height));
+    std::uint8_t* target = filtered_.data();
     for (int y = 0; y < height; ++y) {
         const auto* row =
             reinterpret_cast<const std::uint32_t*>(pixels + static_cast<std::ptrdiff_t>(y) * stride);
-        writeRow(row, width, current.data());
+        writeRow(row, width, current_.data());
         *target++ = upFilter;
         for (std::size_t index = 0; index < rowSize; ++index) {
-            target[index] = static_cast<std::uint8_t>(current[index] - above[index]);
+            target[index] = static_cast<std::uint8_t>(current_[index] - above_[index]);
         }
         target += rowSize;
-        std::swap(above, current);
+        std::swap(above_, current_);
     }
-    return filtered;
 }
 
-std::string compressed(Bytes& content) {
-    std::vector<std::uint8_t> work(ISAL_DEF_LVL1_DEFAULT);
+void PngWriter::compressRows() {
+    work_.resize(ISAL_DEF_LVL1_DEFAULT);
     isal_zstream stream;
     isal_deflate_init(&stream);
     stream.level = 1;
-    stream.level_buf = work.data();
-    stream.level_buf_size = static_cast<std::uint32_t>(work.size());
+    stream.level_buf = work_.data();
+    stream.level_buf_size = static_cast<std::uint32_t>(work_.size());
     stream.gzip_flag = IGZIP_ZLIB;
     stream.end_of_stream = 1;
-    stream.next_in = content.data();
-    stream.avail_in = static_cast<std::uint32_t>(content.size());
+    stream.next_in = filtered_.data();
+    stream.avail_in = static_cast<std::uint32_t>(filtered_.size());
 
-    std::string target(content.size() / 8 + 4096, '\0');
+    compressed_.resize(std::max(compressed_.capacity(), filtered_.size() / 8 + 4096));
     std::size_t written = 0;
     while (stream.internal_state.state != ZSTATE_END) {
-        if (written == target.size()) target.resize(2 * target.size());
-        stream.next_out = reinterpret_cast<std::uint8_t*>(target.data()) + written;
-        stream.avail_out = static_cast<std::uint32_t>(target.size() - written);
+        if (written == compressed_.size()) compressed_.resize(2 * compressed_.size());
+        stream.next_out = reinterpret_cast<std::uint8_t*>(compressed_.data()) + written;
+        stream.avail_out = static_cast<std::uint32_t>(compressed_.size() - written);
         isal_deflate(&stream);
-        written = target.size() - stream.avail_out;
+        written = compressed_.size() - stream.avail_out;
     }
-    target.resize(written);
-    return target;
+    compressed_.resize(written);
 }
 
-}  // namespace
-
-std::string encodePng(cairo_surface_t* surface, bool isOpaque) {
+std::string PngWriter::encode(cairo_surface_t* surface, bool isOpaque) {
     cairo_surface_flush(surface);
-    Bytes rows = filteredRows(surface, isOpaque);
+    filterRows(surface, isOpaque);
+    compressRows();
     std::string png = "\x89PNG\r\n\x1a\n";
+    png.reserve(compressed_.size() + 128);
     appendChunk(
         png, "IHDR",
         header(cairo_image_surface_get_width(surface), cairo_image_surface_get_height(surface), isOpaque));
     appendChunk(png, "sRGB", std::string_view("\0", 1));
-    appendChunk(png, "IDAT", compressed(rows));
+    appendChunk(png, "IDAT", compressed_);
     appendChunk(png, "IEND", {});
     return png;
 }

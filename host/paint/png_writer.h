@@ -3,12 +3,29 @@
 // Writes PNG fast: at a widget's size, encoding is most of what a picture costs.
 
 #include <cairo.h>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace host {
 
-/// The pixels of an ARGB32 image surface as 8-bit sRGB, with alpha unless `isOpaque`. The same pixels
-/// give the same bytes on one machine; on another processor the compressed bytes may differ.
-std::string encodePng(cairo_surface_t* surface, bool isOpaque);
+/// Keeps its memory between pictures. One thread at a time.
+class PngWriter {
+public:
+    /// The pixels of an ARGB32 image surface as 8-bit sRGB, with alpha unless `isOpaque`. The same pixels
+    /// give the same bytes on one machine; on another processor the compressed bytes may differ.
+    std::string encode(cairo_surface_t* surface, bool isOpaque);
+
+private:
+    void filterRows(cairo_surface_t* surface, bool isOpaque);
+    void compressRows();
+
+    /// The two latest rows, as they are.
+    std::vector<std::uint8_t> above_;
+    std::vector<std::uint8_t> current_;
+    std::vector<std::uint8_t> filtered_;
+    std::vector<std::uint8_t> work_;
+    std::string compressed_;
+};
 
 }  // namespace host

@@ -159,7 +159,7 @@ void addAttributes(PangoAttrList* list, const TextRun& run, std::size_t begin, s
 
 /// The text from `begin` to `end` with its attributes, then `suffix` in those of the last character.
 Layout makeLayout(PangoContext* context, const FlatText& flat, std::size_t begin, std::size_t end,
-                  std::string_view suffix, std::optional<double> width, PictureLibrary& pictures) {
+                  std::string_view suffix, std::optional<int> width, PictureLibrary& pictures) {
     const std::string text = flat.text.substr(begin, end - begin).append(suffix);
     const Owned<PangoAttrList, pango_attr_list_unref> attributes(pango_attr_list_new());
     for (const Piece& piece : flat.pieces) {
@@ -178,7 +178,7 @@ Layout makeLayout(PangoContext* context, const FlatText& flat, std::size_t begin
     pango_layout_set_wrap(layout.get(), PANGO_WRAP_WORD_CHAR);
     pango_layout_set_text(layout.get(), text.data(), static_cast<int>(text.size()));
     pango_layout_set_attributes(layout.get(), attributes.get());
-    if (width) pango_layout_set_width(layout.get(), pangoUnits(*width));
+    if (width) pango_layout_set_width(layout.get(), *width);
     return layout;
 }
 
@@ -231,7 +231,7 @@ std::size_t allowedLines(const std::vector<SetLine>& lines, std::optional<int> l
 }
 
 /// Sets the line again with all that follows in its paragraph, so that it is cut where the room ends.
-void endInEllipsis(SetText& set, const FlatText& flat, std::optional<double> width, bool isParagraphsLast,
+void endInEllipsis(SetText& set, const FlatText& flat, std::optional<int> width, bool isParagraphsLast,
                    PangoContext* context, PictureLibrary& pictures) {
     const SetLine cut = set.lines.back();
     const std::string_view suffix = isParagraphsLast ? ellipsis : std::string_view{};
@@ -242,13 +242,15 @@ void endInEllipsis(SetText& set, const FlatText& flat, std::optional<double> wid
     set.layouts.push_back(std::move(layout));
 }
 
-SetText setText(const FlatText& flat, std::optional<int> lineLimit, std::optional<double> width,
-                std::optional<double> height, PangoContext* context, PictureLibrary& pictures) {
-    // Beyond it is as good as no limit, and out of what can be counted in pango's units.
+/// In pango's units; nothing for a width beyond counting, which is as good as none.
+std::optional<int> lineWidth(std::optional<double> width) {
     constexpr double widest = 100'000.0;
-    if (width && !(*width < widest)) width.reset();
-    if (width) width = std::max(*width, 0.0);
+    if (!width || !(*width < widest)) return std::nullopt;
+    return pangoUnits(std::max(*width, 0.0));
+}
 
+SetText setText(const FlatText& flat, std::optional<int> lineLimit, std::optional<int> width,
+                std::optional<double> height, PangoContext* context, PictureLibrary& pictures) {
     SetText set;
     for (const Paragraph& paragraph : paragraphs(flat.text)) {
         Layout layout = makeLayout(context, flat, paragraph.begin, paragraph.end, {}, width, pictures);
@@ -271,7 +273,8 @@ SetText setText(const FlatText& flat, std::optional<int> lineLimit, std::optiona
 double roundedUp(double points, double scale) { return std::ceil(points * scale - 1e-6) / scale; }
 
 TextMeasure measured(const SetText& set, double scale) {
-    TextMeasure measure{.lines = static_cast<int>(set.lines.size())};
+    TextMeasure measure;
+    measure.lines = static_cast<int>(set.lines.size());
     double width = 0.0;
     double height = 0.0;
     for (const SetLine& line : set.lines) {
@@ -328,8 +331,8 @@ TextMeasure TextSetter::measure(const std::vector<TextRun>& runs, std::optional<
     const std::string key = keyOf(runs, lineLimit, width, height, scale);
     if (const auto known = measures_.find(key); known != measures_.end()) return known->second;
 
-    const TextMeasure answer =
-        measured(setText(flatten(runs), lineLimit, width, height, context_.get(), pictures_), scale);
+    const TextMeasure answer = measured(
+        setText(flatten(runs), lineLimit, lineWidth(width), height, context_.get(), pictures_), scale);
     if (measures_.size() >= rememberedMeasures) measures_.clear();
     measures_.emplace(key, answer);
     return answer;
@@ -345,7 +348,7 @@ FontMetrics TextSetter::metrics(const std::vector<TextRun>& runs) {
 
 void TextSetter::draw(cairo_t* canvas, const std::vector<TextRun>& runs, int lines, double width) {
     const FlatText flat = flatten(runs);
-    const SetText set = setText(flat, lines, width, std::nullopt, context_.get(), pictures_);
+    const SetText set = setText(flat, lines, lineWidth(width), std::nullopt, context_.get(), pictures_);
     double top = 0.0;
     for (const SetLine& line : set.lines) {
         cairo_move_to(canvas, 0.0, top + line.ascent);
