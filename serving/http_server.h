@@ -60,15 +60,15 @@ private:
 struct Response {
     int status = 200;
     std::string contentType = "text/plain; charset=utf-8";
-    std::vector<std::pair<std::string, std::string>> headers;
-    platform::Bytes body;
+    std::vector<std::pair<std::string, std::string>> headers = {};
+    platform::Bytes body = {};
     /// Waited for before the first byte is sent, without holding a thread.
     std::chrono::milliseconds delay{0};
     /// How the connection fares: `cut` sends half of the body that it announces and closes, `reset`
     /// sends nothing and resets.
     enum class Ending { whole, cut, reset } ending = Ending::whole;
     /// When there, status and headers are sent and then whatever is pushed; `body` is not used.
-    std::shared_ptr<EventStream> stream;
+    std::shared_ptr<EventStream> stream = nullptr;
 };
 
 struct ServerLimits {
