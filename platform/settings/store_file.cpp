@@ -1,0 +1,220 @@
+#include "platform/settings/store_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <string>
+#include <system_error>
+#include <thread>
+#include "platform/base/clock.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+
+constexpr mode_t folderMode = 0700;
+constexpr mode_t fileMode = 0600;
+constexpr std::array<const char*, 2> sideFiles{"-wal", "-shm"};
+constexpr const char* storeVersion = "1";
+
+fs::path withSuffix(fs::path file, const std::string& suffix) { return file += suffix; }
+
+tl::unexpected<Error> systemFailure(const std::string& what, const fs::path& file) {
+    const int code = errno;
+    return settingsFailure(SQLITE_CANTOPEN, "cannot " + what + " " + file.string() + ": " +
+                                                std::generic_category().message(code));
+}
+
+bool makeFolder(const fs::path& folder) {
+    if (mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST) return true;
+    if (errno != ENOENT || !folder.has_parent_path() || folder.parent_path() == folder) return false;
+    return makeFolder(folder.parent_path()) && (mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST);
+}
+
+bool hold(int descriptor, int kind, milliseconds patience) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (flock(descriptor, kind | LOCK_NB) != 0) {
+        // A file system that knows no locks has nobody who waits for one.
+        if (errno != EWOULDBLOCK && errno != EINTR) return true;
+        if (std::chrono::steady_clock::now() >= end) return false;
+        std::this_thread::sleep_for(milliseconds(2));
+    }
+    return true;
+}
+
+/// So that a power cut does not bring the old names back.
+void keepNames(const fs::path& folder) {
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    fsync(descriptor);
+    ::close(descriptor);
+}
+
+Result<void> makeEmptyFile(const fs::path& file) {
+    // Made by us and not by SQLite, which gives its side files the mode of the main one.
+    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, fileMode);
+    if (descriptor < 0) return systemFailure("create", file);
+    ::close(descriptor);
+    return {};
+}
+
+Result<void> moveAside(const fs::path& from, const fs::path& to) {
+    if (!isThere(from)) return {};
+    if (std::rename(from.c_str(), to.c_str()) != 0) return systemFailure("set aside", from);
+    fchmodat(AT_FDCWD, to.c_str(), fileMode, 0);
+    return {};
+}
+
+fs::path nameAside(const fs::path& file) {
+    std::string moment = formatInstant(std::chrono::system_clock::now()).substr(0, 19) + "Z";
+    std::erase(moment, ':');
+    const fs::path base = withSuffix(file, ".damaged-" + moment);
+    fs::path name = base;
+    const auto isTaken = [&name] {
+        return isThere(name) || std::any_of(sideFiles.begin(), sideFiles.end(),
+                                            [&name](auto side) { return isThere(withSuffix(name, side)); });
+    };
+    for (int number = 2; isTaken(); ++number) name = withSuffix(base, "-" + std::to_string(number));
+    return name;
+}
+
+/// The first read of a connection: SQLite opens nearly anything and complains only now.
+Result<void> readFirstPages(Database& database) {
+    const auto prepared =
+        database.execute("PRAGMA synchronous=NORMAL; PRAGMA cache_size=-256; PRAGMA cell_size_check=ON");
+    if (!prepared) return prepared;
+    const Result<std::string> version = database.text("PRAGMA user_version");
+    if (!version) return tl::unexpected(version.error());
+    if (*version == "0") return settingsFailure(SQLITE_CORRUPT, "settings store: empty or not ours");
+    if (*version != storeVersion) {
+        return settingsFailure(SQLITE_MISMATCH, "settings store: written by a newer version");
+    }
+    return {};
+}
+
+Result<Database> openAs(const fs::path& file, Database::Access access) {
+    Result<Database> database = Database::open(file, access);
+    if (!database) return database;
+    const Result<void> readable = readFirstPages(*database);
+    if (!readable) return tl::unexpected(readable.error());
+    return database;
+}
+
+bool holdsSomething(const fs::path& file) {
+    std::error_code error;
+    return fs::file_size(file, error) > 0 && !error;
+}
+
+}  // namespace
+
+StoreLock::StoreLock(const fs::path& storeFile) {
+    const fs::path file = withSuffix(storeFile, "-lock");
+    descriptor_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, fileMode);
+    if (descriptor_ < 0) descriptor_ = ::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+StoreLock::~StoreLock() {
+    if (exists()) ::close(descriptor_);
+}
+
+bool StoreLock::holdShared(milliseconds patience) const {
+    return !exists() || hold(descriptor_, LOCK_SH, patience);
+}
+
+bool StoreLock::holdAlone(milliseconds patience) const {
+    return !exists() || hold(descriptor_, LOCK_EX, patience);
+}
+
+bool isThere(const fs::path& file) {
+    std::error_code error;
+    return fs::symlink_status(file, error).type() != fs::file_type::not_found;
+}
+
+Result<fs::path> storeFolder(const fs::path& directory) {
+    if (!makeFolder(directory)) return systemFailure("create", directory);
+    std::error_code error;
+    fs::path folder = fs::canonical(directory, error);
+    if (!error && !fs::is_directory(folder)) error = std::make_error_code(std::errc::not_a_directory);
+    if (error) {
+        return settingsFailure(SQLITE_CANTOPEN, "cannot use " + directory.string() + ": " + error.message());
+    }
+    return folder;
+}
+
+std::string_view objectionToSuiteName(std::string_view name) {
+    if (name.empty() || name == "NSGlobalDomain") return "a settings store cannot have this name";
+    if (name.find_first_of(std::string_view("/\0", 2)) != std::string_view::npos) {
+        return "the name of a settings store cannot be a path";
+    }
+    return {};
+}
+
+Result<void> createStore(const fs::path& file) {
+    // Side files without their store are what is left of one; SQLite would take the log for ours.
+    for (const char* side : sideFiles) {
+        if (!isThere(withSuffix(file, side))) continue;
+        if (const auto aside = setStoreAside(file); !aside) return tl::unexpected(aside.error());
+    }
+    // Made under another name, so that a file under its own name is always a whole store.
+    const fs::path fresh = withSuffix(file, ".new");
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) unlink(withSuffix(fresh, suffix).c_str());
+    if (const auto made = makeEmptyFile(fresh); !made) return made;
+    {
+        Result<Database> database = Database::open(fresh, Database::Access::readWrite);
+        if (!database) return tl::unexpected(database.error());
+        const auto filled = database->execute(
+            "BEGIN IMMEDIATE;"
+            "CREATE TABLE settings(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL) WITHOUT ROWID;"
+            "PRAGMA user_version=1;"
+            "COMMIT;"
+            "PRAGMA journal_mode=WAL");
+        if (!filled) return filled;
+    }
+    if (std::rename(fresh.c_str(), file.c_str()) != 0) return systemFailure("create", file);
+    keepNames(file.parent_path());
+    return {};
+}
+
+Result<Database> openStore(const fs::path& file) {
+    Result<Database> database = openAs(file, Database::Access::readWrite);
+    if (database || (database.error().code & 0xFF) != SQLITE_CANTOPEN) return database;
+    // Where the side files cannot be made, what stands in the main file can still be read, if that is all.
+    if (holdsSomething(withSuffix(file, "-wal"))) return database;
+    Result<Database> frozen = openAs(file, Database::Access::frozen);
+    return frozen ? std::move(frozen) : std::move(database);
+}
+
+Result<void> examineStore(const fs::path& file) {
+    Result<Database> database = Database::open(file, Database::Access::readWrite);
+    if (!database) return tl::unexpected(database.error());
+    database->keepLog();
+    // Also keeps out those who know nothing of our lock.
+    const auto alone = database->execute("PRAGMA locking_mode=EXCLUSIVE");
+    if (!alone) return alone;
+    if (const auto readable = readFirstPages(*database); !readable) return readable;
+    const Result<std::string> found = database->text("PRAGMA integrity_check(1)");
+    if (!found) return tl::unexpected(found.error());
+    if (*found != "ok") return settingsFailure(SQLITE_CORRUPT, "settings store: " + *found);
+    return {};
+}
+
+Result<fs::path> setStoreAside(const fs::path& file) {
+    fs::path name = nameAside(file);
+    for (const char* side : sideFiles) {
+        const auto moved = moveAside(withSuffix(file, side), withSuffix(name, side));
+        if (!moved) return tl::unexpected(moved.error());
+    }
+    if (const auto moved = moveAside(file, name); !moved) return tl::unexpected(moved.error());
+    keepNames(file.parent_path());
+    return name;
+}
+
+}  // namespace platform

@@ -1,0 +1,273 @@
+#include "platform/settings/user_defaults.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <mutex>
+#include <utility>
+#include "platform/settings/sqlite_database.h"
+#include "platform/settings/store_file.h"
+#include "platform/settings/stored_value.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::chrono::seconds patience{5};
+
+// In the order of the statements in a connection's cache.
+enum Query : std::size_t { readOne, readAll, write, erase, version, queryCount };
+constexpr std::array<const char*, queryCount> queries{
+    "SELECT value FROM settings WHERE key = ?1",
+    "SELECT key, value FROM settings ORDER BY key",
+    "INSERT INTO settings(key, value) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET value = excluded.value",
+    "DELETE FROM settings WHERE key = ?1",
+    "PRAGMA data_version",
+};
+
+Result<PropertyList> decoded(std::string_view key, const std::optional<std::string_view>& bytes) {
+    std::optional<PropertyList> value = bytes ? decodeStoredValue(*bytes) : std::nullopt;
+    if (value) return std::move(*value);
+    return settingsFailure(SQLITE_MISMATCH,
+                           "settings store: the value of \"" + std::string(key) + "\" is not one of ours");
+}
+
+/// Holds the lock shared, over a store that is there: a missing one is made first, alone.
+Result<void> takePart(const StoreLock& lock, const fs::path& file) {
+    if (!isThere(file)) {
+        if (!lock.holdAlone(patience)) return settingsFailure(SQLITE_BUSY, "settings store: in use");
+        if (!isThere(file)) {
+            if (const auto made = createStore(file); !made) return made;
+        }
+    }
+    if (!lock.holdShared(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being repaired");
+    return {};
+}
+
+}  // namespace
+
+struct UserDefaults::Connection {
+    Connection(StoreLock ownLock, Database ownDatabase)
+        : lock(std::move(ownLock)), database(std::move(ownDatabase)) {}
+
+    ~Connection() {
+        if (isForked()) {
+            // Closing would take the parent's log from under it.
+            for (auto& statement : statements) (void)statement.release();
+            database.abandon();
+        }
+    }
+
+    bool isForked() const { return owner != getpid(); }
+
+    Result<void> check() const {
+        if (isForked()) return settingsFailure(SQLITE_MISUSE, "settings store: opened before a fork");
+        return {};
+    }
+
+    Result<Statement*> statement(Query query) {
+        auto& cached = statements[query];
+        if (!cached) {
+            Result<Statement> prepared = database.prepare(queries[query]);
+            if (!prepared) return tl::unexpected(prepared.error());
+            cached = std::make_unique<Statement>(std::move(*prepared));
+        }
+        return cached.get();
+    }
+
+    Result<std::optional<PropertyList>> object(std::string_view key) {
+        const Result<Statement*> prepared = statement(readOne);
+        if (!prepared) return tl::unexpected(prepared.error());
+        auto run = (*prepared)->run();
+        run.bindText(1, key);
+        const Result<bool> row = run.step();
+        if (!row) return tl::unexpected(row.error());
+        if (!*row) return std::nullopt;
+        return decoded(key, run.bytes(0));
+    }
+
+    Result<void> set(std::string_view key, const PropertyList& value) {
+        const std::optional<std::string> bytes = encodeStoredValue(value);
+        if (!bytes) {
+            return settingsFailure(SQLITE_TOOBIG, "settings store: the value of \"" + std::string(key) +
+                                                      "\" is nested too deeply");
+        }
+        return change(write, key, *bytes);
+    }
+
+    Result<void> remove(std::string_view key) { return change(erase, key, std::nullopt); }
+
+    Result<void> change(Query query, std::string_view key, std::optional<std::string_view> bytes) {
+        const Result<Statement*> prepared = statement(query);
+        if (!prepared) return tl::unexpected(prepared.error());
+        auto run = (*prepared)->run();
+        run.bindText(1, key);
+        if (bytes) run.bindBytes(2, *bytes);
+        const Result<bool> done = run.step();
+        if (!done) return tl::unexpected(done.error());
+        return {};
+    }
+
+    /// Runs `work` between `begin` and a commit; takes all back unless both go well.
+    template <typename Work>
+    Result<void> together(const char* begin, Work&& work) {
+        const auto begun = database.execute(begin);
+        if (!begun) return begun;
+        struct Undo {
+            Database& database;
+            ~Undo() {
+                if (database.isInTransaction()) (void)database.execute("ROLLBACK");
+            }
+        } undo{database};
+        const Result<void> done = work();
+        return done ? database.execute("COMMIT") : done;
+    }
+
+    struct OpenTransaction final : Transaction {
+        explicit OpenTransaction(Connection& own) : connection(own) {}
+        Result<std::optional<PropertyList>> object(std::string_view key) override {
+            return connection.object(key);
+        }
+        Result<void> set(std::string_view key, const PropertyList& value) override {
+            return connection.set(key, value);
+        }
+        Result<void> remove(std::string_view key) override { return connection.remove(key); }
+
+        Connection& connection;
+    };
+
+    const pid_t owner = getpid();
+    std::mutex mutex;
+    // The lock goes last and the statements first.
+    StoreLock lock;
+    Database database;
+    std::array<std::unique_ptr<Statement>, queryCount> statements;
+};
+
+UserDefaults::UserDefaults(std::unique_ptr<Connection> connection) : connection_(std::move(connection)) {}
+
+UserDefaults::~UserDefaults() = default;
+
+Result<std::shared_ptr<UserDefaults>> UserDefaults::open(const fs::path& directory,
+                                                         std::string_view suiteName) {
+    if (const auto objection = objectionToSuiteName(suiteName); !objection.empty()) {
+        return settingsFailure(SQLITE_CANTOPEN, std::string(objection));
+    }
+    const Result<fs::path> folder = storeFolder(directory);
+    if (!folder) return tl::unexpected(folder.error());
+    const fs::path file = storeFile(*folder, suiteName);
+    StoreLock lock(file);
+    if (const auto joined = takePart(lock, file); !joined) return tl::unexpected(joined.error());
+    Result<Database> database = openStore(file);
+    if (!database) {
+        Error error = database.error();
+        error.message += " (" + file.string() + ")";
+        return tl::unexpected(std::move(error));
+    }
+    auto connection = std::make_unique<Connection>(std::move(lock), std::move(*database));
+    // Reads the schema too, so that a damaged one is found here.
+    if (const auto ready = connection->statement(readOne); !ready) return tl::unexpected(ready.error());
+    return std::shared_ptr<UserDefaults>(new UserDefaults(std::move(connection)));
+}
+
+Result<std::optional<PropertyList>> UserDefaults::object(std::string_view key) const {
+    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
+    const std::lock_guard lock(connection_->mutex);
+    return connection_->object(key);
+}
+
+Result<std::vector<std::optional<PropertyList>>> UserDefaults::objects(
+    const std::vector<std::string>& keys) const {
+    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
+    const std::lock_guard lock(connection_->mutex);
+    std::vector<std::optional<PropertyList>> values;
+    values.reserve(keys.size());
+    const auto read = connection_->together("BEGIN", [&]() -> Result<void> {
+        for (const std::string& key : keys) {
+            Result<std::optional<PropertyList>> value = connection_->object(key);
+            if (!value) return tl::unexpected(value.error());
+            values.push_back(std::move(*value));
+        }
+        return {};
+    });
+    if (!read) return tl::unexpected(read.error());
+    return values;
+}
+
+Result<PropertyList::Dictionary> UserDefaults::dictionaryRepresentation() const {
+    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
+    const std::lock_guard lock(connection_->mutex);
+    const Result<Statement*> prepared = connection_->statement(readAll);
+    if (!prepared) return tl::unexpected(prepared.error());
+    auto run = (*prepared)->run();
+    PropertyList::Dictionary entries;
+    for (Result<bool> row = run.step(); !row || *row; row = run.step()) {
+        if (!row) return tl::unexpected(row.error());
+        std::string key(run.bytes(0).value_or(""));
+        Result<PropertyList> value = decoded(key, run.bytes(1));
+        if (!value) return tl::unexpected(value.error());
+        entries.insert_or_assign(std::move(key), std::move(*value));
+    }
+    return entries;
+}
+
+Result<void> UserDefaults::set(std::string_view key, const PropertyList& value) {
+    if (const auto usable = connection_->check(); !usable) return usable;
+    const std::lock_guard lock(connection_->mutex);
+    return connection_->set(key, value);
+}
+
+Result<void> UserDefaults::remove(std::string_view key) {
+    if (const auto usable = connection_->check(); !usable) return usable;
+    const std::lock_guard lock(connection_->mutex);
+    return connection_->remove(key);
+}
+
+Result<void> UserDefaults::transaction(const std::function<Result<void>(Transaction&)>& work) {
+    if (const auto usable = connection_->check(); !usable) return usable;
+    const std::lock_guard lock(connection_->mutex);
+    Connection::OpenTransaction open(*connection_);
+    // Asks for the right to write at once: a reader that asks later is refused when another has written.
+    return connection_->together("BEGIN IMMEDIATE", [&] { return work(open); });
+}
+
+Result<std::int64_t> UserDefaults::dataVersion() const {
+    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
+    const std::lock_guard lock(connection_->mutex);
+    const Result<Statement*> prepared = connection_->statement(version);
+    if (!prepared) return tl::unexpected(prepared.error());
+    auto run = (*prepared)->run();
+    const Result<bool> row = run.step();
+    if (!row) return tl::unexpected(row.error());
+    return run.integer(0);
+}
+
+fs::path storeFile(const fs::path& directory, std::string_view suiteName) {
+    return directory / (std::string(suiteName) + ".sqlite");
+}
+
+Result<std::optional<fs::path>> repairStore(const fs::path& directory, std::string_view suiteName) {
+    if (const auto objection = objectionToSuiteName(suiteName); !objection.empty()) {
+        return settingsFailure(SQLITE_CANTOPEN, std::string(objection));
+    }
+    std::error_code missing;
+    const fs::path folder = fs::canonical(directory, missing);
+    const fs::path file = storeFile(folder, suiteName);
+    if (missing || !isThere(file)) return std::nullopt;
+
+    const StoreLock lock(file);
+    if (!lock.exists()) return settingsFailure(SQLITE_CANTOPEN, "cannot lock " + file.string());
+    if (!lock.holdAlone(std::chrono::seconds(0))) {
+        return settingsFailure(SQLITE_BUSY,
+                               "the settings store is in use by another process: " + file.string());
+    }
+    if (const auto health = examineStore(file); health || !isDamage(health.error())) {
+        return health ? Result<std::optional<fs::path>>(std::nullopt) : tl::unexpected(health.error());
+    }
+    Result<fs::path> aside = setStoreAside(file);
+    if (!aside) return tl::unexpected(aside.error());
+    return std::move(*aside);
+}
+
+}  // namespace platform
