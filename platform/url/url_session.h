@@ -4,6 +4,7 @@
 // background queue a session, on which its completions run one after another.
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -20,6 +21,7 @@ namespace platform {
 /// The platform's numbers in the error domain "URLError".
 namespace url_error {
 inline constexpr const char* domain = "URLError";
+inline constexpr int unknown = -1;
 inline constexpr int cancelled = -999;
 inline constexpr int badURL = -1000;
 inline constexpr int timedOut = -1001;
@@ -35,22 +37,26 @@ inline constexpr int secureConnectionFailed = -1200;
 inline constexpr int serverCertificateUntrusted = -1202;
 }  // namespace url_error
 
-/// An error of the URL domain that carries nothing but its code.
+/// An error of the URL domain that carries nothing but its code: the message is a fixed text for the
+/// code and never holds an address, as an address may hold a user's secrets.
 Error urlError(int code);
 
 struct URLRequest {
     URL url;
     /// Sent letter by letter.
     std::string method = "GET";
-    std::vector<std::pair<std::string, std::string>> headers;
-    std::optional<Bytes> body;
+    std::vector<std::pair<std::string, std::string>> headers = {};
+    std::optional<Bytes> body = {};
     /// Ends the transfer when no data has arrived for so long; restarts with every byte.
     std::chrono::milliseconds timeoutInterval = std::chrono::seconds(60);
     /// Of the decoded body; a longer one is an error (dataLengthExceedsMaximum).
     std::size_t maximumBodySize = 64U << 20;
     /// Asked before the first hop and before each redirect; an address that it refuses ends the
     /// transfer with unsupportedURL. Runs on the I/O thread.
-    std::function<bool(const URL&)> isAllowed;
+    std::function<bool(const URL&)> isAllowed = {};
+    /// When false, an address on this machine or on a private network ends the transfer with
+    /// unsupportedURL: on every hop, by the address itself and by what its host name resolves to.
+    bool allowsPrivateHosts = true;
 };
 
 struct HTTPResponse {
@@ -64,7 +70,6 @@ struct HTTPResponse {
 /// Runs on the session's queue, exactly once; when the loader goes away first it is dropped.
 using DataTaskCompletion = std::function<void(Result<HTTPResponse>)>;
 
-/// The process's transfers: one I/O thread, started with the first transfer, one connection pool.
 class URLLoader;
 
 /// A group of transfers whose completions run one at a time on a background queue of their own.
@@ -86,6 +91,13 @@ private:
     std::shared_ptr<Queue> queue_;
 };
 
+/// The process's transfers: one I/O thread, started with the first transfer, and one pool of
+/// connections for all sessions, at most six to a host; what is too many waits its turn.
+///
+/// Redirects are followed, at most 20, to http and https only: 301 and 302 turn POST into GET, 303
+/// turns everything into GET, 307 and 308 keep method and body. Credentials do not go along to another
+/// origin. A 3xx without a usable Location is the response. Bodies arrive decompressed. Proxies of the
+/// environment are not used.
 class URLLoader {
 public:
     URLLoader();
@@ -97,8 +109,8 @@ public:
     /// The session that everybody shares who asks for none of his own.
     URLSession& sharedSession();
 
-    /// Loads on the I/O thread and waits for it here; never from the I/O thread itself. `deadline`
-    /// bounds the whole transfer.
+    /// Loads on the I/O thread and waits for it here, which may be a session's queue but never the I/O
+    /// thread itself. `deadline` bounds the whole transfer, redirects included; past it, timedOut.
     Result<HTTPResponse> load(URLRequest request, std::chrono::steady_clock::time_point deadline);
 
     struct Statistics {
