@@ -1,0 +1,86 @@
+#include "companion/arguments.h"
+
+#include <charconv>
+#include <nlohmann/json.hpp>
+#include <vector>
+#include "platform/text/number_formatter.h"
+#include "platform/view/view_json.h"
+
+namespace companion {
+namespace {
+
+using nlohmann::ordered_json;
+using platform::Color;
+using platform::Result;
+
+tl::unexpected<platform::Error> noSuch(const std::string& text, std::string_view kind) {
+    return platform::failure("UsageError", 0, "'" + text + "' is no " + std::string(kind));
+}
+
+bool isUTF8(const std::string& text) {
+    try {
+        static_cast<void>(nlohmann::json(text).dump());
+        return true;
+    } catch (const nlohmann::json::exception&) {
+        return false;
+    }
+}
+
+/// None, white and alpha, or red, green, blue and alpha.
+std::optional<Color> colorOf(const ordered_json& components) {
+    std::vector<double> values;
+    for (const ordered_json& component : components) {
+        if (!component.is_number()) return std::nullopt;
+        values.push_back(component.get<double>());
+        if (!(values.back() >= 0.0 && values.back() <= 1.0)) return std::nullopt;
+    }
+    switch (values.size()) {
+        case 0: return Color();
+        case 2: return Color::white(values[0], values[1]);
+        case 4: return Color::rgb(values[0], values[1], values[2], values[3]);
+        default: return std::nullopt;
+    }
+}
+
+}  // namespace
+
+Result<std::string> Argument<std::string>::read(const std::string& text) {
+    if (!isUTF8(text)) return platform::failure("UsageError", 0, "a text is no UTF-8");
+    return text;
+}
+
+Result<std::optional<std::string>> Argument<std::optional<std::string>>::read(const std::string& text) {
+    if (text == "null") return std::nullopt;
+    return Argument<std::string>::read(text).map([](const std::string& same) { return std::optional(same); });
+}
+
+Result<std::int64_t> Argument<std::int64_t>::read(const std::string& text) {
+    std::int64_t number = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (read.ec != std::errc() || read.ptr != text.data() + text.size()) return noSuch(text, "whole number");
+    return number;
+}
+
+Result<double> Argument<double>::read(const std::string& text) {
+    double number = 0.0;
+    if (!platform::parseDecimal(text, number)) return noSuch(text, "decimal number");
+    return number;
+}
+
+Result<bool> Argument<bool>::read(const std::string& text) {
+    if (text != "true" && text != "false") return noSuch(text, "truth value (true or false)");
+    return text == "true";
+}
+
+Result<Color> Argument<Color>::read(const std::string& text) {
+    const ordered_json json = ordered_json::parse(text, nullptr, /*allow_exceptions=*/false);
+    if (json.is_object() && json.contains("components")) {
+        const auto color = json["components"].is_array() ? colorOf(json["components"]) : std::nullopt;
+        return color ? Result<Color>(*color)
+                     : noSuch(text, "colour of none, two or four components of 0 to 1");
+    }
+    const Result<Color> color = platform::colorFromJson(json);
+    return color ? color : noSuch(text, R"(colour such as {"hex":"#1A1A22","alpha":1})");
+}
+
+}  // namespace companion
