@@ -1,0 +1,58 @@
+// brightledger-demo: the demo service alone.
+
+#include <charconv>
+#include <csignal>
+#include <iostream>
+#include <optional>
+#include <string_view>
+#include "demo/service.h"
+
+namespace {
+
+std::optional<std::uint16_t> portOf(std::string_view text) {
+    std::uint16_t port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return port;
+}
+
+int usage() {
+    std::cerr << "usage: brightledger-demo [--port N]\n";
+    return 2;
+}
+
+/// Blocked before any thread is there, so that none is interrupted by them.
+sigset_t blockedSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    std::uint16_t port = 0;
+    for (int i = 1; i < count; ++i) {
+        const std::string_view argument = arguments[i];
+        std::optional<std::uint16_t> given;
+        if (argument == "--port" && i + 1 < count) given = portOf(arguments[++i]);
+        if (argument.starts_with("--port=")) given = portOf(argument.substr(7));
+        if (!given) return usage();
+        port = *given;
+    }
+    const sigset_t signals = blockedSignals();
+    std::signal(SIGPIPE, SIG_IGN);
+
+    const auto service = demo::DemoService::start(port);
+    if (!service) {
+        std::cerr << "brightledger-demo: " << service.error().message << "\n";
+        return 1;
+    }
+    std::cout << (*service)->origin() << std::endl;
+    int received = 0;
+    sigwait(&signals, &received);
+    return 0;
+}

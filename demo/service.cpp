@@ -1,0 +1,348 @@
+#include "demo/service.h"
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <map>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include "demo/market.h"
+#include "demo/pictures.h"
+#include "extension/widgets/perch/proto/market_package.h"
+#include "serving/http_server.h"
+
+namespace demo {
+
+namespace {
+
+using nlohmann::ordered_json;
+using serving::Request;
+using serving::Response;
+
+constexpr std::array<std::pair<Fault, std::string_view>, 11> faultNames{{
+    {Fault::none, "none"},
+    {Fault::down, "down"},
+    {Fault::slow, "slow"},
+    {Fault::reset, "reset"},
+    {Fault::notModified, "304"},
+    {Fault::serverError, "500"},
+    {Fault::empty, "empty"},
+    {Fault::noise, "noise"},
+    {Fault::cut, "cut"},
+    {Fault::unknownStoryType, "unknown-story-type"},
+    {Fault::huge, "huge"},
+}};
+
+constexpr std::string_view newsPath = "/newsapi/app/get_news_ranking/main_home_page/allnews/";
+constexpr std::string_view quotesPath = "/swiftapi/v1/markets/multi-asset-info";
+constexpr std::string_view portfolioPath = "/portfolioapi/summary";
+constexpr std::string_view thumbnailPath = "/thumbnails/";
+
+Response jsonResponse(const ordered_json& json, int status = 200) {
+    return {.status = status, .contentType = "application/json", .body = platform::Bytes(json.dump())};
+}
+
+Response missing() { return {.status = 404, .body = platform::Bytes("nothing here\n")}; }
+
+std::string direction(double change) { return change > 0 ? "1" : change < 0 ? "-1" : "0"; }
+
+Response quotes(const Request& request, platform::Instant now) {
+    extension::MarketPackage_MultiAssetInfo info;
+    info.set_success(1);
+    auto& data = *info.mutable_data();
+    std::string identifiers = serving::queryValue(request.query, "asset_ids").value_or("");
+    while (!identifiers.empty()) {
+        const std::string identifier = identifiers.substr(0, identifiers.find(','));
+        identifiers.erase(0, identifier.size() + 1);
+        if (identifier.empty()) continue;
+        const Instrument instrument = instrumentFor(identifier);
+        const Price price = priceAt(instrument, now);
+        auto& item = *data.add_datalist();
+        item.set_assetid(std::string(instrument.id));
+        item.set_symbol(identifier);
+        item.set_shortname(std::string(instrument.title));
+        item.set_currentprice(twoDecimals(price.current));
+        item.set_change(twoDecimals(price.change));
+        item.set_perchange(twoDecimals(price.percentChange));
+        item.set_volume(std::to_string(static_cast<long long>(1e9 / price.current)));
+        item.set_direction(direction(price.change));
+        item.set_ex(std::string(instrument.exchange));
+        item.set_disptime(displayTime(now));
+        item.set_dateformat("dd MMM, HH:mm:ss");
+        item.set_lastupdated(platform::formatInstant(now));
+        item.set_assettype(std::string(instrument.type));
+        item.set_priceidentifier(identifier);
+    }
+    return {.contentType = "application/x-protobuf", .body = platform::Bytes(info.SerializeAsString())};
+}
+
+struct Story {
+    std::string_view headline;
+    std::string_view type;
+    std::string_view address;
+};
+
+// More than are ever shown, and every type among the first seven.
+constexpr std::array stories{
+    Story{"Sensex climbs past 85,000 as banks and software services lead a broad rally", "liveblog",
+          "markets/sensex-nifty-live-blog"},
+    Story{"Household savings move into index funds at the fastest pace in five years, survey finds", "news",
+          "personal-finance/index-fund-flows"},
+    Story{"The morning bell: what a steady rupee means for exporters this quarter", "podcast",
+          "podcasts/morning-bell-214"},
+    Story{"Watch: inside the new container terminal that could halve shipping times", "videos",
+          "videos/container-terminal"},
+    Story{"In pictures: monsoon returns to the hill stations", "photogallery", "photos/monsoon-hills"},
+    Story{"Kaveri Textiles posts record profit; board proposes a final dividend of ₹12 a share", "text",
+          "business/kaveri-textiles-results"},
+    Story{"Why patient money still beats clever money", "blogs", "opinion/patient-money"},
+    Story{"Home loans get cheaper as two lenders trim rates ahead of the festive season", "news",
+          "personal-finance/home-loan-rates"},
+};
+
+// The feed turns over slowly, so that somebody who watches sees new stories come.
+constexpr std::chrono::minutes turnover{30};
+
+Response news(const Request& request, platform::Instant now, const std::string& origin, Fault fault) {
+    const auto wanted = [&](std::string_view name, std::size_t otherwise) {
+        const std::string text = serving::queryValue(request.query, name).value_or("");
+        return text.empty() || text.size() > 3 ? otherwise : std::strtoul(text.c_str(), nullptr, 10);
+    };
+    const std::size_t start = wanted("start", 0);
+    // One more than asked for, as the real service is generous too.
+    const std::size_t count = std::min(wanted("limit", 5) + 2, stories.size());
+    const auto turn = static_cast<std::size_t>(now.time_since_epoch() / turnover);
+
+    ordered_json list = ordered_json::array();
+    for (std::size_t place = start; place < start + count; ++place) {
+        // The live blog stays on top, the others move up one place with every turn.
+        const std::size_t index = place == 0 ? 0 : 1 + (place - 1 + turn) % (stories.size() - 1);
+        const Story& story = stories.at(index);
+        list.push_back({{"headline", story.headline},
+                        {"story_id", std::to_string(12700100 + index)},
+                        {"thumbnail", origin + std::string(thumbnailPath) + std::to_string(index) + ".jpg"},
+                        {"timeago", std::to_string(4 + place * 11) + " min ago"},
+                        {"share_url", "https://www.brightledger.invalid/" + std::string(story.address)},
+                        {"story_type", story.type}});
+    }
+    if (fault == Fault::unknownStoryType && !list.empty()) list.back()["story_type"] = "hologram";
+    return jsonResponse({{"status", "success"}, {"list", list}});
+}
+
+Response thumbnail(const Request& request) {
+    static std::mutex mutex;
+    static std::map<int, platform::Bytes> drawn;
+    const std::string name = request.path.substr(thumbnailPath.size());
+    const std::size_t index = std::strtoul(name.c_str(), nullptr, 10);
+    if (name != std::to_string(index) + ".jpg" || index >= pictureCount) return missing();
+    const std::lock_guard lock(mutex);
+    platform::Bytes& picture = drawn[static_cast<int>(index)];
+    if (picture.empty()) picture = platform::Bytes(makePicture(static_cast<int>(index)));
+    return {.contentType = "image/jpeg", .body = picture};
+}
+
+struct Holding {
+    std::string_view priceIdentifier;
+    double count;
+    double cost;
+};
+
+constexpr std::array holdings{
+    Holding{"KVT-EQ", 240, 1392.40},
+    Holding{"MLB-EQ", 520, 871.15},
+    Holding{"NLS-EQ", 85, 3290.00},
+    Holding{"SHP-EQ", 300, 318.60},
+};
+
+std::string percent(double part, double whole) { return twoDecimals(std::abs(part) / whole * 100.0); }
+
+ordered_json movingPortfolio(platform::Instant now) {
+    double invested = 0.0;
+    double worth = 0.0;
+    double change = 0.0;
+    for (const Holding& holding : holdings) {
+        const Price price = priceAt(instrumentFor(holding.priceIdentifier), now);
+        invested += holding.count * holding.cost;
+        worth += holding.count * price.current;
+        change += holding.count * price.change;
+    }
+    const double over = worth - invested;
+    return {{"name", "My portfolio"},
+            {"investments", indianAmount(invested)},
+            {"networth", indianAmount(worth)},
+            {"change", indianAmount(std::abs(change))},
+            {"percentchange", percent(change, worth - change)},
+            {"direction", direction(change)},
+            {"over_change", indianAmount(std::abs(over))},
+            {"over_percentchange", percent(over, invested)},
+            {"over_direction", direction(over)},
+            {"over_realized", "0.00"},
+            {"realized_direction", "0"},
+            {"stk_latest_value", indianAmount(worth)},
+            {"no_of_stocks", holdings.size()},
+            {"portfolio_unit", "INR"},
+            {"redirect_url", ""},
+            {"userType", "registered"}};
+}
+
+Response portfolio(const Request& request, platform::Instant now) {
+    const auto& users = DemoService::users();
+    const auto user =
+        std::ranges::find(users, serving::queryValue(request.query, "uname").value_or(""), &DemoUser::userId);
+    // A service that does not believe somebody tells nothing about whom it knows.
+    if (user == users.end() || serving::queryValue(request.query, "token") != user->token)
+        return jsonResponse({{"status", "failure"}, {"message", "Invalid session"}}, 401);
+    if (user->userId == users[1].userId) return jsonResponse({{"portfoliosummary", nullptr}});
+    ordered_json figures = movingPortfolio(now);
+    if (user->userId == users[2].userId)
+        figures = {{"name", "Empty"}, {"investments", "0"}, {"no_of_stocks", 0}};
+    return jsonResponse({{"portfoliosummary", {{"networth_details", figures}}}});
+}
+
+/// A record as the phone app stores it under one of the widget's keys.
+ordered_json record(const Instrument& instrument, platform::Instant now) {
+    ordered_json record{{"title", instrument.title},
+                        {"exchg", instrument.exchange},
+                        {"id", instrument.id},
+                        {"type", instrument.type},
+                        {"symbol", instrument.symbol},
+                        {"priceIdentifier", instrument.priceIdentifier},
+                        {"link_flag", "1"}};
+    if (instrument.type == "stock") record["market"] = "equity";
+    if (instrument.type == "future") {
+        record["instrument"] = instrument.instrument;
+        record[instrument.instrument == "FUTIDX" ? "ind_id" : "sc_id"] = instrument.underlying;
+        record["expiryDate"] = platform::formatInstant(now + std::chrono::days(28)).substr(0, 10);
+    }
+    return record;
+}
+
+Response catalogueResponse(platform::Instant now) {
+    ordered_json records = ordered_json::array();
+    for (const Instrument& instrument : catalogue()) records.push_back(record(instrument, now));
+    return jsonResponse(records);
+}
+
+Response withFault(Response response, Fault fault) {
+    switch (fault) {
+        case Fault::none:
+        case Fault::unknownStoryType: break;
+        case Fault::down: response.ending = Response::Ending::reset; break;
+        case Fault::slow: response.delay = std::chrono::seconds(12); break;
+        case Fault::reset: response.ending = Response::Ending::cut; break;
+        case Fault::notModified: response.status = 304; break;
+        case Fault::serverError: response.status = 500; break;
+        case Fault::empty: response.body = {}; break;
+        case Fault::noise:
+            response.body = platform::Bytes("\x07\xFF\x00\x13 this is neither a quote nor a story \xC3");
+            break;
+        case Fault::cut:
+            response.body =
+                platform::Bytes(std::string(response.body.view().substr(0, response.body.size() / 2)));
+            break;
+        case Fault::huge: response.body = platform::Bytes(std::string(80U << 20, ' ')); break;
+    }
+    return response;
+}
+
+}  // namespace
+
+std::string_view faultName(Fault fault) {
+    return std::ranges::find(faultNames, fault, &std::pair<Fault, std::string_view>::first)->second;
+}
+
+struct DemoService::Implementation {
+    Response answer(const Request& request);
+    Response control(const Request& request);
+    Response extensionAnswer(const Request& request, Fault current);
+
+    platform::Clock systemClock;
+    const platform::Clock* clock = &systemClock;
+    std::atomic<Fault> fault{Fault::none};
+    /// The server knows its port only when it listens, and its first request may come at once.
+    std::mutex mutex;
+    std::string origin;
+    std::unique_ptr<serving::HttpServer> server;
+};
+
+Response DemoService::Implementation::answer(const Request& request) {
+    if (request.path.starts_with("/demo/")) return control(request);
+    // The extension's requests name their method in lower case.
+    if (!request.isMethod("GET")) return {.status = 405, .body = platform::Bytes("GET is all we know\n")};
+    const Fault current = fault;
+    return withFault(extensionAnswer(request, current), current);
+}
+
+Response DemoService::Implementation::extensionAnswer(const Request& request, Fault current) {
+    const platform::Instant now = clock->now();
+    if (request.path == quotesPath) return quotes(request, now);
+    if (request.path == portfolioPath) return portfolio(request, now);
+    if (request.path.starts_with(thumbnailPath)) return thumbnail(request);
+    if (request.path != newsPath) return missing();
+    const std::lock_guard lock(mutex);
+    return news(request, now, origin, current);
+}
+
+Response DemoService::Implementation::control(const Request& request) {
+    if (request.isMethod("POST") && request.path == "/demo/fault") {
+        const auto named = std::ranges::find(faultNames, std::string_view(request.body),
+                                             &std::pair<Fault, std::string_view>::second);
+        if (named == faultNames.end()) return {.status = 400, .body = platform::Bytes("no such fault\n")};
+        fault = named->first;
+        return {.body = platform::Bytes(std::string(named->second) + "\n")};
+    }
+    if (!request.isMethod("GET")) return missing();
+    if (request.path == "/demo/fault") return {.body = platform::Bytes(std::string(faultName(fault)) + "\n")};
+    if (request.path == "/demo/catalogue") return catalogueResponse(clock->now());
+    if (request.path != "/demo/users") return missing();
+    ordered_json list = ordered_json::array();
+    const std::lock_guard lock(mutex);
+    for (const DemoUser& user : users()) {
+        list.push_back({{"name", user.name},
+                        {"description", user.description},
+                        {"userId", user.userId},
+                        {"token", user.token},
+                        {"userPortfolio", origin + std::string(portfolioPath) + "?format=json"}});
+    }
+    return jsonResponse(list);
+}
+
+platform::Result<std::unique_ptr<DemoService>> DemoService::start(std::uint16_t port,
+                                                                  const platform::Clock* clock) {
+    auto implementation = std::make_unique<Implementation>();
+    if (clock != nullptr) implementation->clock = clock;
+    const std::lock_guard lock(implementation->mutex);
+    auto server = serving::HttpServer::start(
+        port, [&service = *implementation](const Request& request) { return service.answer(request); },
+        {.connections = 256});
+    if (!server) return tl::unexpected(server.error());
+    implementation->server = std::move(*server);
+    implementation->origin = implementation->server->origin();
+    return std::unique_ptr<DemoService>(new DemoService(std::move(implementation)));
+}
+
+DemoService::DemoService(std::unique_ptr<Implementation> implementation)
+    : implementation_(std::move(implementation)) {}
+
+DemoService::~DemoService() { implementation_->server.reset(); }
+
+std::string DemoService::origin() const { return implementation_->server->origin(); }
+
+const std::vector<DemoUser>& DemoService::users() {
+    static const std::vector<DemoUser> users{
+        {"asha", "10042", "demo-a7c1", "a portfolio of four stocks"},
+        {"vikram", "10043", "demo-v3f9", "no portfolio yet"},
+        {"meera", "10044", "demo-m5d2", "a portfolio with nothing invested"},
+    };
+    return users;
+}
+
+std::string DemoService::portfolioAddress() const {
+    return origin() + std::string(portfolioPath) + "?format=json";
+}
+
+void DemoService::setFault(Fault fault) { implementation_->fault = fault; }
+
+Fault DemoService::fault() const { return implementation_->fault; }
+
+}  // namespace demo
