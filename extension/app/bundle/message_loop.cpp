@@ -1,0 +1,316 @@
+#include "extension/app/bundle/message_loop.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include "platform/wire/conversion.h"
+#include "platform/wire/descriptor.h"
+#include "platform/wire/framing.h"
+
+namespace extension {
+namespace {
+
+namespace wire = brightledger::wire;
+using platform::AnyEntry;
+using platform::Result;
+using platform::Runtime;
+using platform::WidgetConfiguration;
+
+std::uint64_t microseconds(const timeval& time) {
+    return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000U + static_cast<std::uint64_t>(time.tv_usec);
+}
+
+wire::Reply failureReply(std::uint64_t id, std::string message) {
+    wire::Reply reply;
+    reply.set_id(id);
+    reply.mutable_failure()->set_message(std::move(message));
+    return reply;
+}
+
+wire::Reply wrongUsageReply(std::uint64_t id, std::string message) {
+    wire::Reply reply = failureReply(id, std::move(message));
+    reply.mutable_failure()->set_is_wrong_usage(true);
+    return reply;
+}
+
+/// The way out. Any thread; after `close` nothing is written any more.
+class Replies {
+public:
+    Replies(const Runtime& runtime, int output) : runtime_(runtime), output_(output) {}
+
+    std::chrono::microseconds networkTime() const { return runtime_.urls().statistics().busy; }
+
+    /// `networkBefore` is the time that the question found.
+    void send(wire::Reply reply, std::optional<std::chrono::microseconds> networkBefore = {}) {
+        const std::lock_guard lock(mutex_);
+        if (isClosed_) return;
+        if (networkBefore) {
+            const auto waited = networkTime() - *networkBefore;
+            reply.set_network_microseconds(static_cast<std::uint64_t>(waited.count()));
+        }
+        rusage usage{};
+        getrusage(RUSAGE_SELF, &usage);
+        reply.set_user_microseconds(microseconds(usage.ru_utime));
+        reply.set_system_microseconds(microseconds(usage.ru_stime));
+        Result<std::string> frame = platform::framedMessage(reply);
+        if (!frame) frame = platform::framedMessage(failureReply(reply.id(), frame.error().message));
+        // A host that is gone needs no answer; the end of the input tells the loop.
+        if (!platform::writeAll(output_, *frame)) isClosed_ = true;
+    }
+
+    void close() {
+        const std::lock_guard lock(mutex_);
+        isClosed_ = true;
+    }
+
+private:
+    const Runtime& runtime_;
+    const int output_;
+    std::mutex mutex_;
+    bool isClosed_ = false;
+};
+
+/// Runs work one after the other on a thread of its own; what has not begun at the end is dropped.
+class SerialQueue {
+public:
+    SerialQueue() : thread_([this] { work(); }) {}
+    ~SerialQueue() {
+        {
+            const std::lock_guard lock(mutex_);
+            isEnding_ = true;
+        }
+        changed_.notify_one();
+        thread_.join();
+    }
+    SerialQueue(const SerialQueue&) = delete;
+    SerialQueue& operator=(const SerialQueue&) = delete;
+
+    void add(std::function<void()> task) {
+        {
+            const std::lock_guard lock(mutex_);
+            tasks_.push_back(std::move(task));
+        }
+        changed_.notify_one();
+    }
+
+private:
+    void work() {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            changed_.wait(lock, [this] { return isEnding_ || !tasks_.empty(); });
+            if (isEnding_) return;
+            const std::function<void()> task = std::move(tasks_.front());
+            tasks_.pop_front();
+            lock.unlock();
+            task();
+            lock.lock();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<std::function<void()>> tasks_;
+    bool isEnding_ = false;
+    std::thread thread_;
+};
+
+/// One question on its way through a widget; shared by the completions that answer it.
+struct Question {
+    std::uint64_t id = 0;
+    wire::Ask ask;
+    platform::EnvironmentValues environment;
+    std::shared_ptr<Replies> replies;
+    std::chrono::microseconds networkBefore{0};
+
+    void fill(const AnyEntry& entry, wire::Answer& answer) const {
+        wire::Answer::Entry& message = *answer.add_entries();
+        message.set_date(platform::nanoseconds(entry->date()));
+        if (ask.wants_entries()) {
+            message.set_entry(
+                entry->json().dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+        }
+        if (ask.wants_views()) platform::archive(entry->view(environment), message);
+    }
+
+    void answer(const std::vector<AnyEntry>& entries,
+                std::optional<platform::TimelineReloadPolicy> policy = {}) const {
+        wire::Reply reply;
+        reply.set_id(id);
+        wire::Answer& message = *reply.mutable_answer();
+        for (const AnyEntry& entry : entries) fill(entry, message);
+        if (policy) platform::setPolicy(*policy, message);
+        replies->send(std::move(reply), networkBefore);
+    }
+};
+
+std::string familyComplaint(const platform::WidgetDescription& widget, const std::string& family) {
+    std::string names;
+    for (const platform::WidgetFamily each : widget.families) {
+        names.append(names.empty() ? "" : ", ").append(platform::description(each));
+    }
+    return widget.kind + " does not support the family \"" + family + "\", but " + names;
+}
+
+std::string kindComplaint(const PerchWidgetBundle& bundle, const std::string& kind) {
+    std::string names;
+    for (const auto& widget : bundle.body()) {
+        names.append(names.empty() ? "" : ", ").append(widget->description().kind);
+    }
+    return "there is no widget \"" + kind + "\", but " + names;
+}
+
+void ask(WidgetConfiguration& widget, platform::WidgetFamily family,
+         std::shared_ptr<const Question> question) {
+    const platform::TimelineProviderContext context{.family = family,
+                                                    .displaySize = platform::widgetSize(family),
+                                                    .isPreview = question->ask.is_preview()};
+    switch (question->ask.request()) {
+        case wire::SNAPSHOT:
+            widget.getSnapshot(context, [question](const AnyEntry& entry) { question->answer({entry}); });
+            return;
+        case wire::TIMELINE:
+            widget.getTimeline(context, [question](const platform::Timeline<AnyEntry>& timeline) {
+                question->answer(timeline.entries, timeline.policy);
+            });
+            return;
+        default: question->answer({widget.placeholder(context)});
+    }
+}
+
+wire::Reply galleryReply(std::uint64_t id, const PerchWidgetBundle& bundle) {
+    wire::Reply reply;
+    reply.set_id(id);
+    for (const auto& widget : bundle.body()) {
+        wire::Bundle::Widget& message = *reply.mutable_bundle()->add_widgets();
+        message.set_kind(widget->description().kind);
+        message.set_display_name(widget->description().displayName);
+        message.set_description(widget->description().description);
+        for (const platform::WidgetFamily family : widget->description().families) {
+            message.add_families(std::string(platform::description(family)));
+        }
+    }
+    return reply;
+}
+
+/// Both ends of the pipe, as the extension sees them.
+class Conversation {
+public:
+    Conversation(const Runtime& runtime, const PerchWidgetBundle& bundle, int output)
+        : runtime_(runtime), bundle_(bundle), replies_(std::make_shared<Replies>(runtime, output)) {
+        wire::Reply hello;
+        hello.mutable_hello()->set_version(platform::wireVersion);
+        replies_->send(std::move(hello));
+    }
+    ~Conversation() { replies_->close(); }
+    Conversation(const Conversation&) = delete;
+    Conversation& operator=(const Conversation&) = delete;
+
+    /// Takes one message of the host's.
+    Result<void> take(std::string_view message) {
+        wire::Request request;
+        if (!request.ParseFromArray(message.data(), static_cast<int>(message.size()))) {
+            return platform::failure("WireError", 3, "the host sent what is no message");
+        }
+        if (request.has_hello()) return greet(request.hello());
+        if (!isGreeted_) return platform::failure("WireError", 5, "the host did not say its version first");
+        if (request.has_ping()) {
+            pong(request.id());
+        } else {
+            queue_.add([this, taken = std::move(request)] { handle(taken); });
+        }
+        return {};
+    }
+
+private:
+    Result<void> greet(const wire::Hello& hello) {
+        if (hello.version() != platform::wireVersion) {
+            return platform::failure("WireError", 4, "the host speaks another version");
+        }
+        isGreeted_ = true;
+        return {};
+    }
+
+    void pong(std::uint64_t id) {
+        wire::Reply reply;
+        reply.set_id(id);
+        reply.mutable_pong();
+        replies_->send(std::move(reply));
+    }
+
+    void handle(const wire::Request& request) {
+        switch (request.what_case()) {
+            case wire::Request::kGallery: return replies_->send(galleryReply(request.id(), bundle_));
+            case wire::Request::kAsk: return handleAsk(request.id(), request.ask());
+            case wire::Request::kSetClock: return setClock(request.set_clock());
+            default: return replies_->send(failureReply(request.id(), "the question is not known"));
+        }
+    }
+
+    void handleAsk(std::uint64_t id, const wire::Ask& message) {
+        WidgetConfiguration* widget = bundle_.widget(message.kind());
+        if (widget == nullptr) {
+            return replies_->send(wrongUsageReply(id, kindComplaint(bundle_, message.kind())));
+        }
+        const auto& families = widget->description().families;
+        const auto family = platform::widgetFamily(message.family());
+        if (!family || std::find(families.begin(), families.end(), *family) == families.end()) {
+            return replies_->send(
+                wrongUsageReply(id, familyComplaint(widget->description(), message.family())));
+        }
+        ask(*widget, *family,
+            std::make_shared<const Question>(Question{
+                .id = id,
+                .ask = message,
+                .environment = {.widgetFamily = *family, .osVersion = runtime_.osVersion()},
+                .replies = replies_,
+                .networkBefore = replies_->networkTime(),
+            }));
+    }
+
+    void setClock(const wire::SetClock& message) {
+        if (message.has_instant()) {
+            runtime_.clock().set(platform::instantFromNanoseconds(message.instant()), message.rate());
+        } else {
+            runtime_.clock().followSystem();
+        }
+    }
+
+    const Runtime& runtime_;
+    const PerchWidgetBundle& bundle_;
+    const std::shared_ptr<Replies> replies_;
+    bool isGreeted_ = false;
+    // Last, so that its thread ends before what it uses.
+    SerialQueue queue_;
+};
+
+}  // namespace
+
+Result<void> runMessageLoop(const Runtime& runtime, const PerchWidgetBundle& bundle, int input, int output) {
+    Conversation conversation(runtime, bundle, output);
+    platform::FrameReader reader;
+    for (;;) {
+        const Result<std::string> bytes = platform::readSome(input);
+        if (!bytes || bytes->empty()) return {};
+        reader.append(*bytes);
+        for (;;) {
+            const Result<std::optional<std::string>> message = reader.next();
+            if (!message) return tl::unexpected(message.error());
+            if (!*message) break;
+            const Result<void> taken = conversation.take(**message);
+            if (!taken) return taken;
+        }
+    }
+}
+
+}  // namespace extension
