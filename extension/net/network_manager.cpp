@@ -1,0 +1,57 @@
+#include "extension/net/network_manager.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+#include "extension/net/pretty_json.h"
+#include "platform/url/url_session.h"
+
+namespace extension {
+namespace {
+
+using platform::Bytes;
+using platform::HTTPResponse;
+using platform::Result;
+
+/// In lower case, which is what the service receives and expects.
+const char* methodText(RequestMethod method) { return method == RequestMethod::post ? "post" : "get"; }
+
+Result<Bytes> bodyOf(Result<HTTPResponse> response) {
+    if (!response) return tl::unexpected(std::move(response.error()));
+    if (response->statusCode != 200 || !response->body) {
+        return tl::unexpected(platform::urlError(platform::url_error::badServerResponse));
+    }
+    return *std::move(response->body);
+}
+
+}  // namespace
+
+NetworkManager& NetworkManager::shared() {
+    static NetworkManager manager(platform::Runtime::process());
+    return manager;
+}
+
+void NetworkManager::sendRequest(const std::string& urlString, RequestMethod method,
+                                 const std::optional<nlohmann::json>& parameters,
+                                 std::function<void(Result<Bytes>)> completion) const {
+    const std::optional<platform::URL> url = platform::URL::parse(urlString);
+    if (!url) {
+        completion(tl::unexpected(platform::urlError(platform::url_error::badURL)));
+        return;
+    }
+    platform::URLRequest request{.url = *url,
+                                 .method = methodText(method),
+                                 .headers = {{"Content-Type", "application/json"}},
+                                 .timeoutInterval = std::chrono::seconds(60)};
+    if (parameters) {
+        if (std::optional<std::string> body = prettyPrintedJson(*parameters)) {
+            request.body = Bytes(*std::move(body));
+        }
+    }
+    // A session of its own, so that a completion that takes its time keeps no other one waiting.
+    platform::URLSession session(runtime_.urls());
+    session.dataTask(std::move(request), [completion = std::move(completion)](Result<HTTPResponse> response) {
+        completion(bodyOf(std::move(response)));
+    });
+}
+
+}  // namespace extension

@@ -1,0 +1,44 @@
+#pragma once
+
+// The one HTTP client of the widgets: it knows the settings that all requests share and nothing of
+// what they carry.
+
+#include <functional>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include "platform/base/bytes.h"
+#include "platform/base/result.h"
+#include "platform/runtime/runtime.h"
+
+namespace extension {
+
+enum class RequestMethod : bool { get, post };
+
+/// Sends requests and hands back raw bodies; neither decodes nor retries. Keeps nothing between
+/// requests. Any thread.
+class NetworkManager {
+public:
+    explicit NetworkManager(const platform::Runtime& runtime) : runtime_(runtime) {}
+    NetworkManager(const NetworkManager&) = delete;
+    NetworkManager& operator=(const NetworkManager&) = delete;
+
+    /// The process's own.
+    static NetworkManager& shared();
+
+    /// Calls `completion` exactly once: with the body of an answer of status 200, or with an error of
+    /// the URL domain. badURL comes on this thread, before the call returns; everything else on a
+    /// background queue of the request's own. Any other status and an empty body are
+    /// badServerResponse; 60 seconds without data are timedOut.
+    ///
+    /// `parameters` become the body as JSON; what JSON cannot hold (numbers that are not finite, text
+    /// that is not UTF-8) leaves the request without a body.
+    void sendRequest(const std::string& urlString, RequestMethod method,
+                     const std::optional<nlohmann::json>& parameters,
+                     std::function<void(platform::Result<platform::Bytes>)> completion) const;
+
+private:
+    const platform::Runtime& runtime_;
+};
+
+}  // namespace extension
