@@ -1,0 +1,274 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+#include "extension/app/settings/store_keys.h"
+#include "extension/widgets/perch/timeline/perch_timeline_provider.h"
+#include "platform/widget/widget.h"
+#include "tests/support/loopback_server.h"
+#include "tests/support/test_runtime.h"
+#include "tests/support/waiting.h"
+
+namespace extension {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using platform::PropertyList;
+using platform::TimelineReloadPolicy;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tests::Answer;
+using tests::LoopbackServer;
+using tests::snapshotOf;
+using tests::TestRuntime;
+using tests::timelineOf;
+
+static_assert(platform::TimelineProvider<PerchTimelineProvider>);
+
+std::string quotes(const std::vector<std::pair<std::string, std::string>>& prices) {
+    MarketPackage_MultiAssetInfo info;
+    for (const auto& [assetId, price] : prices) {
+        auto& quote = *info.mutable_data()->add_datalist();
+        quote.set_assetid(assetId);
+        quote.set_currentprice(price);
+        quote.set_direction("1");
+    }
+    return info.SerializeAsString();
+}
+
+std::string threeQuotes() { return quotes({{"23", "52345.6"}, {"4", "80123.45"}, {"9", "24350.4"}}); }
+
+void store(const TestRuntime& runtime, std::string_view key, const PropertyList& value) {
+    ASSERT_TRUE(sharedDefaults(runtime).value()->set(key, value));
+}
+
+void chooseStocks(const TestRuntime& runtime, const std::vector<std::string>& priceIdentifiers) {
+    PropertyList::Array stocks;
+    for (const std::string& identifier : priceIdentifiers)
+        stocks.emplace_back(PropertyList::Dictionary{{"id", "4"}, {"priceIdentifier", identifier}});
+    store(runtime, keys::firstTimeAppInstalledForWidget, true);
+    store(runtime, keys::stockWidget, stocks);
+}
+
+std::vector<std::string> titlesAndPrices(const PerchTimelineEntry& entry) {
+    std::vector<std::string> texts;
+    for (const auto& row : entry.multiAssetDataListItem.value())
+        texts.push_back(row.title + " " + row.currentPrice);
+    return texts;
+}
+
+TEST(PerchTimeline, AFreshStoreAsksOnceForTheThreeIndicesAndAgainIn30Seconds) {
+    LoopbackServer service;
+    service.answer({.body = threeQuotes()});
+    const TestRuntime runtime{{.apiHost = service.origin()}};
+
+    const auto timeline = timelineOf(PerchTimelineProvider{runtime});
+
+    ASSERT_EQ(timeline.entries.size(), 1U);
+    EXPECT_THAT(titlesAndPrices(timeline.entries[0]),
+                ElementsAre("SENSEX 80,123.45", "NIFTY 50 24,350.40", "NIFTY BANK 52,345.60"));
+    EXPECT_EQ(timeline.entries[0].date, runtime.now());
+    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(runtime.now() + 30s));
+    ASSERT_EQ(service.requests().size(), 1U);
+    EXPECT_EQ(service.requests()[0].method, "GET");
+    EXPECT_EQ(service.requests()[0].target,
+              "/swiftapi/v1/markets/multi-asset-info?asset_ids=in;SEN-II,in;NSX-II,in;nbx-II");
+    EXPECT_TRUE(runtime.logged("Refresh API - " + service.origin() + service.requests()[0].target));
+}
+
+TEST(PerchTimeline, AnyFaultOfTheServiceIsAnEntryWithoutRows) {
+    const struct {
+        const char* what;
+        Answer answer;
+    } faults[] = {
+        {"not modified", {.status = 304}},
+        {"server error, however good its body", {.status = 500, .body = threeQuotes()}},
+        {"another success", {.status = 201, .body = threeQuotes()}},
+        {"no body", {.body = ""}},
+        {"noise", {.body = "<html>"}},
+        {"cut message", {.body = threeQuotes().substr(0, 20)}},
+        {"no quotes", {.body = "\x12"s + '\0'}},
+        {"quotes of other assets", {.body = quotes({{"77", "1"}})}},
+        {"cut connection", {.body = threeQuotes(), .ending = Answer::Ending::cut}},
+        {"reset connection", {.body = threeQuotes(), .ending = Answer::Ending::reset}},
+        {"closed connection", {.ending = Answer::Ending::noAnswer}},
+    };
+    for (const auto& fault : faults) {
+        LoopbackServer service;
+        service.answer(fault.answer);
+        const TestRuntime runtime{{.apiHost = service.origin()}};
+        PerchTimelineProvider provider{runtime};
+
+        const auto timeline = timelineOf(provider);
+        ASSERT_EQ(timeline.entries.size(), 1U) << fault.what;
+        ASSERT_TRUE(timeline.entries[0].multiAssetDataListItem) << fault.what;
+        EXPECT_THAT(*timeline.entries[0].multiAssetDataListItem, IsEmpty()) << fault.what;
+        EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(runtime.now() + 30s)) << fault.what;
+
+        const auto snapshot = snapshotOf(provider);
+        ASSERT_TRUE(snapshot.multiAssetDataListItem) << fault.what;
+        EXPECT_THAT(*snapshot.multiAssetDataListItem, IsEmpty()) << fault.what;
+    }
+}
+
+TEST(PerchTimeline, AServiceThatIsNotThereOrHasNoAddressIsAnEntryWithoutRows) {
+    for (const std::string origin : {"http://127.0.0.1:1", "", "http://bad host"}) {
+        const TestRuntime runtime{{.apiHost = origin}};
+        EXPECT_THAT(*timelineOf(PerchTimelineProvider{runtime}).entries.at(0).multiAssetDataListItem,
+                    IsEmpty());
+    }
+}
+
+TEST(PerchTimeline, WithoutIdentifiersNothingIsAskedAndTheAnswerComesAtOnce) {
+    LoopbackServer service;
+    const TestRuntime runtime{{.apiHost = service.origin()}};
+    chooseStocks(runtime, {"", ""});
+    PerchTimelineProvider provider{runtime};
+
+    tests::Awaited<platform::Timeline<PerchTimelineEntry>> timeline;
+    provider.getTimeline({}, timeline.taker());
+    ASSERT_TRUE(timeline.isThere());
+    const auto answer = timeline.value();
+    EXPECT_THAT(*answer.entries.at(0).multiAssetDataListItem, IsEmpty());
+    EXPECT_EQ(answer.policy, TimelineReloadPolicy::after(runtime.now() + 30s));
+
+    tests::Awaited<PerchTimelineEntry> snapshot;
+    provider.getSnapshot({}, snapshot.taker());
+    EXPECT_TRUE(snapshot.isThere());
+    EXPECT_THAT(provider.placeholder({}).multiAssetDataListItem.value(), IsEmpty());
+    EXPECT_THAT(service.requests(), IsEmpty());
+}
+
+TEST(PerchTimeline, IdentifiersAreSentAsTheyStandTwiceWhenChosenTwiceAndNoneForNone) {
+    LoopbackServer service;
+    service.answer({.body = threeQuotes()});
+    const TestRuntime runtime{{.apiHost = service.origin()}};
+    chooseStocks(runtime, {"b;1", "", "a", "b;1"});
+
+    const auto snapshot = snapshotOf(PerchTimelineProvider{runtime});
+    EXPECT_EQ(service.requests().at(0).target, "/swiftapi/v1/markets/multi-asset-info?asset_ids=b;1,a,b;1");
+    // The asset that nobody was asked about has a quote all the same, under its id.
+    EXPECT_EQ(snapshot.multiAssetDataListItem->size(), 4U);
+}
+
+TEST(PerchTimeline, AnIdentifierThatMakesNoAddressIsAnEntryWithoutRowsAndNoRequest) {
+    LoopbackServer service;
+    const TestRuntime runtime{{.apiHost = service.origin()}};
+    chooseStocks(runtime, {"a b"});
+    EXPECT_THAT(*snapshotOf(PerchTimelineProvider{runtime}).multiAssetDataListItem, IsEmpty());
+    EXPECT_THAT(service.requests(), IsEmpty());
+}
+
+TEST(PerchTimeline, ShowsAChangedChoiceAndThemeWithTheNextQuestion) {
+    LoopbackServer service;
+    service.answer({.body = threeQuotes()});
+    const TestRuntime runtime{{.apiHost = service.origin()}};
+    store(runtime, keys::themeType, 1);
+    PerchTimelineProvider provider{runtime};
+    const auto before = snapshotOf(provider);
+
+    chooseStocks(runtime, {"x"});
+    store(runtime, keys::themeType, 0);
+    const auto after = snapshotOf(provider);
+    EXPECT_EQ(before.multiAssetDataListItem->size(), 3U);
+    EXPECT_EQ(after.multiAssetDataListItem->size(), 4U);
+    EXPECT_NE(before.id, after.id);
+    EXPECT_EQ(before.backgroundColor, platform::Color::rgb(1, 1, 1));
+    EXPECT_NE(after.backgroundColor, before.backgroundColor);
+}
+
+TEST(PerchPlaceholder, AnswersWithoutWaitingForTheServiceAndLeavesNothingBehind) {
+    LoopbackServer service;
+    service.answer({.ending = Answer::Ending::silence});
+    const auto start = std::chrono::steady_clock::now();
+    {
+        const TestRuntime runtime{{.apiHost = service.origin()}};
+        const auto entry = PerchTimelineProvider{runtime}.placeholder({});
+        EXPECT_FALSE(entry.multiAssetDataListItem);
+        EXPECT_EQ(entry.date, runtime.now());
+        EXPECT_TRUE(service.waitForRequests(1));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+}
+
+TEST(PerchTimeline, SeveralFamiliesMayAskAtOnceAndTheProviderMayGoBeforeTheAnswers) {
+    LoopbackServer service;
+    service.answer({.body = threeQuotes(), .delay = 50ms});
+    const TestRuntime runtime{{.apiHost = service.origin()}};
+    std::vector<tests::Awaited<platform::Timeline<PerchTimelineEntry>>> answers(8);
+    {
+        PerchTimelineProvider provider{runtime};
+        std::vector<std::thread> askers;
+        for (auto& answer : answers) askers.emplace_back([&] { provider.getTimeline({}, answer.taker()); });
+        for (auto& asker : askers) asker.join();
+    }
+    for (auto& answer : answers) EXPECT_EQ(answer.value().entries.at(0).multiAssetDataListItem->size(), 3U);
+}
+
+TEST(PerchEntry, TakesItsColoursFromTheThemeOfTheMoment) {
+    const auto white = platform::Color::rgb(1, 1, 1);
+    const auto black = platform::Color::rgb(0, 0, 0);
+    const auto night = platform::Color::rgb(0x1A / 255.0, 0x1A / 255.0, 0x22 / 255.0);
+    const auto grey = platform::Color::rgb(0xB4 / 255.0, 0xB4 / 255.0, 0xB4 / 255.0);
+    const struct {
+        std::optional<PropertyList> themeType;
+        const char* now;
+        bool isDark;
+    } cases[] = {
+        {std::nullopt, "2026-11-22T12:00:00+05:30", true},
+        {0, "2026-11-22T12:00:00+05:30", true},
+        {1, "2026-11-22T23:00:00+05:30", false},
+        {3, "2026-11-22T23:00:00+05:30", false},
+        {2, "2026-11-22T06:59:59+05:30", true},
+        {2, "2026-11-22T07:00:00+05:30", false},
+        {2, "2026-11-22T19:00:00+05:30", false},
+        {2, "2026-11-22T19:00:01+05:30", true},
+    };
+    for (const auto& each : cases) {
+        const TestRuntime runtime{{.now = each.now}};
+        if (each.themeType) store(runtime, keys::themeType, *each.themeType);
+        const PerchTimelineEntry entry = makeEntry(std::nullopt, runtime);
+        EXPECT_EQ(entry.backgroundColor, each.isDark ? night : white) << each.now;
+        EXPECT_EQ(entry.textColor, each.isDark ? white : black) << each.now;
+        EXPECT_EQ(entry.dateTimeColor, each.isDark ? grey : black) << each.now;
+    }
+}
+
+TEST(PerchEntry, IsPrintedFieldByFieldInItsOwnOrder) {
+    const TestRuntime runtime;
+    PerchMultiAssetsVM rising;
+    rising.title = "SENSEX";
+    rising.isProfit = true;
+    PerchMultiAssetsVM still;
+    const auto json = entryJson(makeEntry(std::vector{rising, still}, runtime));
+
+    const auto namesOf = [](const nlohmann::ordered_json& object) {
+        std::vector<std::string> names;
+        for (const auto& member : object.items()) names.push_back(member.key());
+        return names;
+    };
+    EXPECT_THAT(namesOf(json), ElementsAre("id", "date", "multiAssetDataListItem", "backgroundColor",
+                                           "textColor", "dateTimeColor"));
+    const auto& rows = json.at("multiAssetDataListItem");
+    EXPECT_THAT(namesOf(rows.at(0)),
+                ElementsAre("id", "assetID", "exchg", "assetType", "symbol", "market", "title", "dateTime",
+                            "direction", "change", "perChange", "isProfit", "currentPrice", "deeplinkURL",
+                            "exchgWithTime", "changeWithPercent"));
+    EXPECT_EQ(rows.at(0).at("isProfit"), true);
+    EXPECT_FALSE(rows.at(1).contains("isProfit"));
+    EXPECT_EQ(json.at("date"), "2026-11-22T06:30:00.000Z");
+    EXPECT_EQ(json.at("backgroundColor").dump(), R"({"hex":"#1A1A22","alpha":1})");
+
+    EXPECT_FALSE(entryJson(makeEntry(std::nullopt, runtime)).contains("multiAssetDataListItem"));
+    EXPECT_EQ(
+        entryJson(makeEntry(std::vector<PerchMultiAssetsVM>(), runtime)).at("multiAssetDataListItem").dump(),
+        "[]");
+}
+
+}  // namespace
+}  // namespace extension
