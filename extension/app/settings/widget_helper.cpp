@@ -23,7 +23,9 @@ namespace {
 std::optional<PropertyList::Array> prunedFutures(const std::optional<PropertyList>& stored,
                                                  const platform::Runtime& runtime) {
     const auto futures = platform::arrayOfDictionaries(stored);
-    if (!futures) return std::nullopt;
+    if (!futures || futures->empty()) return std::nullopt;
+    // Without zone data no date has a midnight, and every contract would look expired.
+    if (!runtime.calendar().startOfDay(runtime.now())) return std::nullopt;
     PropertyList::Array kept;
     for (const PropertyList::Dictionary& future : *futures) {
         if (isUnexpiredFuture(future, runtime)) kept.emplace_back(future);

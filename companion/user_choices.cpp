@@ -1,0 +1,125 @@
+#include "companion/user_choices.h"
+
+#include <array>
+#include <vector>
+#include "extension/app/settings/store_keys.h"
+#include "platform/settings/keyed_archive.h"
+#include "platform/settings/user_defaults.h"
+
+namespace companion {
+namespace {
+
+using platform::PropertyList;
+using platform::Result;
+using Transaction = platform::UserDefaults::Transaction;
+namespace keys = extension::keys;
+
+Result<void> change(const platform::Runtime& runtime, const std::function<Result<void>(Transaction&)>& work) {
+    const auto defaults = extension::sharedDefaults(runtime);
+    return defaults ? (*defaults)->transaction(work) : tl::unexpected(defaults.error());
+}
+
+Result<std::vector<std::optional<PropertyList>>> read(const platform::Runtime& runtime,
+                                                      std::vector<std::string> names) {
+    const auto defaults = extension::sharedDefaults(runtime);
+    if (!defaults) return tl::unexpected(defaults.error());
+    return (*defaults)->objects(names);
+}
+
+const std::string* textOf(const std::optional<PropertyList>& value) {
+    return value ? value->text() : nullptr;
+}
+
+Result<void> setOrRemove(Transaction& store, std::string_view key, const std::optional<PropertyList>& value) {
+    return value ? store.set(key, *value) : store.remove(key);
+}
+
+Result<void> writeSession(Transaction& store, const std::optional<Session>& session) {
+    const auto text = [&](std::string Session::* part) {
+        return session ? std::optional<PropertyList>(*session.*part) : std::nullopt;
+    };
+    return setOrRemove(store, keys::token, text(&Session::token))
+        .and_then([&] { return setOrRemove(store, keys::userId, text(&Session::userId)); })
+        .and_then([&] { return setOrRemove(store, keys::userPortfolio, text(&Session::portfolioAddress)); });
+}
+
+constexpr std::array assetKeys{keys::indicesWidget, keys::stockWidget, keys::futureWidget,
+                               keys::cryptoWidget};
+constexpr std::array assetLists{&ChosenAssets::indices, &ChosenAssets::stocks, &ChosenAssets::futures,
+                                &ChosenAssets::cryptos};
+
+/// The other links of the phone app, which share an archive with the address of the news.
+PropertyList::Dictionary linksIn(const std::optional<PropertyList>& stored) {
+    const auto* data = stored ? stored->data() : nullptr;
+    const auto root = data ? platform::unarchivedObject(data->view()) : Result<PropertyList>();
+    return root && root->dictionary() ? *root->dictionary() : PropertyList::Dictionary();
+}
+
+}  // namespace
+
+Result<void> setSession(const platform::Runtime& runtime, const std::optional<Session>& session) {
+    return change(runtime, [&](Transaction& store) -> Result<void> {
+        const auto former = store.object(keys::userId);
+        if (!former) return tl::unexpected(former.error());
+        const std::string* formerUser = textOf(*former);
+        const bool isSameUser = session && formerUser && *formerUser == session->userId;
+        const Result<void> written = writeSession(store, session);
+        return written && !isSameUser ? store.remove(keys::portfolioArray) : written;
+    });
+}
+
+Result<std::optional<Session>> session(const platform::Runtime& runtime) {
+    const auto stored = read(
+        runtime, {std::string(keys::token), std::string(keys::userId), std::string(keys::userPortfolio)});
+    if (!stored) return tl::unexpected(stored.error());
+    const std::string* token = textOf((*stored)[0]);
+    const std::string* userId = textOf((*stored)[1]);
+    const std::string* address = textOf((*stored)[2]);
+    if (!token || !userId || !address) return std::nullopt;
+    return Session{*token, *userId, *address};
+}
+
+Result<void> setChosenAssets(const platform::Runtime& runtime, const ChosenAssets& assets) {
+    return change(runtime, [&](Transaction& store) -> Result<void> {
+        for (std::size_t i = 0; i < assetKeys.size(); ++i) {
+            const Result<void> written = store.set(assetKeys[i], assets.*assetLists[i]);
+            if (!written) return written;
+        }
+        return {};
+    });
+}
+
+Result<ChosenAssets> chosenAssets(const platform::Runtime& runtime) {
+    const auto stored = read(runtime, {assetKeys.begin(), assetKeys.end()});
+    if (!stored) return tl::unexpected(stored.error());
+    ChosenAssets assets;
+    for (std::size_t i = 0; i < assetKeys.size(); ++i) {
+        const auto* list = (*stored)[i] ? (*stored)[i]->array() : nullptr;
+        if (list) assets.*assetLists[i] = *list;
+    }
+    return assets;
+}
+
+Result<void> setNewsFeedAddress(const platform::Runtime& runtime, const std::optional<std::string>& address) {
+    return change(runtime, [&](Transaction& store) -> Result<void> {
+        const auto stored = store.object(keys::extraLinks);
+        if (!stored) return tl::unexpected(stored.error());
+        PropertyList::Dictionary links = linksIn(*stored);
+        const std::string key(keys::newsWidgetApiUrl);
+        links.erase(key);
+        if (address) links.emplace(key, *address);
+        if (links.empty()) return store.remove(keys::extraLinks);
+        return store.set(keys::extraLinks, platform::Bytes(platform::archivedObject(links)));
+    });
+}
+
+Result<std::optional<std::string>> newsFeedAddress(const platform::Runtime& runtime) {
+    const auto stored = read(runtime, {std::string(keys::extraLinks)});
+    if (!stored) return tl::unexpected(stored.error());
+    const PropertyList::Dictionary links = linksIn(stored->front());
+    const auto address = links.find(keys::newsWidgetApiUrl);
+    const std::string* text = address == links.end() ? nullptr : address->second.text();
+    return text && !text->empty() ? std::optional(*text) : std::nullopt;
+}
+
+}  // namespace companion
