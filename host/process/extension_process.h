@@ -24,7 +24,7 @@ struct ExtensionStatistics {
     long privateKiB = 0;
     double userMs = 0.0;
     double systemMs = 0.0;
-    /// From spawn to answer.
+    /// Of a child's first answer from spawn to answer, of later ones from question to answer.
     double wallMs = 0.0;
     /// The part of it spent waiting for the service.
     double networkMs = 0.0;
@@ -72,8 +72,12 @@ struct WidgetListing {
 };
 
 /// One child. Starts with the first question; after its death or end the next question starts a new one.
-/// Questions may overlap; any thread. Errors (domain "ExtensionError") are one line that
-/// says how the child ended or how long it was waited for.
+/// It runs with a clean environment and no open file but its three pipes, and dies with the host.
+/// Idle for a minute it is asked to go; while it is asked it is killed when it answers no ping for two
+/// seconds or when its resident memory passes 30 MB.
+///
+/// Questions may overlap; any thread. Errors (domain "ExtensionError") are one line that says how the
+/// child ended or how long it was waited for; a kind or family that there is not is a "UsageError".
 class ExtensionProcess {
 public:
     explicit ExtensionProcess(ExtensionOptions options);
@@ -97,7 +101,6 @@ public:
     void end();
 
 private:
-    struct Child;
     struct State;
     std::shared_ptr<State> state_;
 };

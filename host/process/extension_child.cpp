@@ -1,0 +1,402 @@
+#include "host/process/extension_child.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/pidfd.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <system_error>
+#include <utility>
+#include "host/process/process_status.h"
+#include "host/process/spawn.h"
+#include "platform/wire/conversion.h"
+
+namespace host {
+namespace {
+
+namespace wire = brightledger::wire;
+using platform::Result;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+// How the child is watched while somebody waits for it.
+constexpr milliseconds watchInterval{250};
+constexpr seconds silenceBeforePing{1};
+constexpr seconds pingLimit{2};
+constexpr seconds startLimit{15};
+constexpr seconds idleLimit{60};
+constexpr seconds endLimit{1};
+constexpr std::size_t longestLogLine = 16384;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// The sanitizer alone takes more.
+constexpr long residentLimitKiB = 0;
+#else
+// A phone ends an extension above 30 MB.
+constexpr long residentLimitKiB = 30L * 1024;
+#endif
+
+platform::Error extensionError(std::string message) { return {"ExtensionError", 1, std::move(message)}; }
+
+/// Above the three standard ones, which a child's own go over.
+FileDescriptor aboveStandard(int number) {
+    FileDescriptor original(number);
+    if (number > STDERR_FILENO || number < 0) return original;
+    return FileDescriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
+std::string timeText(milliseconds time) {
+    if (time.count() % 1000 != 0) return std::to_string(time.count()) + " ms";
+    return std::to_string(time.count() / 1000) + " seconds";
+}
+
+double millisecondsBetween(ExtensionChild::SteadyTime from, ExtensionChild::SteadyTime to) {
+    return std::chrono::duration<double, std::milli>(to - from).count();
+}
+
+/// Reads what is there without waiting; false at the end of the stream.
+template <typename Take>
+bool drain(const FileDescriptor& descriptor, const Take& take) {
+    std::array<char, 16384> buffer{};
+    for (;;) {
+        const ssize_t count = read(descriptor.number(), buffer.data(), buffer.size());
+        if (count > 0) {
+            take(std::string_view(buffer.data(), static_cast<std::size_t>(count)));
+        } else if (count == 0 || errno != EINTR) {
+            return count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+        }
+    }
+}
+
+}  // namespace
+
+ExtensionChild::ExtensionChild(const ExtensionOptions& options, std::vector<wire::Request> first)
+    : options_(options), started_(steady_clock::now()), heard_(started_), lastUse_(started_) {
+    std::array<int, 2> ends{-1, -1};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0) {
+        messages_ = aboveStandard(ends[0]);
+        childMessages_ = aboveStandard(ends[1]);
+    }
+    if (pipe2(ends.data(), O_CLOEXEC) == 0) {
+        log_ = aboveStandard(ends[0]);
+        childLog_ = aboveStandard(ends[1]);
+    }
+    wakeUp_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    for (const FileDescriptor* end : {&messages_, &log_}) {
+        if (end->isOpen()) fcntl(end->number(), F_SETFL, fcntl(end->number(), F_GETFL) | O_NONBLOCK);
+    }
+    for (wire::Request& request : first) tell(std::move(request));
+
+    // Signals to the host are the host's: its other threads take them.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    thread_ = std::thread([this] { live(); });
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+ExtensionChild::~ExtensionChild() {
+    beginEnd();
+    thread_.join();
+}
+
+std::optional<Result<wire::Reply>> ExtensionChild::ask(wire::Request request, milliseconds limit) {
+    const SteadyTime asked = steady_clock::now();
+    std::unique_lock lock(mutex_);
+    if (!takesQuestions()) return std::nullopt;
+    const std::uint64_t id = ++lastId_;
+    request.set_id(id);
+    Question& question = questions_[id];
+    question.asked = asked;
+    lastUse_ = asked;
+    if (const Result<void> sent = send(request); !sent) {
+        // The child is about to be found dead, and tells more about it than a broken pipe does.
+        if (sent.error().code != EPIPE && sent.error().code != ECONNRESET) {
+            question.reply = tl::unexpected(sent.error());
+        }
+    }
+    wake();
+    changed_.wait_until(lock, asked + limit, [&] { return question.reply.has_value(); });
+    std::optional<Result<wire::Reply>> reply = std::move(question.reply);
+    questions_.erase(id);
+    if (!reply) reply = tl::unexpected(extensionError("the extension did not answer in " + timeText(limit)));
+    return reply;
+}
+
+Result<void> ExtensionChild::tell(wire::Request request) {
+    const std::lock_guard lock(mutex_);
+    return send(request);
+}
+
+Result<void> ExtensionChild::send(wire::Request& request) {
+    const Result<std::string> frame = platform::framedMessage(request);
+    if (!frame) return tl::unexpected(frame.error());
+    // Whole or not at all: questions are small, and a child that has left so many unread is stuck.
+    const ssize_t count =
+        ::send(messages_.number(), frame->data(), frame->size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (count == static_cast<ssize_t>(frame->size())) return {};
+    return platform::failure(
+        "ExtensionError", count < 0 ? errno : EAGAIN,
+        "the extension takes no questions: " + std::generic_category().message(count < 0 ? errno : EAGAIN));
+}
+
+bool ExtensionChild::isOpen() const {
+    const std::lock_guard lock(mutex_);
+    return takesQuestions();
+}
+
+bool ExtensionChild::takesQuestions() const { return !isGone_ && !endBegun_ && messages_.isOpen(); }
+
+bool ExtensionChild::isGone() const {
+    const std::lock_guard lock(mutex_);
+    return isGone_;
+}
+
+std::string ExtensionChild::ending() const {
+    const std::lock_guard lock(mutex_);
+    return ending_;
+}
+
+int ExtensionChild::processId() const {
+    const std::lock_guard lock(mutex_);
+    return processId_;
+}
+
+ExtensionStatistics ExtensionChild::statistics() const {
+    const std::lock_guard lock(mutex_);
+    return statistics_;
+}
+
+void ExtensionChild::beginEnd() {
+    {
+        const std::lock_guard lock(mutex_);
+        if (endBegun_ || isGone_) return;
+        closeInput();
+    }
+    wake();
+}
+
+void ExtensionChild::closeInput() {
+    endBegun_ = steady_clock::now();
+    shutdown(messages_.number(), SHUT_WR);
+}
+
+void ExtensionChild::waitUntilGone() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return isGone_; });
+}
+
+void ExtensionChild::wake() const {
+    const std::uint64_t one = 1;
+    // Fails only when so many wake-ups are waiting that one more makes no difference.
+    [[maybe_unused]] const ssize_t written = write(wakeUp_.number(), &one, sizeof one);
+}
+
+void ExtensionChild::live() {
+    if (start()) converse();
+    finish();
+}
+
+bool ExtensionChild::start() {
+    if (!messages_.isOpen() || !log_.isOpen() || !wakeUp_.isOpen()) {
+        killReason_ = "the extension cannot be started: too many open files";
+        return false;
+    }
+    const Result<int> child = spawn({.program = options_.program,
+                                     .arguments = options_.arguments,
+                                     .messages = childMessages_.number(),
+                                     .log = childLog_.number()});
+    childMessages_.reset();
+    childLog_.reset();
+    if (!child) {
+        killReason_ = child.error().message;
+        return false;
+    }
+    const std::lock_guard lock(mutex_);
+    processId_ = *child;
+    process_ = FileDescriptor(pidfd_open(*child, 0));
+    return true;
+}
+
+void ExtensionChild::converse() {
+    if (!process_.isOpen()) kill("the extension cannot be watched");
+    for (bool isAlive = process_.isOpen(); isAlive;) {
+        std::array<pollfd, 4> events{{{messages_.number(), POLLIN, 0},
+                                      {log_.number(), POLLIN, 0},
+                                      {wakeUp_.number(), POLLIN, 0},
+                                      {process_.number(), POLLIN, 0}}};
+        poll(events.data(), events.size(), pollTimeout());
+        if (events[2].revents != 0) drain(wakeUp_, [](std::string_view) {});
+        // What the child said before its death still counts.
+        isAlive = events[3].revents == 0;
+        if (log_.isOpen()) readLog();
+        if (messages_.isOpen()) readReplies();
+        if (isAlive) watch();
+    }
+}
+
+int ExtensionChild::pollTimeout() {
+    const std::lock_guard lock(mutex_);
+    if (!questions_.empty() || endBegun_ || silent_) return static_cast<int>(watchInterval.count());
+    const auto left = lastUse_ + idleLimit - steady_clock::now();
+    return static_cast<int>(
+        std::max<milliseconds::rep>(0, std::chrono::duration_cast<milliseconds>(left).count() + 1));
+}
+
+void ExtensionChild::watch() {
+    const SteadyTime now = steady_clock::now();
+    const std::lock_guard lock(mutex_);
+    if (endBegun_) {
+        if (now - *endBegun_ > endLimit) kill("the extension was ended");
+    } else if (silent_) {
+        if (now - *silent_ > endLimit) kill("the extension closed its output");
+    } else if (questions_.empty()) {
+        pinged_.reset();
+        heard_ = now;
+        if (now - lastUse_ >= idleLimit) closeInput();
+    } else {
+        watchAsked(now);
+    }
+}
+
+void ExtensionChild::watchAsked(SteadyTime now) {
+    if (!isGreeted_) {
+        if (now - started_ > startLimit) kill("the extension did not start in " + timeText(startLimit));
+    } else if (pinged_) {
+        if (now - *pinged_ > pingLimit) kill("the extension answered no ping for " + timeText(pingLimit));
+    } else if (now - heard_ > silenceBeforePing) {
+        wire::Request ping;
+        ping.set_id(++lastId_);
+        ping.mutable_ping();
+        if (send(ping)) pinged_ = now;
+    }
+    if (residentLimitKiB > 0 && memoryOf(processId_).resident > residentLimitKiB) {
+        kill("the extension's memory passed " + std::to_string(residentLimitKiB / 1024) + " MB");
+    }
+}
+
+void ExtensionChild::kill(std::string reason) {
+    if (killReason_.empty()) killReason_ = std::move(reason);
+    ::kill(processId_, SIGKILL);
+}
+
+void ExtensionChild::readReplies() {
+    const bool isOpen = drain(messages_, [this](std::string_view bytes) { frames_.append(bytes); });
+    for (;;) {
+        const Result<std::optional<std::string>> frame = frames_.next();
+        wire::Reply reply;
+        if (!frame || (*frame && !reply.ParseFromString(**frame))) {
+            return kill("the extension sent what is no message");
+        }
+        if (!*frame) break;
+        take(std::move(reply));
+    }
+    // Its death follows; a child that lives on is of no use any more.
+    if (!isOpen) {
+        const std::lock_guard lock(mutex_);
+        messages_.reset();
+        silent_ = steady_clock::now();
+    }
+}
+
+void ExtensionChild::take(wire::Reply reply) {
+    const SteadyTime now = steady_clock::now();
+    heard_ = now;
+    pinged_.reset();
+    if (!isGreeted_) {
+        isGreeted_ = reply.has_hello() && reply.hello().version() == platform::wireVersion;
+        if (!isGreeted_) kill("the extension speaks another version");
+        return;
+    }
+    const std::lock_guard lock(mutex_);
+    const auto question = questions_.find(reply.id());
+    if (question == questions_.end()) return;  // it came too late, or nobody asked
+    if (!reply.has_pong())
+        note(reply, millisecondsBetween(hasAnswered_ ? question->second.asked : started_, now));
+    lastUse_ = now;
+    question->second.reply = std::move(reply);
+    changed_.notify_all();
+}
+
+void ExtensionChild::note(const wire::Reply& reply, double wallMs) {
+    const ProcessMemory memory = memoryOf(processId_);
+    statistics_ = {
+        .peakRssKiB = memory.peakResident,
+        .privateKiB = memory.anonymous,
+        .userMs = static_cast<double>(reply.user_microseconds()) / 1000.0,
+        .systemMs = static_cast<double>(reply.system_microseconds()) / 1000.0,
+        .wallMs = wallMs,
+        .networkMs = static_cast<double>(reply.network_microseconds()) / 1000.0,
+    };
+    hasAnswered_ = true;
+}
+
+void ExtensionChild::readLog() {
+    const bool isOpen = drain(log_, [this](std::string_view bytes) {
+        for (const char byte : bytes) {
+            if (byte != '\n') partOfLogLine_.push_back(byte);
+            if (byte == '\n' || partOfLogLine_.size() == longestLogLine) {
+                takeLogLine(std::exchange(partOfLogLine_, {}));
+            }
+        }
+    });
+    if (!isOpen) log_.reset();
+}
+
+void ExtensionChild::takeLogLine(std::string line) {
+    constexpr std::string_view fatal = "fatal error: ";
+    if (!hasFatalLine_) {
+        hasFatalLine_ = line.starts_with(fatal);
+        lastLogLine_ = hasFatalLine_ ? line.substr(fatal.size()) : line;
+    }
+    if (options_.log) options_.log(std::move(line));
+}
+
+std::string ExtensionChild::endingBySignal(int signal) const {
+    const char* name = sigabbrev_np(signal);
+    std::string text = "the extension was ended by signal " + std::to_string(signal);
+    if (name != nullptr) text += std::string(" (SIG") + name + ")";
+    return hasFatalLine_ ? text + ": " + lastLogLine_ : text;
+}
+
+void ExtensionChild::finish() {
+    int status = 0;
+    if (processId_ != 0) {
+        while (waitpid(processId_, &status, 0) < 0 && errno == EINTR) {
+        }
+    }
+    if (!partOfLogLine_.empty()) takeLogLine(std::move(partOfLogLine_));
+
+    const std::lock_guard lock(mutex_);
+    if (!killReason_.empty()) {
+        ending_ = killReason_;
+    } else if (endBegun_) {
+        ending_ = "the extension was ended while it was asked";
+    } else if (WIFSIGNALED(status)) {
+        ending_ = endingBySignal(WTERMSIG(status));
+    } else {
+        ending_ = "the extension ended with exit code " + std::to_string(WEXITSTATUS(status));
+        if (!lastLogLine_.empty()) ending_ += ": " + lastLogLine_;
+    }
+    for (auto& [id, question] : questions_) {
+        if (!question.reply) question.reply = tl::unexpected(extensionError(ending_));
+    }
+    isGone_ = true;
+    processId_ = 0;
+    messages_.reset();
+    log_.reset();
+    process_.reset();
+    changed_.notify_all();
+}
+
+}  // namespace host

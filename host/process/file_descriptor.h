@@ -1,0 +1,37 @@
+#pragma once
+
+// A file descriptor that closes itself.
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace host {
+
+class FileDescriptor {
+public:
+    FileDescriptor() = default;
+    explicit FileDescriptor(int number) : number_(number) {}
+    ~FileDescriptor() { reset(); }
+    FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        if (this != &other) {
+            reset();
+            number_ = std::exchange(other.number_, -1);
+        }
+        return *this;
+    }
+
+    /// -1 when there is none.
+    int number() const { return number_; }
+    bool isOpen() const { return number_ >= 0; }
+
+    void reset() {
+        if (isOpen()) ::close(std::exchange(number_, -1));
+    }
+
+private:
+    int number_ = -1;
+};
+
+}  // namespace host

@@ -1,0 +1,17 @@
+#pragma once
+
+// What the system tells about a running process.
+
+namespace host {
+
+/// In KiB; zeros when there is no such process.
+struct ProcessMemory {
+    long peakResident = 0;
+    long resident = 0;
+    /// The part of `resident` that belongs to no file.
+    long anonymous = 0;
+};
+
+ProcessMemory memoryOf(int processId);
+
+}  // namespace host
