@@ -71,12 +71,12 @@ class View;
 
 /// A piece of a text: characters in one font and colour, or a picture that stands on the baseline.
 struct TextRun {
-    std::string text;
-    Font font;
+    std::string text = {};
+    Font font = {};
     /// Absent: the surrounding foreground colour, else the primary colour.
-    std::optional<Color> color;
+    std::optional<Color> color = std::nullopt;
     /// Name of a picture asset; then there is no text.
-    std::optional<std::string> image;
+    std::optional<std::string> image = std::nullopt;
 
     bool operator==(const TextRun&) const = default;
 };
@@ -87,16 +87,16 @@ namespace node {
 struct VStack {
     static constexpr std::string_view type = "vstack";
     HorizontalAlignment alignment = HorizontalAlignment::center;
-    std::optional<double> spacing;
+    std::optional<double> spacing = std::nullopt;
 };
 struct HStack {
     static constexpr std::string_view type = "hstack";
     VerticalAlignment alignment = VerticalAlignment::center;
-    std::optional<double> spacing;
+    std::optional<double> spacing = std::nullopt;
 };
 struct ZStack {
     static constexpr std::string_view type = "zstack";
-    Alignment alignment;
+    Alignment alignment = {};
 };
 /// Its children are children of the stack around it.
 struct Group {
@@ -104,22 +104,22 @@ struct Group {
 };
 struct Text {
     static constexpr std::string_view type = "text";
-    std::vector<TextRun> runs;
-    std::optional<int> lineLimit;
+    std::vector<TextRun> runs = {};
+    std::optional<int> lineLimit = std::nullopt;
 };
 /// An asset by name; or bytes, with the name of an asset that is drawn when they are no picture.
 struct Image {
     static constexpr std::string_view type = "image";
-    std::string name;
-    std::optional<Bytes> bytes;
+    std::string name = {};
+    std::optional<Bytes> bytes = std::nullopt;
     bool isResizable = false;
 };
 struct ColorFill {
     static constexpr std::string_view type = "color";
-    Color color;
+    Color color = {};
 };
 struct Stroke {
-    Color color;
+    Color color = {};
     double lineWidth = 1.0;
     double miterLimit = 10.0;
 };
@@ -128,48 +128,48 @@ struct RoundedRectangle {
     double cornerRadius = 0.0;
     RoundedCornerStyle style = RoundedCornerStyle::circular;
     /// With neither fill nor stroke it is filled with the foreground colour.
-    std::optional<Color> fill;
-    std::optional<Stroke> stroke;
+    std::optional<Color> fill = std::nullopt;
+    std::optional<Stroke> stroke = std::nullopt;
 };
 struct Divider {
     static constexpr std::string_view type = "divider";
 };
 struct Spacer {
     static constexpr std::string_view type = "spacer";
-    std::optional<double> minLength;
+    std::optional<double> minLength = std::nullopt;
 };
 // From here on: modifiers, with one child, the content. Of overlay, background and
 // containerBackground the second child is the layer.
 struct Padding {
     static constexpr std::string_view type = "padding";
-    EdgeInsets insets;
+    EdgeInsets insets = {};
 };
 /// Fixed when it has `width` or `height`, flexible otherwise.
 struct Frame {
     static constexpr std::string_view type = "frame";
-    std::optional<double> width;
-    std::optional<double> height;
-    std::optional<double> minWidth;
-    std::optional<double> maxWidth;
-    std::optional<double> minHeight;
-    std::optional<double> maxHeight;
-    Alignment alignment;
+    std::optional<double> width = std::nullopt;
+    std::optional<double> height = std::nullopt;
+    std::optional<double> minWidth = std::nullopt;
+    std::optional<double> maxWidth = std::nullopt;
+    std::optional<double> minHeight = std::nullopt;
+    std::optional<double> maxHeight = std::nullopt;
+    Alignment alignment = {};
 };
 struct Overlay {
     static constexpr std::string_view type = "overlay";
-    Alignment alignment;
+    Alignment alignment = {};
 };
 struct Background {
     static constexpr std::string_view type = "background";
-    Alignment alignment;
+    Alignment alignment = {};
 };
 struct ContainerBackground {
     static constexpr std::string_view type = "containerBackground";
-    Alignment alignment;
+    Alignment alignment = {};
 };
 struct ForegroundColor {
     static constexpr std::string_view type = "foregroundColor";
-    Color color;
+    Color color = {};
 };
 struct Opacity {
     static constexpr std::string_view type = "opacity";
@@ -182,7 +182,7 @@ struct LayoutPriority {
 struct AspectRatio {
     static constexpr std::string_view type = "aspectRatio";
     /// Absent: the content's own.
-    std::optional<double> ratio;
+    std::optional<double> ratio = std::nullopt;
     ContentMode contentMode = ContentMode::fit;
 };
 struct ClipShape {
@@ -206,11 +206,11 @@ struct FixedSize {
 };
 struct Link {
     static constexpr std::string_view type = "link";
-    std::string url;
+    std::string url = {};
 };
 struct WidgetURL {
     static constexpr std::string_view type = "widgetURL";
-    std::string url;
+    std::string url = {};
 };
 
 }  // namespace node

@@ -16,6 +16,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr int maximumDepth = 64;
 constexpr int maximumNodes = 100'000;
+/// Larger than any widget; what draws glyphs must not be asked for more.
+constexpr double maximumFontSize = 1000.0;
 
 /// An enumeration's cases in the order of their declaration, with their names.
 template <typename Enumeration>
@@ -392,8 +394,10 @@ private:
         const Step step(*this, "font");
         if (!value->is_object()) wrong("a font is an object");
         if (!problem_.empty()) return {};
+        const double size = number(*value, "size").value_or(17.0);
+        if (size < 0.0 || size > maximumFontSize) wrongMember("size", "not between 0 and 1000");
         return {.name = optionalText(*value, "name").value_or("system"),
-                .size = number(*value, "size").value_or(17.0),
+                .size = size,
                 .weight = oneOf(*value, "weight", FontWeight::regular)};
     }
     TextRun run(const Json& json) {

@@ -4,6 +4,7 @@
 // and write.
 
 #include <nlohmann/json_fwd.hpp>
+#include <string>
 #include <string_view>
 #include <vector>
 #include "platform/base/color.h"
@@ -34,11 +35,12 @@ nlohmann::ordered_json viewJson(const View& view);
 nlohmann::ordered_json viewJson(const View& view, std::vector<Bytes>& attachments);
 
 /// Reads what `viewJson` wrote or a person did: at most 64 levels deep, 100,000 nodes, all numbers
-/// finite (but "infinity" where it is allowed). Members that are not known, such as "frame", are
-/// ignored; a type that is not known, or a value of the wrong kind, is an error (domain
+/// finite (but "infinity" where it is allowed), fonts of at most 1000 points. Members that are not known,
+/// such as "frame", are ignored; a type that is not known, or a value of the wrong kind, is an error (domain
 /// "ViewError") that says where.
 Result<View> viewFromJson(const nlohmann::ordered_json& json, const std::vector<Bytes>& attachments = {});
 /// Parses and reads; never throws.
 Result<View> viewFromJson(std::string_view text);
+inline Result<View> viewFromJson(const std::string& text) { return viewFromJson(std::string_view(text)); }
 
 }  // namespace platform

@@ -1,0 +1,293 @@
+// What a laid out tree paints, in which colours, how it is cut, and where it can be tapped.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include "platform/view/view_json.h"
+#include "tests/host/layout/frames.h"
+
+namespace host {
+namespace {
+
+using namespace platform;
+using testing::ElementsAre;
+
+const Color red = Color::rgb(1, 0, 0);
+const Color black = Color::rgb(0, 0, 0);
+const Color white = Color::rgb(1, 1, 1);
+const Color navy = Color::rgb(0.1, 0.1, 0.13);
+
+LayoutOptions options(const std::string& family = "systemMedium", int osVersion = 18) {
+    return {.size = {100.0, 100.0}, .osVersion = osVersion, .kind = "NewsWidget", .family = family};
+}
+
+DisplayList listOf(const View& root, const LayoutOptions& with = options()) {
+    return makeDisplayList(root, with, PlainMeasurer());
+}
+
+std::string colorText(const Color& color) {
+    const nlohmann::ordered_json json = colorJson(color);
+    const double alpha = json["alpha"];
+    std::string text = json["hex"];
+    if (alpha != 1.0) text += "@" + nlohmann::json(alpha).dump();
+    return text;
+}
+
+std::string rectText(const Rect& rect) { return frameText(rectJson(rect)); }
+
+/// An item on one line: kind, colour or name, frame, then what is not plain about it.
+std::string line(const DisplayItem& item) {
+    if (const auto* group = std::get_if<GroupItem>(&item.content)) {
+        return (group->isBegin ? "begin " : "end ") + nlohmann::json(group->opacity).dump();
+    }
+    std::string text;
+    double radius = 0.0;
+    if (const auto* words = std::get_if<TextItem>(&item.content)) {
+        for (const TextRun& run : words->runs) text += run.text + " " + colorText(run.color.value()) + " ";
+    } else if (const auto* image = std::get_if<ImageItem>(&item.content)) {
+        text = image->bytes ? "picture " : image->name + " ";
+        radius = image->cornerRadius;
+    } else if (const auto* fill = std::get_if<FillItem>(&item.content)) {
+        text = "fill " + colorText(fill->color) + " ";
+        radius = fill->cornerRadius;
+    } else if (const auto* stroke = std::get_if<StrokeItem>(&item.content)) {
+        text = "stroke " + colorText(stroke->color) + " ";
+        radius = stroke->cornerRadius;
+    }
+    text += rectText(item.frame);
+    if (radius != 0.0) text += " radius " + std::to_string(static_cast<int>(radius));
+    if (item.ownOpacity != 1.0) text += " own " + nlohmann::json(item.ownOpacity).dump();
+    if (item.opacity != 1.0) text += " opacity " + nlohmann::json(item.opacity).dump();
+    for (const Clip& clip : item.clips) text += " within " + rectText(clip.frame);
+    return text;
+}
+
+std::vector<std::string> lines(const DisplayList& list) {
+    std::vector<std::string> all;
+    for (const DisplayItem& item : list.items) all.push_back(line(item));
+    return all;
+}
+
+std::vector<std::string> links(const DisplayList& list) {
+    std::vector<std::string> all;
+    for (const LinkArea& link : list.links) all.push_back(link.url + " " + rectText(link.frame));
+    return all;
+}
+
+/// A square of 10 x 10 in the middle, from 45,45.
+View square(const Color& color) { return ColorFill(color).frame({.width = 10, .height = 10}); }
+
+TEST(DisplayList, PaintsBackgroundsBeforeAndOverlaysAfterWhatTheyDecorate) {
+    const View root = ZStack({}, square(black).overlay(square(red)).background(square(white)), words("ab"));
+    EXPECT_THAT(lines(listOf(root)), ElementsAre("fill #FFFFFF 45,45 10x10", "fill #000000 45,45 10x10",
+                                                 "fill #FF0000 45,45 10x10", "ab #000000 45,45 10x10"));
+}
+
+TEST(DisplayList, GivesTextShapesAndDividersTheForegroundColourUnlessTheyHaveTheirOwn) {
+    const View root =
+        VStack({.spacing = 0}, words("a") + words("b").foregroundColor(navy),
+               RoundedRectangle({}).frame({.height = 5}),
+               RoundedRectangle({.fill = white, .stroke = node::Stroke{.color = navy}}).frame({.height = 5}),
+               Divider().frame({.height = 1}), words("c").body().foregroundColor(white))
+            .frame({.width = 20})
+            .foregroundColor(red);
+    EXPECT_THAT(lines(listOf(root)),
+                ElementsAre("a #FF0000 b #1A1A21 45,34.5 10x10", "fill #FF0000 40,44.5 20x5",
+                            "fill #FFFFFF 40,49.5 20x5", "stroke #1A1A21 40,49.5 20x5",
+                            "fill #FF0000 40,54.833 20x0.33333", "c #FFFFFF 47.5,55.5 5x10"));
+}
+
+TEST(DisplayList, ChoosesThePrimaryColourByWhatTheWidgetStandsOn) {
+    const View content = VStack({.spacing = 0}, words("a"), Divider());
+    struct GroundCase {
+        const char* rule;
+        View root;
+        std::string text;
+        std::string divider;
+    };
+    const std::string onLight = "#3C3C43@0.29", onDark = "#545458@0.6";
+    const View everything = ZStack({}, ColorFill(Color()), content);
+    const std::vector<GroundCase> cases{
+        {"nothing is light", content, "#000000", onLight},
+        {"a dark container", content.containerBackground(ColorFill(navy)), "#FFFFFF", onDark},
+        {"a light container", content.containerBackground(ColorFill(Color::rgb(0.9, 0.9, 0.2))), "#000000",
+         onLight},
+        {"one that ignores the safe area", content.containerBackground(ColorFill(navy).ignoresSafeArea()),
+         "#FFFFFF", onDark},
+        {"a dark picture in the container",
+         content.containerBackground(ZStack({}, ColorFill(navy), Image("Icon"))), "#FFFFFF", onDark},
+        {"a plain background of the whole widget", everything.background(ColorFill(navy)), "#FFFFFF", onDark},
+        {"a smaller one says nothing", content.background(ColorFill(navy)), "#000000", onLight},
+        {"a faint one hardly anything", everything.background(ColorFill(navy).opacity(0.2)), "#000000",
+         onLight},
+    };
+    for (const GroundCase& ground : cases) {
+        const DisplayList list = listOf(ground.root);
+        ASSERT_GE(list.items.size(), 2U);
+        const auto& text = std::get<TextItem>(list.items[list.items.size() - 2].content);
+        EXPECT_EQ(colorText(*text.runs[0].color), ground.text) << ground.rule;
+        EXPECT_EQ(colorText(std::get<FillItem>(list.items.back().content).color), ground.divider)
+            << ground.rule;
+    }
+}
+
+TEST(DisplayList, TakesAContainersColourForItsBackgroundAndDrawsAnythingElseAtTheBottom) {
+    const DisplayList plain = listOf(square(red).containerBackground(ColorFill(navy)));
+    EXPECT_EQ(plain.background, navy);
+    EXPECT_THAT(lines(plain), ElementsAre("fill #FF0000 45,45 10x10"));
+
+    const DisplayList shaped =
+        listOf(ZStack({}, square(white), square(red).containerBackground(RoundedRectangle({.fill = navy}))));
+    EXPECT_EQ(shaped.background, Color());
+    EXPECT_THAT(lines(shaped), ElementsAre("fill #1A1A21 0,0 100x100", "fill #FFFFFF 45,45 10x10",
+                                           "fill #FF0000 45,45 10x10"));
+}
+
+TEST(DisplayList, FadesOneItemItselfAndSeveralAsAWhole) {
+    const View pair = ZStack({}, square(red), square(navy));
+    EXPECT_THAT(lines(listOf(square(red).opacity(0.5).opacity(0.5))),
+                ElementsAre("fill #FF0000 45,45 10x10 own 0.25 opacity 0.25"));
+    EXPECT_THAT(lines(listOf(pair.opacity(0.5))),
+                ElementsAre("begin 0.5", "fill #FF0000 45,45 10x10 opacity 0.5",
+                            "fill #1A1A21 45,45 10x10 opacity 0.5", "end 0.5"));
+    EXPECT_THAT(lines(listOf(ZStack({}, square(red).opacity(0.5), square(navy)).opacity(0.5))),
+                ElementsAre("begin 0.5", "fill #FF0000 45,45 10x10 own 0.5 opacity 0.25",
+                            "fill #1A1A21 45,45 10x10 opacity 0.5", "end 0.5"));
+    EXPECT_THAT(lines(listOf(square(red).opacity(0))),
+                ElementsAre("fill #FF0000 45,45 10x10 own 0.0 opacity 0.0"))
+        << "what cannot be seen is listed all the same";
+    EXPECT_THAT(lines(listOf(ZStack({}, View()).opacity(0.5))), ElementsAre());
+    EXPECT_THAT(lines(listOf(square(red).opacity(7))), ElementsAre("fill #FF0000 45,45 10x10"));
+}
+
+TEST(DisplayList, CutsWhatOverflowsAndRoundsWhatFits) {
+    const View picture = Image("Logo", {.isResizable = true});
+    EXPECT_THAT(lines(listOf(
+                    picture.frame({.width = 30, .height = 20}).clipShape(4, RoundedCornerStyle::continuous))),
+                ElementsAre("Logo 35,40 30x20 radius 4"));
+    EXPECT_THAT(lines(listOf(picture.aspectRatio({}, ContentMode::fill)
+                                 .frame({.width = 20, .height = 20})
+                                 .clipShape(4, RoundedCornerStyle::circular))),
+                ElementsAre("Logo 30,40 40x20 within 40,40 20x20"));
+    EXPECT_THAT(lines(listOf(words("abcd").body().fixedSize(true, true).frame({.width = 10}).clipped())),
+                ElementsAre("abcd #000000 40,45 20x10 within 45,45 10x10"));
+    EXPECT_THAT(lines(listOf(square(red).padding(5).clipped())), ElementsAre("fill #FF0000 45,45 10x10"))
+        << "a cut around the whole of it is none";
+}
+
+TEST(DisplayList, CutsAColumnAtTheFootOfItsLastWholeChild) {
+    const auto cutFoot = [](double height, std::vector<View> children) {
+        FlexibleFrameSize size;
+        size.minHeight = 0.0;
+        size.maxHeight = height;
+        size.alignment = {HorizontalAlignment::center, VerticalAlignment::top};
+        const View rows = VStack({.spacing = 5}, std::move(children)).padding({.top = 3}).frame(size);
+        const DisplayList list = listOf(rows.clippedAtChildEdge().frame(
+            {.height = 100, .alignment = {HorizontalAlignment::center, VerticalAlignment::top}}));
+        const std::vector<Clip>& clips = list.items.back().clips;
+        return clips.empty() ? -1.0 : clips.back().frame.height;
+    };
+    const View row = words("row");
+    EXPECT_DOUBLE_EQ(cutFoot(40, {row, row, row, row}), 28) << "3 + 10 + 5 + 10";
+    EXPECT_DOUBLE_EQ(cutFoot(40, {Group({row, row}), row}), 28);
+    EXPECT_DOUBLE_EQ(cutFoot(8, {row, row}), 8) << "where none stands whole the cut stays";
+    EXPECT_DOUBLE_EQ(cutFoot(40, {row, row}), 40) << "and where all do";
+}
+
+TEST(DisplayList, ListsLinksByTheirLabelsFramesWithinAllCuts) {
+    const View label = square(red).padding(5);
+    EXPECT_THAT(links(listOf(Link("a://1", label))), ElementsAre("a://1 40,40 20x20"));
+    EXPECT_THAT(links(listOf(Link("a://1", box(300, 10)))), ElementsAre("a://1 0,45 100x10"));
+    EXPECT_THAT(links(listOf(Link("a://1", label).frame({.width = 10}).clipped())),
+                ElementsAre("a://1 45,40 10x20"));
+    EXPECT_THAT(links(listOf(HStack({.spacing = 0}, Link("a://1", box(10, 10)), Link("a://2", box(10, 10)))
+                                 .frame({.width = 10, .alignment = {HorizontalAlignment::leading, {}}})
+                                 .clipped())),
+                ElementsAre("a://1 45,45 10x10", "a://2 55,45 0x0"))
+        << "nothing of the second is to be seen";
+    EXPECT_THAT(links(listOf(Link("a://outer", square(red).overlay(Link("a://inner", square(navy)))))),
+                ElementsAre("a://outer 45,45 10x10", "a://inner 45,45 10x10"))
+        << "the one on top comes later";
+}
+
+TEST(DisplayList, HonoursLinksInTheSmallFamilyFromVersion17On) {
+    const View root = Link("a://part", square(red))
+                          .widgetURL("a://first")
+                          .overlay(words("x").body().widgetURL("a://last"))
+                          .widgetURL("a://outer");
+    struct FamilyCase {
+        std::string family;
+        int osVersion;
+        std::size_t links;
+    };
+    for (const FamilyCase& with : {FamilyCase{"systemSmall", 16, 0}, FamilyCase{"systemSmall", 17, 1},
+                                   FamilyCase{"systemMedium", 16, 1}, FamilyCase{"systemLarge", 18, 1}}) {
+        const DisplayList list = listOf(root, options(with.family, with.osVersion));
+        EXPECT_EQ(list.links.size(), with.links) << with.family << " " << with.osVersion;
+        EXPECT_EQ(list.widgetURL, "a://last") << "the last in the tree wins";
+    }
+    EXPECT_EQ(listOf(square(red)).widgetURL, std::nullopt);
+}
+
+TEST(DisplayList, OfAPlaceholderShowsBarsAndGreyBoxesAndOpensNothing) {
+    LayoutOptions redacted = options();
+    redacted.isRedacted = true;
+    const View root =
+        VStack({.spacing = 0},
+               Link("a://1", words("aaaa bbbb").foregroundColor(red).body().frame({.width = 20})),
+               Image("Icon").clipShape(4, RoundedCornerStyle::circular), Image("Missing"), square(navy))
+            .widgetURL("a://2");
+    const DisplayList list = listOf(root, redacted);
+    // Two lines from 29: their baselines at 37 and 47, capitals of 7, and 1 more on both sides.
+    EXPECT_THAT(lines(list),
+                ElementsAre("fill #FF0000@0.16 40,29 20x9 radius 3", "fill #FF0000@0.16 40,39 20x9 radius 3",
+                            "fill #808080@0.16 44,49 12x12 radius 4", "fill #1A1A21 45,61 10x10"));
+    EXPECT_TRUE(list.links.empty());
+    EXPECT_EQ(list.widgetURL, std::nullopt);
+}
+
+TEST(DisplayList, DrawsPicturesByTheirBytesOrWhatStandsInForThem) {
+    EXPECT_THAT(lines(listOf(Image(Bytes("PIC"), "Icon"))), ElementsAre("picture 30,35 40x30"));
+    EXPECT_THAT(
+        lines(listOf(Image(Bytes("???"), "Icon", {.isResizable = true}).frame({.width = 30, .height = 20}))),
+        ElementsAre("Icon 35,40 30x20"));
+    EXPECT_THAT(lines(listOf(Image(Bytes("???"), "Missing"))), ElementsAre());
+}
+
+TEST(DisplayList, PrintsAsJson) {
+    const View root =
+        VStack({.spacing = 0}, Link("a://1", words("ab cd").lineLimit(3) + Text::image("Icon")),
+               Image(Bytes("PICTURE"), "Icon", {.isResizable = true}).frame({.width = 20, .height = 10}),
+               Image("Logo", {.isResizable = true})
+                   .aspectRatio(3.0, ContentMode::fill)
+                   .frame({.width = 20, .height = 10})
+                   .clipShape(4, RoundedCornerStyle::circular),
+               ZStack({}, square(red).opacity(0.5),
+                      RoundedRectangle({.cornerRadius = 6, .stroke = node::Stroke{.color = red}}))
+                   .frame({.height = 10})
+                   .opacity(0.5))
+            .containerBackground(ColorFill(navy))
+            .widgetURL("a://2");
+    const auto expected = nlohmann::ordered_json::parse(R"({
+        "kind": "NewsWidget", "family": "systemMedium", "size": {"width": 100, "height": 100},
+        "background": {"hex": "#1A1A21", "alpha": 1}, "widgetURL": "a://2",
+        "links": [{"url": "a://1", "frame": {"x": 35, "y": 30, "width": 30, "height": 10}}],
+        "items": [
+            {"kind": "text", "text": "ab cd", "frame": {"x": 35, "y": 30, "width": 30, "height": 10}, "opacity": 1,
+             "lineLimit": 3, "lines": 1,
+             "runs": [{"text": "ab cd", "font": {"name": "system", "size": 10, "weight": "regular"},
+                       "color": {"hex": "#FFFFFF", "alpha": 1}}, {"image": "Icon"}]},
+            {"kind": "image", "bytes": 7, "frame": {"x": 40, "y": 40, "width": 20, "height": 10}, "opacity": 1,
+             "cornerRadius": 0},
+            {"kind": "image", "name": "Logo", "frame": {"x": 35, "y": 50, "width": 30, "height": 10}, "opacity": 1,
+             "cornerRadius": 4,
+             "clips": [{"x": 40, "y": 50, "width": 20, "height": 10, "cornerRadius": 4}]},
+            {"kind": "fill", "color": {"hex": "#FF0000", "alpha": 1},
+             "frame": {"x": 45, "y": 60, "width": 10, "height": 10}, "opacity": 0.25, "cornerRadius": 0},
+            {"kind": "stroke", "color": {"hex": "#FF0000", "alpha": 1}, "lineWidth": 1,
+             "frame": {"x": 0, "y": 60, "width": 100, "height": 10}, "opacity": 0.5, "cornerRadius": 6}]})");
+    EXPECT_EQ(displayListJson(listOf(root)).dump(1), expected.dump(1));
+}
+
+}  // namespace
+}  // namespace host
