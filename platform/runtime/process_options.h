@@ -13,13 +13,13 @@ namespace platform {
 
 /// The common options as they stood on the command line; absent ones come from the environment.
 struct ProcessOptions {
-    std::optional<std::string> dataDirectory;  // --data-dir, BRIGHTLEDGER_DATA_DIR
-    std::optional<std::string> infoPlist;      // --info-plist, BRIGHTLEDGER_INFO_PLIST
-    std::optional<std::string> now;            // --now, BRIGHTLEDGER_NOW
-    std::optional<std::string> osVersion;      // --os-version, BRIGHTLEDGER_OS_VERSION
-    std::optional<std::string> locale;         // --locale, BRIGHTLEDGER_LOCALE
-    std::optional<std::string> timeZone;       // --time-zone, BRIGHTLEDGER_TIME_ZONE
-    bool isVerbose = false;                    // --verbose
+    std::optional<std::string> dataDirectory = {};  // --data-dir, BRIGHTLEDGER_DATA_DIR
+    std::optional<std::string> infoPlist = {};      // --info-plist, BRIGHTLEDGER_INFO_PLIST
+    std::optional<std::string> now = {};            // --now, BRIGHTLEDGER_NOW
+    std::optional<std::string> osVersion = {};      // --os-version, BRIGHTLEDGER_OS_VERSION
+    std::optional<std::string> locale = {};         // --locale, BRIGHTLEDGER_LOCALE
+    std::optional<std::string> timeZone = {};       // --time-zone, BRIGHTLEDGER_TIME_ZONE
+    bool isVerbose = false;                         // --verbose
 };
 
 /// What the options, then the environment's variables, then the system say; an empty variable counts as

@@ -19,17 +19,17 @@ namespace platform {
 
 /// How `Runtime` is built; what is not given comes from the system.
 struct RuntimeOptions {
-    std::filesystem::path dataDirectory;
-    BundleInformation bundle;
-    std::optional<Instant> now;
+    std::filesystem::path dataDirectory = {};
+    BundleInformation bundle = {};
+    std::optional<Instant> now = {};
     int osVersion = 18;
-    Locale locale;
-    TimeZone timeZone;
-    DebugLog::Sink log;
+    Locale locale = {};
+    TimeZone timeZone = {};
+    DebugLog::Sink log = {};
     /// Fixes the sequence of identifiers.
-    std::optional<std::uint64_t> idSeed;
+    std::optional<std::uint64_t> idSeed = {};
     /// Absent: nobody hosts our widgets, and the query of what is placed reports an error.
-    std::shared_ptr<WidgetCenter> widgetCenter;
+    std::shared_ptr<WidgetCenter> widgetCenter = {};
 };
 
 /// What a process runs in. `main()` builds one, and services keep a reference to it; tests build their own.

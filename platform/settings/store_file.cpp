@@ -108,6 +108,12 @@ Result<Database> openAs(const fs::path& file, Database::Access access) {
     return database;
 }
 
+/// Whether a connection failed because it could not make its side files.
+bool isReadOnlyPlace(const Error& error) {
+    const int primary = error.code & 0xFF;
+    return primary == SQLITE_CANTOPEN || primary == SQLITE_READONLY;
+}
+
 bool holdsSomething(const fs::path& file) {
     std::error_code error;
     return fs::file_size(file, error) > 0 && !error;
@@ -185,7 +191,7 @@ Result<void> createStore(const fs::path& file) {
 
 Result<Database> openStore(const fs::path& file) {
     Result<Database> database = openAs(file, Database::Access::readWrite);
-    if (database || (database.error().code & 0xFF) != SQLITE_CANTOPEN) return database;
+    if (database || !isReadOnlyPlace(database.error())) return database;
     // Where the side files cannot be made, what stands in the main file can still be read, if that is all.
     if (holdsSomething(withSuffix(file, "-wal"))) return database;
     Result<Database> frozen = openAs(file, Database::Access::frozen);

@@ -1,0 +1,98 @@
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+#include "platform/base/bytes.h"
+#include "platform/base/clock.h"
+#include "platform/base/uuid.h"
+
+namespace platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(Instants, AreReadWithAnOffsetAndWrittenInUTC) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"2026-11-22T03:30:00Z", "2026-11-22T03:30:00.000Z"},
+        {"2026-11-22T09:00:00+05:30", "2026-11-22T03:30:00.000Z"},
+        {"2026-01-01T00:00:00+05:30", "2025-12-31T18:30:00.000Z"},
+        {"2026-12-31T23:30:00-01:00", "2027-01-01T00:30:00.000Z"},
+        {"2024-02-29T12:00:00.5Z", "2024-02-29T12:00:00.500Z"},
+        {"2026-11-22T03:30:00.9999Z", "2026-11-22T03:30:00.999Z"},
+        {"1969-12-31T23:59:59.9999Z", "1969-12-31T23:59:59.999Z"},
+    };
+    for (const auto& [text, expected] : cases) {
+        const auto instant = parseInstant(text);
+        ASSERT_TRUE(instant) << text;
+        EXPECT_EQ(formatInstant(*instant), expected) << text;
+    }
+}
+
+TEST(Instants, AreNothingWithoutAnOffsetOrWithoutASuchADay) {
+    for (const char* text :
+         {"", "2026-11-22", "2026-11-22T03:30:00", "2026-11-22T03:30Z", "2026-11-22 03:30:00Z",
+          "2026-11-22T03:30:00Z ", " 2026-11-22T03:30:00Z", "2026-02-30T00:00:00Z", "2025-02-29T00:00:00Z",
+          "2026-11-22T24:00:00Z", "2026-11-22T03:60:00Z", "2026-11-22T03:30:00.Z", "2026-11-22T03:30:00+0530",
+          "2026-11-22T03:30:00+05:60", "99999-01-01T00:00:00Z", "2026-13-01T00:00:00Z",
+          "+026-11-22T03:30:00Z"}) {
+        EXPECT_FALSE(parseInstant(text)) << text;
+    }
+}
+
+TEST(Base64, KeepsBytesOfEveryLength) {
+    std::string bytes;
+    for (int length = 0; length < 260; ++length) {
+        EXPECT_EQ(base64Decoded(base64Encoded(bytes)), bytes) << length;
+        bytes += static_cast<char>(length * 7);
+    }
+    EXPECT_EQ(base64Encoded(std::string_view("\xFB\xFF\xBE", 3)), "+/++");
+}
+
+TEST(Base64, IsNothingWhenAnyCharacterIsWrong) {
+    for (const char* text :
+         {"A", "AB", "ABC", "AB=C", "A===", "====", "QUJD\n", "QU-_", "QUJ=QUJD", "QUJDRA", "=QUJ"}) {
+        EXPECT_FALSE(base64Decoded(text)) << text;
+    }
+}
+
+TEST(Identifiers, AreReadInEitherCaseAndPrintedInUpperCase) {
+    const auto uuid = UUID::parse("0f8fad5b-d9cb-469f-a165-70867728950E");
+    ASSERT_TRUE(uuid);
+    EXPECT_EQ(uuid->text(), "0F8FAD5B-D9CB-469F-A165-70867728950E");
+    for (const char* text :
+         {"", "0f8fad5bd9cb469fa16570867728950e", "0f8fad5b-d9cb-469f-a165-70867728950g",
+          "{0f8fad5b-d9cb-469f-a165-70867728950}", "0f8fad5b-d9cb-469f-a1657-0867728950e"}) {
+        EXPECT_FALSE(UUID::parse(text)) << text;
+    }
+}
+
+TEST(Identifiers, FollowTheSeedAndAreOtherwiseRandom) {
+    IdSource first(7);
+    IdSource second(7);
+    EXPECT_EQ(first.next(), second.next());
+    EXPECT_NE(first.next(), first.next());
+    EXPECT_NE(IdSource().next(), IdSource().next());
+    const std::string text = IdSource().next().text();
+    EXPECT_EQ(text[14], '4');
+    EXPECT_THAT(std::string("89AB"), testing::HasSubstr(std::string(1, text[19])));
+}
+
+TEST(AClock, StandsStillRunsFastOrFollowsTheSystem) {
+    const Instant noon = *parseInstant("2026-11-22T12:00:00Z");
+    Clock clock(noon);
+    EXPECT_EQ(clock.now(), noon);
+
+    clock.set(noon, 3600.0);
+    std::this_thread::sleep_for(5ms);
+    EXPECT_GE(clock.now(), noon + 18s);
+    EXPECT_LT(clock.now(), noon + 24h);
+
+    clock.followSystem();
+    EXPECT_LT(std::chrono::abs(clock.now() - std::chrono::system_clock::now()), 10s);
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,33 @@
+#pragma once
+
+// Property lists that another maker wrote, made anew for each test.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include "tests/support/temporary_directory.h"
+
+namespace platform {
+
+inline std::string contentOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+inline void writeFile(const std::filesystem::path& file, const std::string& content) {
+    std::ofstream(file, std::ios::binary) << content;
+}
+
+/// Runs a command of property_lists.py; true when it is content.
+inline bool otherMaker(const std::string& command, const std::filesystem::path& place) {
+    const std::string line = "python3 " BRIGHTLEDGER_SOURCE_DIR
+                             "/tests/platform/settings/property_lists.py " +
+                             command + " '" + place.string() + "'";
+    return std::system(line.c_str()) == 0;
+}
+
+}  // namespace platform

@@ -1,0 +1,450 @@
+#include "platform/settings/user_defaults.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+#include "tests/platform/settings/samples.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+using Array = PropertyList::Array;
+using Dictionary = PropertyList::Dictionary;
+using testing::HasSubstr;
+using tests::TemporaryDirectory;
+
+constexpr const char* suite = "group.test";
+
+std::shared_ptr<UserDefaults> opened(const fs::path& folder) {
+    auto store = UserDefaults::open(folder, suite);
+    if (!store) {
+        ADD_FAILURE() << store.error().message;
+        return nullptr;
+    }
+    return *store;
+}
+
+mode_t modeOf(const fs::path& file) {
+    struct stat status{};
+    return stat(file.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+fs::path beside(const fs::path& file, const char* suffix) { return fs::path(file) += suffix; }
+
+/// Runs `work` in a child process of its own; true when it answered true.
+bool inChild(const std::function<bool()>& work) {
+    const pid_t child = fork();
+    if (child == 0) _exit(work() ? 0 : 1);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+/// Runs `work(0)` to `work(count - 1)` in as many child processes at once.
+bool inChildren(int count, const std::function<bool(int)>& work) {
+    std::vector<pid_t> children;
+    for (int i = 0; i < count; ++i) {
+        const pid_t child = fork();
+        if (child == 0) _exit(work(i) ? 0 : 1);
+        children.push_back(child);
+    }
+    bool isGood = true;
+    for (const pid_t child : children) {
+        int status = 0;
+        waitpid(child, &status, 0);
+        isGood = isGood && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+    return isGood;
+}
+
+PropertyList nested(int levels) {
+    PropertyList value = Array{};
+    for (int i = 1; i < levels; ++i) value = Dictionary{{"inner", std::move(value)}};
+    return value;
+}
+
+TEST(ASettingsStore, KeepsEveryTypeAndEveryBit) {
+    const TemporaryDirectory folder;
+    const Dictionary values{
+        {"text", "रुपया"},
+        {"text with a NUL", std::string("a\0b", 3)},
+        {"empty text", ""},
+        {"", "under the empty key"},
+        {"true", true},
+        {"one", 1},
+        {"one real", 1.0},
+        {"minus zero", -0.0},
+        {"smallest", std::numeric_limits<std::int64_t>::min()},
+        {"moment", Instant(std::chrono::nanoseconds(1'234'567'890'123'456'789))},
+        {"no bytes", Bytes()},
+        {"many bytes", Bytes(std::string(5U << 20, '\xA7'))},
+        {"nested", nested(31)},
+        {"list", Array{1, true, "x", Dictionary{}, Array{}}},
+    };
+    for (const auto& [key, value] : values) ASSERT_TRUE(opened(folder.path())->set(key, value)) << key;
+    ASSERT_TRUE(opened(folder.path())->set("not a number", std::nan("")));
+
+    const auto store = opened(folder.path());
+    auto all = store->dictionaryRepresentation();
+    ASSERT_TRUE(all);
+    EXPECT_TRUE(std::isnan(*all->at("not a number").real()));
+    all->erase("not a number");
+    EXPECT_EQ(*all, values);
+    EXPECT_TRUE(std::signbit(*all->at("minus zero").real()));
+    EXPECT_EQ(store->object("one")->value().boolean(), nullptr);
+
+    EXPECT_FALSE(store->set("nested", nested(32)));
+    EXPECT_EQ(store->object("nested")->value(), nested(31));
+}
+
+TEST(ASettingsStore, ForgetsWhatIsRemoved) {
+    const TemporaryDirectory folder;
+    const auto store = opened(folder.path());
+    EXPECT_EQ(*store->object("token"), std::nullopt);
+    ASSERT_TRUE(store->set("token", "secret"));
+    ASSERT_TRUE(store->remove("token"));
+    ASSERT_TRUE(store->remove("token"));
+    EXPECT_EQ(*store->object("token"), std::nullopt);
+    EXPECT_TRUE(store->dictionaryRepresentation()->empty());
+}
+
+TEST(ASettingsStore, ShowsAWriteAtOnceToEverybodyAndTellsOfTheWritesOfOthers) {
+    const TemporaryDirectory folder;
+    const auto app = opened(folder.path());
+    const auto widget = opened(folder.path());
+    const auto before = widget->dataVersion();
+    ASSERT_TRUE(before);
+    EXPECT_EQ(*widget->dataVersion(), *before);
+
+    ASSERT_TRUE(app->set("theme", 1));
+    EXPECT_EQ(*widget->object("theme"), PropertyList(1));
+    EXPECT_NE(*widget->dataVersion(), *before);
+
+    ASSERT_TRUE(inChild([&] { return opened(folder.path())->set("theme", 2).has_value(); }));
+    EXPECT_EQ(*app->object("theme"), PropertyList(2));
+}
+
+TEST(ASettingsStore, IsForItsOwnerOnly) {
+    const TemporaryDirectory folder;
+    const mode_t before = umask(0);
+    const auto store = opened(folder.path() / "a" / "b");
+    ASSERT_TRUE(store->set("token", "secret"));
+    umask(before);
+    const fs::path file = storeFile(folder.path() / "a" / "b", suite);
+    EXPECT_EQ(modeOf(folder.path() / "a"), 0700U);
+    EXPECT_EQ(modeOf(folder.path() / "a" / "b"), 0700U);
+    for (const char* suffix : {"", "-wal", "-shm", "-lock"}) {
+        EXPECT_EQ(modeOf(beside(file, suffix)), 0600U) << suffix;
+    }
+}
+
+TEST(ASettingsStore, KeepsATransactionWhollyOrNotAtAll) {
+    const TemporaryDirectory folder;
+    const auto store = opened(folder.path());
+    ASSERT_TRUE(store->set("kept", 1));
+    const auto failed = store->transaction([](UserDefaults::Transaction& change) -> Result<void> {
+        (void)change.set("kept", 2);
+        (void)change.set("new", 2);
+        return failure("TestError", 7, "no");
+    });
+    ASSERT_FALSE(failed);
+    EXPECT_EQ(failed.error().code, 7);
+    EXPECT_EQ(*store->dictionaryRepresentation(), (Dictionary{{"kept", 1}}));
+
+    const auto done = store->transaction([](UserDefaults::Transaction& change) -> Result<void> {
+        if (change.object("kept")->value() != PropertyList(1)) return failure("TestError", 1, "no");
+        (void)change.remove("kept");
+        return change.set("new", 2);
+    });
+    EXPECT_TRUE(done);
+    EXPECT_EQ(*store->dictionaryRepresentation(), (Dictionary{{"new", 2}}));
+}
+
+TEST(ASettingsStore, LosesNoStepWhenProcessesCountTogether) {
+    const TemporaryDirectory folder;
+    // They also make the store together: none of them finds it there.
+    EXPECT_TRUE(inChildren(6, [&](int) {
+        const auto store = UserDefaults::open(folder.path(), suite);
+        if (!store) return false;
+        for (int i = 0; i < 50; ++i) {
+            const auto done = (*store)->transaction([](UserDefaults::Transaction& change) -> Result<void> {
+                const auto old = change.object("count");
+                if (!old) return tl::unexpected(old.error());
+                return change.set("count", coercedInteger(*old) + 1);
+            });
+            if (!done) return false;
+        }
+        return true;
+    }));
+    EXPECT_EQ(opened(folder.path())->object("count")->value(), PropertyList(300));
+}
+
+TEST(ASettingsStore, ShowsNoReaderHalfATransaction) {
+    const TemporaryDirectory folder;
+    const auto store = opened(folder.path());
+    std::atomic<bool> isOver = false;
+    std::thread writer([&] {
+        const auto own = opened(folder.path());
+        for (int i = 0; i < 300; ++i) {
+            EXPECT_TRUE(own->transaction([i](UserDefaults::Transaction& change) -> Result<void> {
+                (void)change.set("a", i);
+                return change.set("b", i);
+            }));
+        }
+        isOver = true;
+    });
+    while (!isOver) {
+        const auto both = store->objects({"a", "b"});
+        ASSERT_TRUE(both);
+        EXPECT_EQ(both->front(), both->back());
+    }
+    writer.join();
+}
+
+TEST(ASettingsStore, MayBeUsedBySeveralThreads) {
+    const TemporaryDirectory folder;
+    const auto store = opened(folder.path());
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&store, thread] {
+            for (int i = 0; i < 50; ++i) {
+                EXPECT_TRUE(store->set("key" + std::to_string(thread), i));
+                EXPECT_TRUE(store->dictionaryRepresentation());
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(store->dictionaryRepresentation()->size(), 4U);
+}
+
+TEST(ASettingsStore, KeepsWhatAProcessWroteThatWasKilled) {
+    const TemporaryDirectory folder;
+    const pid_t child = fork();
+    if (child == 0) {
+        const auto store = UserDefaults::open(folder.path(), suite);
+        if (store) (void)(*store)->set("token", "secret");
+        raise(SIGKILL);
+    }
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(*opened(folder.path())->object("token"), PropertyList("secret"));
+}
+
+TEST(ASettingsStore, IsNotSharedAcrossAFork) {
+    const TemporaryDirectory folder;
+    auto store = opened(folder.path());
+    ASSERT_TRUE(store->set("a", 1));
+    EXPECT_TRUE(inChild([&] {
+        const bool isRefused = !store->object("a") && !store->set("a", 2);
+        store.reset();
+        return isRefused;
+    }));
+    ASSERT_TRUE(store->set("b", 2));
+    EXPECT_EQ(opened(folder.path())->dictionaryRepresentation()->size(), 2U);
+}
+
+TEST(ASettingsStore, OfAnotherNameIsAnotherStoreAndSomeNamesAreNone) {
+    const TemporaryDirectory folder;
+    ASSERT_TRUE(opened(folder.path())->set("a", 1));
+    EXPECT_EQ(*UserDefaults::open(folder.path(), "group.other").value()->object("a"), std::nullopt);
+    for (const std::string& name :
+         {std::string(), std::string("a/b"), std::string("../x"), std::string("a\0b", 3),
+          std::string("NSGlobalDomain"), std::string(300, 'x')}) {
+        EXPECT_FALSE(UserDefaults::open(folder.path(), name)) << name;
+    }
+}
+
+TEST(ASettingsStore, FollowsLinksToItsFolderButNotToItsFile) {
+    const TemporaryDirectory folder;
+    fs::create_directory(folder.path() / "real");
+    fs::create_directory_symlink(folder.path() / "real", folder.path() / "link");
+    ASSERT_TRUE(opened(folder.path() / "link")->set("a", 1));
+    EXPECT_EQ(*opened(folder.path() / "real")->object("a"), PropertyList(1));
+
+    fs::create_directory(folder.path() / "other");
+    fs::create_symlink(storeFile(folder.path() / "real", suite), storeFile(folder.path() / "other", suite));
+    EXPECT_FALSE(UserDefaults::open(folder.path() / "other", suite));
+    EXPECT_FALSE(UserDefaults::open(storeFile(folder.path() / "real", suite), suite));
+}
+
+TEST(ASettingsStore, WithAStrangeValueGivesTheOthersAndAnErrorForThatOne) {
+    const TemporaryDirectory folder;
+    const auto store = opened(folder.path());
+    ASSERT_TRUE(store->set("good", 1));
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(storeFile(folder.path(), suite).c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(
+        sqlite3_exec(other,
+                     "INSERT INTO settings VALUES('unknown', x'FF00'), ('cut', x'7305'), ('empty', x''),"
+                     "('long', x'5454'), ('number', 5), ('count', x'5bffffffffffffff7f')",
+                     nullptr, nullptr, nullptr),
+        SQLITE_OK);
+    sqlite3_close(other);
+
+    EXPECT_EQ(*store->object("good"), PropertyList(1));
+    for (const char* key : {"unknown", "cut", "empty", "long", "number", "count"}) {
+        const auto value = store->object(key);
+        ASSERT_FALSE(value) << key;
+        EXPECT_THAT(value.error().message, HasSubstr(key));
+    }
+    EXPECT_FALSE(store->dictionaryRepresentation());
+    ASSERT_TRUE(store->set("number", 6));
+    EXPECT_EQ(*store->object("number"), PropertyList(6));
+}
+
+TEST(ASettingsStore, ThatIsDamagedIsNeverTakenForAnEmptyOne) {
+    const TemporaryDirectory folder;
+    const fs::path file = storeFile(folder.path(), suite);
+    {
+        const auto store = opened(folder.path());
+        for (int i = 0; i < 400; ++i) {
+            ASSERT_TRUE(store->set("key" + std::to_string(i), std::string(200, 'v')));
+        }
+    }
+    const std::string whole = contentOf(file);
+    ASSERT_GT(whole.size(), 20U * 4096U);
+    std::vector<std::pair<std::string, std::string>> cases{
+        {"empty", ""},
+        {"cut in the first page", whole.substr(0, 1000)},
+        {"half", whole.substr(0, whole.size() / 2)},
+        {"text", "this is no database, but a text that somebody put here"},
+        {"zeros", std::string(whole.size(), '\0')},
+    };
+    for (std::size_t page = 0; page < whole.size() / 4096; page += 3) {
+        std::string damaged = whole;
+        damaged.replace(page * 4096, 4096, std::string(4096, page % 2 == 0 ? '\0' : '\xA5'));
+        cases.emplace_back("page " + std::to_string(page), damaged);
+    }
+    for (const auto& [name, content] : cases) {
+        writeFile(file, content);
+        if (const auto store = UserDefaults::open(folder.path(), suite)) {
+            EXPECT_FALSE((*store)->dictionaryRepresentation()) << name;
+            for (int i = 0; i < 400; ++i) {
+                const auto value = (*store)->object("key" + std::to_string(i));
+                EXPECT_TRUE(!value || value->has_value()) << name << ", key " << i;
+            }
+        }
+        EXPECT_EQ(contentOf(file), content) << name;
+    }
+}
+
+TEST(ASettingsStore, ThatCannotBeWrittenCanStillBeRead) {
+    const TemporaryDirectory parent;
+    const fs::path folder = parent.path() / "data";
+    {
+        ASSERT_TRUE(opened(folder)->set("theme", 2));
+    }
+    // Another user owns the files and may not change the folder; root may change everything.
+    constexpr uid_t nobody = 65534;
+    const bool isRoot = geteuid() == 0;
+    if (isRoot) {
+        chmod(parent.path().c_str(), 0755);
+        chmod(folder.c_str(), 0755);
+        ASSERT_EQ(chown(storeFile(folder, suite).c_str(), nobody, nobody), 0);
+    } else {
+        chmod(folder.c_str(), 0500);
+    }
+    for (const bool hasLock : {true, false}) {
+        if (!hasLock) fs::remove(beside(storeFile(folder, suite), "-lock"));
+        EXPECT_TRUE(inChild([&] {
+            if (isRoot && setresuid(nobody, nobody, nobody) != 0) return false;
+            const auto store = UserDefaults::open(folder, suite);
+            return store && *(*store)->object("theme") == PropertyList(2) &&
+                   (*store)->dictionaryRepresentation() && !(*store)->set("theme", 1) &&
+                   !UserDefaults::open(folder, "group.new");
+        })) << hasLock;
+        if (!isRoot) break;
+    }
+    chmod(folder.c_str(), 0700);
+}
+
+TEST(ASettingsStore, DoesNotTakeTheLogOfALostStoreForItsOwn) {
+    const TemporaryDirectory folder;
+    const fs::path file = storeFile(folder.path(), suite);
+    {
+        const auto store = opened(folder.path());
+        ASSERT_TRUE(store->set("old", 1));
+        fs::copy_file(beside(file, "-wal"), folder.path() / "log");
+    }
+    fs::remove(file);
+    fs::rename(folder.path() / "log", beside(file, "-wal"));
+    EXPECT_EQ(*opened(folder.path())->object("old"), std::nullopt);
+    int logsAside = 0;
+    for (const auto& entry : fs::directory_iterator(folder.path())) {
+        const std::string name = entry.path().filename().string();
+        logsAside += name.find("damaged-") != std::string::npos && name.ends_with("-wal");
+    }
+    EXPECT_EQ(logsAside, 1);
+}
+
+TEST(Repair, SetsADamagedStoreAsideAndANewOneTakesItsPlace) {
+    const TemporaryDirectory folder;
+    const fs::path file = storeFile(folder.path(), suite);
+    EXPECT_EQ(*repairStore(folder.path(), suite), std::nullopt);
+    EXPECT_EQ(*repairStore(folder.path() / "missing", suite), std::nullopt);
+    EXPECT_FALSE(fs::exists(folder.path() / "missing"));
+
+    ASSERT_TRUE(opened(folder.path())->set("a", 1));
+    EXPECT_EQ(*repairStore(folder.path(), suite), std::nullopt);
+    EXPECT_EQ(*opened(folder.path())->object("a"), PropertyList(1));
+
+    std::vector<fs::path> places;
+    for (const char* content : {"no database at all", ""}) {
+        writeFile(file, content);
+        writeFile(beside(file, "-wal"), "log");
+        chmod(file.c_str(), 0644);
+        const auto aside = repairStore(folder.path(), suite);
+        ASSERT_TRUE(aside && *aside) << content;
+        places.push_back(**aside);
+        EXPECT_EQ(contentOf(places.back()), content);
+        EXPECT_EQ(modeOf(places.back()), 0600U);
+        EXPECT_FALSE(fs::exists(file));
+        EXPECT_FALSE(fs::exists(beside(file, "-wal")));
+        EXPECT_TRUE(opened(folder.path())->dictionaryRepresentation()->empty());
+    }
+    EXPECT_NE(places[0], places[1]);
+    EXPECT_EQ(contentOf(places[0]), "no database at all");
+}
+
+TEST(Repair, LeavesAStoreThatSomebodyUsesWhereItIs) {
+    const TemporaryDirectory folder;
+    const fs::path file = storeFile(folder.path(), suite);
+    const auto store = opened(folder.path());
+    ASSERT_TRUE(store->set("a", 1));
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(pwrite(descriptor, "damage", 6, 0), 6);
+    ::close(descriptor);
+
+    const auto refused = repairStore(folder.path(), suite);
+    ASSERT_FALSE(refused);
+    EXPECT_THAT(refused.error().message, HasSubstr("in use"));
+    EXPECT_TRUE(fs::exists(file));
+}
+
+TEST(Repair, TouchesNeitherLinksNorFolders) {
+    const TemporaryDirectory folder;
+    const fs::path file = storeFile(folder.path(), suite);
+    writeFile(folder.path() / "victim", "noise");
+    fs::create_symlink(folder.path() / "victim", file);
+    EXPECT_FALSE(repairStore(folder.path(), suite));
+    EXPECT_EQ(contentOf(file), "noise");
+    fs::remove(file);
+    fs::create_directory(file);
+    EXPECT_FALSE(repairStore(folder.path(), suite));
+    EXPECT_TRUE(fs::is_directory(file));
+}
+
+}  // namespace
+}  // namespace platform
