@@ -1,0 +1,43 @@
+#pragma once
+
+// Lays out and draws widgets for whoever asks, one at a time.
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include "host/layout/display_list.h"
+#include "host/paint/painter.h"
+#include "platform/base/result.h"
+#include "platform/view/view.h"
+#include "platform/widget/widget_family.h"
+
+namespace host {
+
+/// What is drawn: a tree in the place of one widget.
+struct Sitter {
+    platform::View view;
+    std::string kind;
+    platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
+    bool isRedacted = false;
+};
+
+/// A painter that several threads may use.
+class PictureStudio {
+public:
+    PictureStudio(std::unique_ptr<Painter> painter, int osVersion);
+
+    /// `scale` is 1, 2 or 3 pixels a point.
+    DisplayList displayList(const Sitter& sitter, int scale);
+    platform::Result<std::string> png(const Sitter& sitter, int scale);
+    /// The tree as JSON text with a frame in every node.
+    std::string laidOutText(const Sitter& sitter);
+
+private:
+    DisplayList list(const Sitter& sitter, int scale);
+
+    std::mutex mutex_;
+    std::unique_ptr<Painter> painter_;
+    int osVersion_;
+};
+
+}  // namespace host

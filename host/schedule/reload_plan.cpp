@@ -1,0 +1,101 @@
+#include "host/schedule/reload_plan.h"
+#include <algorithm>
+
+namespace host {
+
+using platform::Instant;
+
+std::string_view description(ReloadMode mode) { return mode == ReloadMode::live ? "live" : "phone"; }
+
+std::string_view description(Asker asker) {
+    switch (asker) {
+        case Asker::placement: return "placement";
+        case Asker::policy: return "policy";
+        case Asker::app: return "app";
+        case Asker::person: return "person";
+        case Asker::clock: return "clock";
+    }
+    return "";
+}
+
+std::string reason(Hold hold, ReloadMode mode) {
+    switch (hold) {
+        case Hold::none: return "";
+        case Hold::floor: return mode == ReloadMode::live ? "at least 5 s apart" : "at least 15 min apart";
+        case Hold::budget: return "budget of 60 a day is used up";
+        case Hold::backOff: return "waiting after a failure";
+    }
+    return "";
+}
+
+void ReloadPlan::ask(Asker asker, const Moment& now) {
+    // A person's word weighs most: nothing holds it.
+    if (!request_ || asker == Asker::person) request_ = Request{asker, now.shown};
+}
+
+void ReloadPlan::clockMoved(const Moment& now) {
+    if (lastStart_ && *lastStart_ > now.shown) lastStart_.reset();
+    while (!charged_.empty() && charged_.back() > now.shown) charged_.pop_back();
+}
+
+std::optional<Instant> ReloadPlan::budgetFrees() const {
+    if (charged_.size() < phoneBudget) return std::nullopt;
+    return charged_[charged_.size() - phoneBudget] + budgetWindow;
+}
+
+std::optional<NextReload> ReloadPlan::next(const Moment& now) const {
+    if (isRunning_) return std::nullopt;
+    if (request_) {
+        NextReload next{request_->asker, request_->at, now, Hold::none};
+        if (failures_ > 0 && request_->asker != Asker::person && backOffEnd_ > now.real) {
+            next.at.real = backOffEnd_;
+            next.hold = Hold::backOff;
+        }
+        return next;
+    }
+    if (failures_ > 0) return NextReload{Asker::policy, now.shown, {now.shown, backOffEnd_}, Hold::backOff};
+    if (!policyDue_) return std::nullopt;
+
+    NextReload next{Asker::policy, *policyDue_, {*policyDue_, now.real}, Hold::none};
+    const auto holdUntil = [&next](Instant moment, Hold hold) {
+        if (moment <= next.at.shown) return;
+        next.at.shown = moment;
+        next.hold = hold;
+    };
+    const std::chrono::seconds floor = mode_ == ReloadMode::live ? liveFloor : phoneFloor;
+    if (lastStart_) holdUntil(*lastStart_ + floor, Hold::floor);
+    const std::optional<Instant> free = mode_ == ReloadMode::phone ? budgetFrees() : std::nullopt;
+    if (free) holdUntil(*free, Hold::budget);
+    return next;
+}
+
+void ReloadPlan::start(const Moment& now) {
+    const bool isCharged = !request_ && failures_ == 0;
+    isRunning_ = true;
+    request_.reset();
+    lastStart_ = now.shown;
+    if (!isCharged) return;
+    charged_.push_back(now.shown);
+    if (charged_.size() > phoneBudget) charged_.pop_front();
+}
+
+void ReloadPlan::answered(const platform::TimelineReloadPolicy& policy, std::size_t entries, Instant last,
+                          const Moment& now) {
+    isRunning_ = false;
+    failures_ = 0;
+    if (policy.kind == platform::TimelineReloadPolicy::Kind::after) {
+        policyDue_ = policy.date;
+    } else {
+        policyDue_ = entries > 1 ? std::max(last, now.shown) : now.shown + singleEntryStay;
+    }
+}
+
+void ReloadPlan::failed(const Moment& now) {
+    isRunning_ = false;
+    const auto pause =
+        std::min<std::chrono::seconds>(std::chrono::seconds(1 << std::min(failures_, 9)), longestBackOff);
+    backOffEnd_ = now.real + pause;
+    ++failures_;
+}
+
+}  // namespace host

@@ -1,0 +1,109 @@
+#pragma once
+
+// When one placed widget may be asked for its next timeline: the host's rules, free of clocks and threads.
+
+#include <chrono>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include "platform/base/clock.h"
+#include "platform/widget/timeline.h"
+
+namespace host {
+
+/// *Live* honours the asked date, but for a floor; *phone* gives a widget as few reloads as a phone does.
+enum class ReloadMode { live, phone };
+
+/// Who wants a widget anew.
+enum class Asker {
+    placement,  // it was just placed
+    policy,     // its own timeline
+    app,        // the phone app
+    person,     // somebody at the home screen
+    clock,      // the time was set
+};
+
+/// What keeps a reload from happening when it is due.
+enum class Hold { none, floor, budget, backOff };
+
+std::string_view description(ReloadMode mode);
+std::string_view description(Asker asker);
+/// A reason for people: "at least 5 s apart".
+std::string reason(Hold hold, ReloadMode mode);
+
+/// One moment on two clocks: the one that the widgets see, which people may stop and set, and the real
+/// one, by which failures are counted.
+struct Moment {
+    platform::Instant shown;
+    std::chrono::steady_clock::time_point real;
+};
+
+struct NextReload {
+    Asker asker = Asker::policy;
+    /// When it was asked for.
+    platform::Instant due;
+    /// When it may happen, on both clocks: the later of the two counts.
+    Moment at;
+    Hold hold = Hold::none;
+
+    bool isReady(const Moment& now) const { return at.shown <= now.shown && at.real <= now.real; }
+};
+
+/// The reloads of one placed widget: what it asked for, what it was granted. Not for several threads.
+class ReloadPlan {
+public:
+    static constexpr std::chrono::seconds liveFloor{5};
+    static constexpr std::chrono::minutes phoneFloor{15};
+    static constexpr std::size_t phoneBudget = 60;
+    static constexpr std::chrono::hours budgetWindow{24};
+    /// After which a timeline of one entry that asks to be renewed at its end is renewed.
+    static constexpr std::chrono::minutes singleEntryStay{15};
+    static constexpr std::chrono::seconds longestBackOff{300};
+
+    explicit ReloadPlan(ReloadMode mode) : mode_(mode) {}
+
+    ReloadMode mode() const { return mode_; }
+    void setMode(ReloadMode mode) { mode_ = mode; }
+
+    /// Several requests before the next start are one. One that comes while an answer is awaited is kept for
+    /// afterwards: the answer may rest on what is no longer true.
+    void ask(Asker asker, const Moment& now);
+    /// The time was set: what lies in the future now has never happened.
+    void clockMoved(const Moment& now);
+
+    /// Nothing while an answer is awaited, or when nobody asks. Requests of people are never held; those of
+    /// the app, of a placement and of a set clock are held by back-off alone and cost no budget.
+    std::optional<NextReload> next(const Moment& now) const;
+
+    /// The reload that `next` told begins.
+    void start(const Moment& now);
+    /// It ended well. `entries` counts the timeline's entries, of which `last` is the latest date.
+    void answered(const platform::TimelineReloadPolicy& policy, std::size_t entries, platform::Instant last,
+                  const Moment& now);
+    /// The extension died, was too late or made no sense. 1, 2, 4 up to 300 s of real time pass before it is
+    /// asked again, whoever asks, unless it is a person.
+    void failed(const Moment& now);
+
+    bool isRunning() const { return isRunning_; }
+    int failures() const { return failures_; }
+
+private:
+    std::optional<platform::Instant> budgetFrees() const;
+
+    ReloadMode mode_;
+    bool isRunning_ = false;
+    int failures_ = 0;
+    std::chrono::steady_clock::time_point backOffEnd_{};
+    struct Request {
+        Asker asker;
+        platform::Instant at;
+    };
+    std::optional<Request> request_;
+    std::optional<platform::Instant> policyDue_;
+    std::optional<platform::Instant> lastStart_;
+    /// Starts that cost budget, oldest first.
+    std::deque<platform::Instant> charged_;
+};
+
+}  // namespace host

@@ -1,0 +1,371 @@
+#include "host/schedule/widget_schedule.h"
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <utility>
+#include "platform/view/view_json.h"
+
+namespace host {
+
+namespace {
+
+constexpr int workerCount = 3;
+
+double millisecondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
+}  // namespace
+
+std::string visibleText(const platform::View& view) {
+    std::vector<platform::Bytes> pictures;
+    std::string text = platform::viewJson(view, pictures)
+                           .dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    for (const platform::Bytes& picture : pictures)
+        text += ' ' + std::to_string(std::hash<std::string_view>()(picture.view()));
+    return text;
+}
+
+struct WidgetSchedule::Widget {
+    Widget(int ownId, std::string ownKind, platform::WidgetFamily ownFamily, ReloadMode mode)
+        : id(ownId), kind(std::move(ownKind)), family(ownFamily), plan(mode) {}
+
+    int id;
+    std::string kind;
+    platform::WidgetFamily family;
+    ReloadPlan plan;
+    /// Changes when answers under way must not be shown any more.
+    int generation = 0;
+    bool needsPlaceholder = true;
+    bool isRemoved = false;
+    std::vector<AnsweredEntry> entries;
+    std::optional<platform::TimelineReloadPolicy> policy;
+    std::shared_ptr<const ShownPicture> picture;
+    std::string visible;
+    std::string lastError;
+    /// The hold that the ledger already tells of.
+    std::optional<platform::Instant> notedHold;
+
+    /// The entry to be shown at that moment; null when all lie in the future.
+    const AnsweredEntry* entryAt(platform::Instant moment) const {
+        const AnsweredEntry* current = nullptr;
+        for (const AnsweredEntry& entry : entries) {
+            if (entry.date <= moment && (current == nullptr || entry.date >= current->date)) current = &entry;
+        }
+        return current;
+    }
+
+    std::optional<platform::Instant> nextEntryAfter(platform::Instant moment) const {
+        std::optional<platform::Instant> next;
+        for (const AnsweredEntry& entry : entries) {
+            if (entry.date > moment && (!next || entry.date < *next)) next = entry.date;
+        }
+        return next;
+    }
+};
+
+WidgetSchedule::WidgetSchedule(Surroundings surroundings, ReloadMode mode)
+    : surroundings_(std::move(surroundings)), mode_(mode) {
+    for (int i = 0; i < workerCount; ++i) workers_.emplace_back([this] { work(); });
+}
+
+WidgetSchedule::~WidgetSchedule() {
+    {
+        const std::lock_guard lock(mutex_);
+        isEnding_ = true;
+    }
+    wake_.notify_all();
+    for (std::thread& worker : workers_) worker.join();
+}
+
+Moment WidgetSchedule::now() const { return {surroundings_.clock.now(), std::chrono::steady_clock::now()}; }
+
+void WidgetSchedule::place(int id, std::string kind, platform::WidgetFamily family) {
+    {
+        const std::lock_guard lock(mutex_);
+        const auto widget = std::make_shared<Widget>(id, std::move(kind), family, mode_);
+        widget->plan.ask(Asker::placement, now());
+        widgets_.emplace(id, widget);
+    }
+    wake_.notify_one();
+}
+
+void WidgetSchedule::remove(int id) {
+    const std::lock_guard lock(mutex_);
+    const auto found = widgets_.find(id);
+    if (found == widgets_.end()) return;
+    found->second->isRemoved = true;
+    widgets_.erase(found);
+}
+
+void WidgetSchedule::reload(std::optional<std::string_view> kind, Asker asker) {
+    {
+        const std::lock_guard lock(mutex_);
+        for (const auto& [id, widget] : widgets_) {
+            if (!kind || widget->kind == *kind) widget->plan.ask(asker, now());
+        }
+    }
+    wake_.notify_all();
+}
+
+void WidgetSchedule::reload(int id, Asker asker) {
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = widgets_.find(id);
+        if (found != widgets_.end()) found->second->plan.ask(asker, now());
+    }
+    wake_.notify_one();
+}
+
+void WidgetSchedule::forget(std::string_view kind) {
+    std::vector<int> forgotten;
+    {
+        const std::lock_guard lock(mutex_);
+        for (const auto& [id, widget] : widgets_) {
+            if (widget->kind != kind) continue;
+            ++widget->generation;
+            widget->entries.clear();
+            widget->picture.reset();
+            widget->visible.clear();
+            widget->needsPlaceholder = true;
+            widget->plan.ask(Asker::app, now());
+            forgotten.push_back(id);
+        }
+    }
+    wake_.notify_all();
+    for (const int id : forgotten) surroundings_.changed(id);
+}
+
+ReloadMode WidgetSchedule::mode() const {
+    const std::lock_guard lock(mutex_);
+    return mode_;
+}
+
+void WidgetSchedule::setMode(ReloadMode mode) {
+    {
+        const std::lock_guard lock(mutex_);
+        mode_ = mode;
+        for (const auto& [id, widget] : widgets_) {
+            widget->plan.setMode(mode);
+            widget->notedHold.reset();
+        }
+    }
+    wake_.notify_all();
+}
+
+void WidgetSchedule::setClock(std::optional<platform::Instant> instant, double rate) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (instant) {
+            surroundings_.clock.set(*instant, rate);
+        } else {
+            surroundings_.clock.followSystem();
+        }
+        clockRate_ = instant ? rate : 1.0;
+    }
+    // After our own, so that no entry of the extension's is ahead of our time. A child that cannot be told
+    // now is started anew later and is then told by its keeper.
+    static_cast<void>(surroundings_.extension.setClock(instant, rate));
+    {
+        const std::lock_guard lock(mutex_);
+        for (const auto& [id, widget] : widgets_) {
+            widget->plan.clockMoved(now());
+            widget->plan.ask(Asker::clock, now());
+        }
+    }
+    wake_.notify_all();
+}
+
+double WidgetSchedule::clockRate() const {
+    const std::lock_guard lock(mutex_);
+    return clockRate_;
+}
+
+std::optional<WidgetState> WidgetSchedule::state(int id) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = widgets_.find(id);
+    if (found == widgets_.end()) return std::nullopt;
+    return stateOf(*found->second);
+}
+
+std::vector<WidgetState> WidgetSchedule::states() const {
+    const std::lock_guard lock(mutex_);
+    std::vector<WidgetState> states;
+    for (const auto& [id, widget] : widgets_) states.push_back(stateOf(*widget));
+    return states;
+}
+
+WidgetState WidgetSchedule::stateOf(const Widget& widget) const {
+    return {.id = widget.id,
+            .kind = widget.kind,
+            .family = widget.family,
+            .picture = widget.picture,
+            .policy = widget.policy,
+            .next = widget.plan.next(now()),
+            .isRunning = widget.plan.isRunning(),
+            .failures = widget.plan.failures(),
+            .lastError = widget.lastError};
+}
+
+void WidgetSchedule::work() {
+    std::unique_lock lock(mutex_);
+    while (!isEnding_) {
+        std::optional<std::chrono::nanoseconds> pause;
+        const std::shared_ptr<Widget> widget = nextWork(now(), pause);
+        if (!justChanged_.empty()) {
+            tellOfChanges(lock);
+        } else if (widget) {
+            reload(widget, lock);
+        } else if (pause) {
+            wake_.wait_for(lock, *pause);
+        } else {
+            wake_.wait(lock);
+        }
+    }
+}
+
+void WidgetSchedule::tellOfChanges(std::unique_lock<std::mutex>& lock) {
+    const std::vector<int> changed = std::exchange(justChanged_, {});
+    lock.unlock();
+    for (const int id : changed) surroundings_.changed(id);
+    lock.lock();
+}
+
+std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextWork(
+    const Moment& now, std::optional<std::chrono::nanoseconds>& pause) {
+    const auto wait = [&pause](std::chrono::nanoseconds duration) {
+        // A moment that is a little late does no harm, a worker that wakes too often does.
+        const auto bounded = std::clamp<std::chrono::nanoseconds>(duration, std::chrono::milliseconds(1),
+                                                                  std::chrono::hours(1));
+        if (!pause || bounded < *pause) pause = bounded;
+    };
+    const auto waitForShown = [&](platform::Instant moment) {
+        if (clockRate_ <= 0.0) return;
+        wait(std::chrono::nanoseconds(
+            static_cast<long long>(static_cast<double>((moment - now.shown).count()) / clockRate_)));
+    };
+    for (const auto& [id, widget] : widgets_) {
+        showEntryOf(*widget, now);
+        if (const auto entry = widget->nextEntryAfter(now.shown)) waitForShown(*entry);
+        const std::optional<NextReload> next = widget->plan.next(now);
+        if (!next) continue;
+        if (next->isReady(now)) return widget;
+        noteHold(*widget, *next, now);
+        if (next->at.shown > now.shown) {
+            waitForShown(next->at.shown);
+        } else {
+            wait(next->at.real - now.real);
+        }
+    }
+    return nullptr;
+}
+
+void WidgetSchedule::noteHold(Widget& widget, const NextReload& next, const Moment& now) {
+    const bool isKnown = next.hold == Hold::backOff || widget.notedHold == next.due;
+    if (next.hold == Hold::none || isKnown) return;
+    widget.notedHold = next.due;
+    surroundings_.ledger.add(
+        {.widget = widget.id,
+         .kind = widget.kind,
+         .family = widget.family,
+         .asker = next.asker,
+         .due = next.due,
+         .decided = now.shown,
+         .result = LedgerEntry::Result::held,
+         .reason = reason(next.hold, mode_) + "; until " + platform::formatInstant(next.at.shown)});
+}
+
+void WidgetSchedule::showEntryOf(Widget& widget, const Moment& now) {
+    const AnsweredEntry* entry = widget.entryAt(now.shown);
+    if (entry == nullptr || (widget.picture && widget.picture->entryDate == entry->date)) return;
+    if (show(widget, *entry, false)) justChanged_.push_back(widget.id);
+}
+
+bool WidgetSchedule::show(Widget& widget, const AnsweredEntry& entry, bool isPlaceholder) {
+    if (!entry.view) return false;
+    std::string visible = (isPlaceholder ? "redacted " : "") + visibleText(*entry.view);
+    const bool isNew = visible != widget.visible;
+    auto picture = std::make_shared<ShownPicture>(ShownPicture{
+        .version = isNew ? ++lastVersion_ : widget.picture->version,
+        .sitter = {*entry.view, widget.kind, widget.family, isPlaceholder},
+        .entryJson = entry.json,
+        .entryDate = entry.date,
+        .since = surroundings_.clock.now(),
+    });
+    widget.visible = std::move(visible);
+    widget.picture = std::move(picture);
+    return isNew;
+}
+
+void WidgetSchedule::showPlaceholder(const std::shared_ptr<Widget>& widget,
+                                     std::unique_lock<std::mutex>& lock) {
+    const int generation = widget->generation;
+    widget->needsPlaceholder = false;
+    lock.unlock();
+    const auto answer = surroundings_.extension.ask({.kind = widget->kind,
+                                                     .family = widget->family,
+                                                     .request = EntryRequest::placeholder,
+                                                     .wantsEntries = true,
+                                                     .wantsViews = true},
+                                                    placeholderLimit);
+    lock.lock();
+    if (generation != widget->generation || widget->picture || !answer || answer->entries.empty()) return;
+    if (!show(*widget, answer->entries.front(), true)) return;
+    lock.unlock();
+    surroundings_.changed(widget->id);
+    lock.lock();
+}
+
+void WidgetSchedule::reload(const std::shared_ptr<Widget>& widget, std::unique_lock<std::mutex>& lock) {
+    const Moment start = now();
+    const NextReload next = widget->plan.next(start).value();
+    widget->plan.start(start);
+    widget->notedHold.reset();
+    const int generation = widget->generation;
+    const std::uint64_t number = surroundings_.ledger.add(
+        {.widget = widget->id,
+         .kind = widget->kind,
+         .family = widget->family,
+         .asker = next.asker,
+         .due = next.due,
+         .decided = start.shown,
+         .reason = next.hold == Hold::none ? "" : "after " + reason(next.hold, mode_)});
+    if (widget->needsPlaceholder) showPlaceholder(widget, lock);
+    lock.unlock();
+    surroundings_.changed(widget->id);
+    const auto answer = surroundings_.extension.ask({.kind = widget->kind,
+                                                     .family = widget->family,
+                                                     .request = EntryRequest::timeline,
+                                                     .wantsEntries = true,
+                                                     .wantsViews = true},
+                                                    timelineLimit);
+    const long peak = surroundings_.extension.statistics().peakRssKiB;
+    lock.lock();
+
+    LedgerEntry::Result result = LedgerEntry::Result::failed;
+    std::string trouble;
+    if (generation != widget->generation || widget->isRemoved) {
+        // Whoever forgot the pictures has asked anew; this answer is another user's.
+        widget->plan.answered(platform::TimelineReloadPolicy::atEnd(), 1, start.shown, now());
+        result = LedgerEntry::Result::dropped;
+    } else if (!answer || answer->entries.empty()) {
+        trouble = answer ? "the timeline has no entry" : answer.error().message;
+        widget->plan.failed(now());
+    } else {
+        const auto last = std::ranges::max(answer->entries, {}, &AnsweredEntry::date).date;
+        const auto policy = answer->policy.value_or(platform::TimelineReloadPolicy::atEnd());
+        widget->entries = answer->entries;
+        widget->policy = policy;
+        widget->plan.answered(policy, answer->entries.size(), last, now());
+        const AnsweredEntry* entry = widget->entryAt(surroundings_.clock.now());
+        const bool isNew = entry != nullptr && show(*widget, *entry, false);
+        result = isNew ? LedgerEntry::Result::shown : LedgerEntry::Result::unchanged;
+    }
+    widget->lastError = trouble;
+    surroundings_.ledger.finish(number, result, std::move(trouble), millisecondsSince(start.real), peak);
+    const bool isRemoved = widget->isRemoved;
+    lock.unlock();
+    if (!isRemoved) surroundings_.changed(widget->id);
+    lock.lock();
+}
+
+}  // namespace host
