@@ -3,7 +3,7 @@
 #include <png.h>
 #include <turbojpeg.h>
 #include <webp/decode.h>
-#include <array>
+#include <algorithm>
 #include <cstdint>
 
 namespace host {
@@ -103,11 +103,13 @@ std::optional<DecodedPicture> decodePng(std::string_view bytes) {
 
 void destroyJpegReader(void* reader) { tjDestroy(reader); }
 
-/// A warning is about a blemish, unless it says that the end is missing.
-bool isComplete(tjhandle reader, int outcome) {
+/// A warning may be about a blemish, which does no harm, or about a missing end; the text tells only of
+/// the last of several. So the mark of the end has to be there, with no more than a little behind it.
+bool isComplete(tjhandle reader, int outcome, std::string_view bytes) {
     if (outcome == 0) return true;
-    return tjGetErrorCode(reader) == TJERR_WARNING &&
-           std::string_view(tjGetErrorStr2(reader)).find("Premature end") == std::string_view::npos;
+    constexpr std::size_t mostBehind = 64;
+    const std::string_view last = bytes.substr(bytes.size() - std::min(bytes.size(), mostBehind));
+    return tjGetErrorCode(reader) == TJERR_WARNING && last.find("\xFF\xD9") != std::string_view::npos;
 }
 
 std::optional<DecodedPicture> decodeJpeg(std::string_view bytes, int wantedWidth, int wantedHeight) {
@@ -129,7 +131,7 @@ std::optional<DecodedPicture> decodeJpeg(std::string_view bytes, int wantedWidth
     const auto decode = [&](unsigned char* pixels, int stride) {
         const int outcome = tjDecompress2(reader.get(), data, bytes.size(), pixels, drawnWidth, stride,
                                           drawnHeight, TJPF_BGRX, TJFLAG_LIMITSCANS);
-        return isComplete(reader.get(), outcome);
+        return isComplete(reader.get(), outcome, bytes);
     };
     return picture(width, height, filled(makeSurface(CAIRO_FORMAT_RGB24, drawnWidth, drawnHeight), decode));
 }

@@ -16,6 +16,7 @@ constexpr std::string_view objectReplacement = "\uFFFC";
 
 // More than any widget has room for; what is longer would only cost time.
 constexpr glong longestText = 4000;
+constexpr int mostLines = 200;
 constexpr std::size_t rememberedMeasures = 4096;
 
 /// A stretch of a text that belongs to one run, in bytes.
@@ -192,15 +193,41 @@ void include(SetLine& line, const TextRun& run, PictureLibrary& pictures) {
     line.descent = std::max(line.descent, metrics.descent);
 }
 
+int letterSpacing(const PangoItem& item) {
+    for (const GSList* node = item.analysis.extra_attrs; node != nullptr; node = node->next) {
+        const auto* attribute = static_cast<const PangoAttribute*>(node->data);
+        if (attribute->klass->type == PANGO_ATTR_LETTER_SPACING) {
+            return reinterpret_cast<const PangoAttrInt*>(attribute)->value;
+        }
+    }
+    return 0;
+}
+
+/// The width by which the line was broken, in pango's units: with the spacing around its first and
+/// last letters, which is taken off once it is broken. A line that is broken again at this width
+/// or any from here to the one it was broken at has the same letters.
+int brokenWidth(const PangoLayoutLine& line) {
+    int width = 0;
+    int taken = 0;
+    for (const GSList* node = line.runs; node != nullptr; node = node->next) {
+        const auto& run = *static_cast<const PangoGlyphItem*>(node->data);
+        const int spacing = letterSpacing(*run.item);
+        if (node == line.runs) taken += spacing / 2;
+        // Nothing is taken off a line that ends in a run of blanks: they have no width left.
+        const int runWidth = pango_glyph_string_get_width(run.glyphs);
+        if (node->next == nullptr && runWidth != 0) taken += spacing - spacing / 2;
+        width += runWidth;
+    }
+    return width + taken;
+}
+
 /// As high as its tallest run. `begin` is where the layout's text starts in the whole text.
 SetLine makeLine(PangoLayoutLine* line, const FlatText& flat, std::size_t begin, std::size_t paragraphEnd,
                  PictureLibrary& pictures) {
-    PangoRectangle box;
-    pango_layout_line_get_extents(line, nullptr, &box);
     SetLine set{.line = line,
                 .begin = begin + static_cast<std::size_t>(line->start_index),
                 .paragraphEnd = paragraphEnd,
-                .width = static_cast<double>(box.width) / PANGO_SCALE};
+                .width = static_cast<double>(brokenWidth(*line)) / PANGO_SCALE};
     for (const GSList* node = line->runs; node != nullptr; node = node->next) {
         const PangoItem& item = *static_cast<PangoGlyphItem*>(node->data)->item;
         if (const TextRun* run = runAt(flat, begin + static_cast<std::size_t>(item.offset))) {
@@ -214,10 +241,8 @@ SetLine makeLine(PangoLayoutLine* line, const FlatText& flat, std::size_t begin,
 }
 
 /// How many lines may stay: never less than one.
-std::size_t allowedLines(const std::vector<SetLine>& lines, std::optional<int> lineLimit,
-                         std::optional<double> height) {
-    std::size_t allowed = lines.size();
-    if (lineLimit) allowed = std::min(allowed, static_cast<std::size_t>(std::max(*lineLimit, 1)));
+std::size_t allowedLines(const std::vector<SetLine>& lines, int wanted, std::optional<double> height) {
+    std::size_t allowed = std::min(lines.size(), static_cast<std::size_t>(wanted));
     if (height) {
         // A box that was rounded to pixels and added up must still hold its own text.
         constexpr double tolerance = 1e-3;
@@ -246,14 +271,21 @@ void endInEllipsis(SetText& set, const FlatText& flat, std::optional<int> width,
 std::optional<int> lineWidth(std::optional<double> width) {
     constexpr double widest = 100'000.0;
     if (!width || !(*width < widest)) return std::nullopt;
-    return pangoUnits(std::max(*width, 0.0));
+    // Downwards, so that no line is wider than was proposed; what only reckoning took off is given back.
+    constexpr double lost = 1e-3;
+    return static_cast<int>(std::floor(std::max(*width, 0.0) * PANGO_SCALE + lost));
 }
 
 SetText setText(const FlatText& flat, std::optional<int> lineLimit, std::optional<int> width,
                 std::optional<double> height, PangoContext* context, PictureLibrary& pictures) {
+    const int wanted = std::clamp(lineLimit.value_or(mostLines), 1, mostLines);
     SetText set;
     for (const Paragraph& paragraph : paragraphs(flat.text)) {
+        // One line more than is wanted shows that there is more.
+        if (set.lines.size() > static_cast<std::size_t>(wanted)) break;
         Layout layout = makeLayout(context, flat, paragraph.begin, paragraph.end, {}, width, pictures);
+        pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);
+        pango_layout_set_height(layout.get(), -(wanted + 1));
         for (GSList* node = pango_layout_get_lines_readonly(layout.get()); node != nullptr;
              node = node->next) {
             set.lines.push_back(makeLine(static_cast<PangoLayoutLine*>(node->data), flat, paragraph.begin,
@@ -261,7 +293,7 @@ SetText setText(const FlatText& flat, std::optional<int> lineLimit, std::optiona
         }
         set.layouts.push_back(std::move(layout));
     }
-    const std::size_t allowed = allowedLines(set.lines, lineLimit, height);
+    const std::size_t allowed = allowedLines(set.lines, wanted, height);
     if (allowed < set.lines.size()) {
         const bool isParagraphsLast = set.lines[allowed].paragraphEnd != set.lines[allowed - 1].paragraphEnd;
         set.lines.resize(allowed);
@@ -272,7 +304,14 @@ SetText setText(const FlatText& flat, std::optional<int> lineLimit, std::optiona
 
 double roundedUp(double points, double scale) { return std::ceil(points * scale - 1e-6) / scale; }
 
-TextMeasure measured(const SetText& set, double scale) {
+/// No wider than was proposed where it fits, although rounded up: more would fit there.
+double boxWidth(double width, std::optional<double> proposed, double scale) {
+    const double rounded = roundedUp(width, scale);
+    constexpr double lost = 1e-5;
+    return proposed && width <= *proposed + lost ? std::min(rounded, *proposed) : rounded;
+}
+
+TextMeasure measured(const SetText& set, std::optional<double> proposedWidth, double scale) {
     TextMeasure measure;
     measure.lines = static_cast<int>(set.lines.size());
     double width = 0.0;
@@ -283,7 +322,7 @@ TextMeasure measured(const SetText& set, double scale) {
         height += line.height();
     }
     measure.firstBaseline = set.lines.front().ascent;
-    measure.size = {.width = roundedUp(width, scale), .height = roundedUp(height, scale)};
+    measure.size = {.width = boxWidth(width, proposedWidth, scale), .height = roundedUp(height, scale)};
     return measure;
 }
 
@@ -332,7 +371,7 @@ TextMeasure TextSetter::measure(const std::vector<TextRun>& runs, std::optional<
     if (const auto known = measures_.find(key); known != measures_.end()) return known->second;
 
     const TextMeasure answer = measured(
-        setText(flatten(runs), lineLimit, lineWidth(width), height, context_.get(), pictures_), scale);
+        setText(flatten(runs), lineLimit, lineWidth(width), height, context_.get(), pictures_), width, scale);
     if (measures_.size() >= rememberedMeasures) measures_.clear();
     measures_.emplace(key, answer);
     return answer;
