@@ -167,9 +167,10 @@ TEST(ViewJson, ThatIsWrongSaysWhere) {
 }
 
 std::string deep(int levels) {
-    std::string json = R"({"type":"divider"})";
-    for (int i = 1; i < levels; ++i) json = R"({"type":"opacity","content":)" + json + "}";
-    return json;
+    std::string json;
+    for (int i = 1; i < levels; ++i) json += R"({"type":"opacity","content":)";
+    json += R"({"type":"divider"})";
+    return json.append(static_cast<std::size_t>(levels - 1), '}');
 }
 
 std::string wide(int nodes) {
