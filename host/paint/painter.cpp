@@ -34,7 +34,9 @@ constexpr std::size_t keptSurfaces = 4;
 
 /// Both corners on the nearest pixel, ties up.
 Rect snapped(const Rect& frame, double scale) {
-    const auto snap = [&](double position) { return std::floor(position * scale + 0.5) / scale; };
+    // Sums of thirds of a point miss a pixel's middle by a hair; a line of one pixel must not vanish for it.
+    constexpr double hair = 1e-6;
+    const auto snap = [&](double position) { return std::floor(position * scale + 0.5 + hair) / scale; };
     const double x = snap(frame.x);
     const double y = snap(frame.y);
     return {
