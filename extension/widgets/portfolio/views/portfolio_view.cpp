@@ -70,7 +70,7 @@ View PortfolioMediumView::body() const {
     for (std::size_t index = 0; index < portfolioWidgetVM.size(); ++index) {
         const PortfolioWidgetVM& row = portfolioWidgetVM[index];
         if (!row.isTrailing) endLine();
-        if (row.isTrailing) line.push_back(Spacer(12.0));
+        if (row.isTrailing) line.push_back(Spacer(6.0));
         line.push_back(StaticticsView{.portfolioWidgetVM = row,
                                       .pwTimelineEntry = pwTimelineEntry,
                                       .isCompact = isCompact,
@@ -79,7 +79,7 @@ View PortfolioMediumView::body() const {
         endLine();
     }
     endLine();
-    return VStack({.alignment = HorizontalAlignment::leading, .spacing = 6.0}, std::move(lines)).padding(5.0);
+    return VStack({.alignment = HorizontalAlignment::leading, .spacing = 7.0}, std::move(lines)).padding(5.0);
 }
 
 View PortfolioCompactView::body() const {

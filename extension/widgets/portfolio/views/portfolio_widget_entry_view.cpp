@@ -10,6 +10,8 @@ using namespace platform;
 View PortfolioWidgetView::body(const EnvironmentValues& environment) const {
     const bool isCompact = environment.widgetFamily == WidgetFamily::systemSmall;
     const double margin = isCompact ? 9.0 : 12.0;
+    // Sideways amounts need all the room there is: a crore with its percentage is wide.
+    const double side = isCompact ? margin : 7.0;
     switch (pwTimelineEntry.apiError) {
         case PWAPIError::success:
             return PortfolioView{.pwTimelineEntry = pwTimelineEntry, .isCompact = isCompact}.body().padding(
