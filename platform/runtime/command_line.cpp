@@ -1,0 +1,61 @@
+#include "platform/runtime/command_line.h"
+
+#include <array>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace platform {
+namespace {
+
+struct CommonOption {
+    std::string_view name;
+    std::optional<std::string> ProcessOptions::* value;
+};
+
+constexpr std::array commonOptions{
+    CommonOption{"--data-dir", &ProcessOptions::dataDirectory},
+    CommonOption{"--info-plist", &ProcessOptions::infoPlist},
+    CommonOption{"--now", &ProcessOptions::now},
+    CommonOption{"--os-version", &ProcessOptions::osVersion},
+    CommonOption{"--locale", &ProcessOptions::locale},
+    CommonOption{"--time-zone", &ProcessOptions::timeZone},
+};
+
+const CommonOption* commonOption(std::string_view name) {
+    for (const CommonOption& option : commonOptions) {
+        if (option.name == name) return &option;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+Result<ProcessOptions> takeProcessOptions(std::vector<std::string>& arguments) {
+    ProcessOptions options;
+    std::vector<std::string> rest;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string& argument = arguments[i];
+        if (argument == "--") {
+            rest.insert(rest.end(), arguments.begin() + static_cast<std::ptrdiff_t>(i), arguments.end());
+            break;
+        }
+        const std::size_t equals = argument.find('=');
+        const CommonOption* option = commonOption(std::string_view(argument).substr(0, equals));
+        if (argument == "--verbose") {
+            options.isVerbose = true;
+        } else if (option == nullptr) {
+            rest.push_back(std::move(argument));
+        } else if (equals != std::string::npos) {
+            options.*(option->value) = argument.substr(equals + 1);
+        } else if (i + 1 < arguments.size()) {
+            options.*(option->value) = std::move(arguments[++i]);
+        } else {
+            return failure("UsageError", 2, argument + " needs a value");
+        }
+    }
+    arguments = std::move(rest);
+    return options;
+}
+
+}  // namespace platform
