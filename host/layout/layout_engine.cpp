@@ -426,7 +426,8 @@ private:
         const auto priority = [&](std::size_t position) { return nodes_[node.items[position]].priority; };
         std::vector<std::size_t> order(node.items.size());
         std::iota(order.begin(), order.end(), 0U);
-        std::ranges::stable_sort(order, std::greater<>(), priority);
+        std::ranges::sort(order, {},
+                          [&](std::size_t position) { return std::pair(-priority(position), position); });
 
         const std::vector<double>& gaps = gapsOf(node, axis);
         double available = std::accumulate(gaps.begin(), gaps.end(), *length, std::minus<>());
@@ -464,7 +465,8 @@ private:
             const double shortest = probe(item, axis, 0.0, breadth);
             flexibilities.emplace_back(std::isinf(longest) ? infinity : longest - shortest, position);
         }
-        std::ranges::stable_sort(flexibilities, {}, &std::pair<double, std::size_t>::first);
+        // Equally flexible ones keep their order.
+        std::ranges::sort(flexibilities);
         std::ranges::transform(flexibilities, positions.begin(), &std::pair<double, std::size_t>::second);
     }
 
