@@ -4,6 +4,7 @@
 
 #include <concepts>
 #include <optional>
+#include <type_traits>
 #include <vector>
 #include "platform/view/view.h"
 
