@@ -1,0 +1,41 @@
+#pragma once
+
+// One story, ready to be shown.
+
+#include <functional>
+#include <optional>
+#include <string>
+#include "extension/widgets/news/model/news_data_model.h"
+#include "platform/base/bytes.h"
+#include "platform/base/uuid.h"
+#include "platform/url/url.h"
+
+namespace extension {
+
+struct NewsUIVM {
+    /// Fresh with every conversion, so that the same story twice is two items.
+    platform::UUID id;
+    std::string thumbnailUrl;
+    std::string headline;
+    /// Text, not yet known to be an address: a share URL goes in as it came.
+    std::string deeplink;
+    /// Name of the badge's picture asset.
+    std::optional<std::string> storyTypeIncon;
+    /// The picture's bytes as they came, a picture or not.
+    std::optional<platform::Bytes> thumbnailData;
+    bool isLive = false;
+
+    bool operator==(const NewsUIVM&) const = default;
+};
+
+/// Reads what stands at an address, now; nothing when that fails.
+using ThumbnailReader = std::function<std::optional<platform::Bytes>(const platform::URL&)>;
+
+/// Asks `readThumbnail` for the picture when the story names an address.
+NewsUIVM makeNewsUIVM(const NewsDetails& story, platform::IdSource& ids,
+                      const ThumbnailReader& readThumbnail);
+
+/// The link into the phone app: "brightledgerwidget://news/?url=...&articleType=...&storyId=...&isArticle=1".
+std::string storyLink(const NewsDetails& story);
+
+}  // namespace extension

@@ -1,0 +1,36 @@
+#include "extension/widgets/news/timeline/news_provider.h"
+
+#include <memory>
+#include <optional>
+#include <utility>
+#include "platform/base/fatal.h"
+
+namespace extension {
+
+using platform::Timeline;
+using platform::TimelineReloadPolicy;
+
+NewsTimelineEntry NewsProvider::placeholder(const platform::TimelineProviderContext&) {
+    NewsTimelineEntry empty(runtime_, {}, false);
+    newsViewModel_.fetchNews(std::make_shared<NewsEntryHolder>(empty));
+    return empty;
+}
+
+void NewsProvider::getSnapshot(const platform::TimelineProviderContext&,
+                               std::function<void(NewsTimelineEntry)> completion) {
+    newsViewModel_.fetchEntry(std::move(completion));
+}
+
+void NewsProvider::getTimeline(const platform::TimelineProviderContext&,
+                               std::function<void(Timeline<NewsTimelineEntry>)> completion) {
+    const auto nextUpdate = runtime_.calendar().dateByAddingSeconds(30, runtime_.now());
+    if (!nextUpdate) platform::fatalError("the calendar cannot add 30 seconds to now");
+    newsViewModel_.fetchList(
+        [&runtime = runtime_, policy = TimelineReloadPolicy::after(*nextUpdate),
+         completion = std::move(completion)](std::vector<NewsUIVM> stories, bool isSuccess) {
+            completion(Timeline<NewsTimelineEntry>{
+                {NewsTimelineEntry(runtime, std::move(stories), isSuccess)}, policy});
+        });
+}
+
+}  // namespace extension

@@ -1,0 +1,36 @@
+#pragma once
+
+// The News widget's timelines: always from the network, one entry each.
+
+#include <functional>
+#include "extension/widgets/news/model/news_timeline_entry.h"
+#include "extension/widgets/news/timeline/news_view_model.h"
+#include "platform/runtime/runtime.h"
+#include "platform/widget/timeline.h"
+
+namespace extension {
+
+class NewsProvider {
+public:
+    using Entry = NewsTimelineEntry;
+
+    /// `runtime` must outlive the provider and its fetches.
+    explicit NewsProvider(const platform::Runtime& runtime) : runtime_(runtime), newsViewModel_(runtime) {}
+
+    /// Always the empty entry, at once; the answer of the request that it starts is not used.
+    NewsTimelineEntry placeholder(const platform::TimelineProviderContext& context);
+
+    void getSnapshot(const platform::TimelineProviderContext& context,
+                     std::function<void(NewsTimelineEntry)> completion);
+
+    /// Wants to be asked again 30 seconds after the call, whatever comes. Fatal when the calendar cannot
+    /// tell that moment.
+    void getTimeline(const platform::TimelineProviderContext& context,
+                     std::function<void(platform::Timeline<NewsTimelineEntry>)> completion);
+
+private:
+    const platform::Runtime& runtime_;
+    NewsViewModel newsViewModel_;
+};
+
+}  // namespace extension

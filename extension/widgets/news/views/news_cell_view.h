@@ -1,0 +1,39 @@
+#pragma once
+
+// One story of the News widget.
+
+#include "extension/widgets/news/model/news_timeline_entry.h"
+#include "platform/view/view.h"
+
+namespace extension {
+
+/// Picture, headline, and the line that parts it from the next story.
+struct NewsCellView {
+    const NewsUIVM& story;
+    const NewsTimelineEntry& entry;
+    bool isCompact = false;
+    bool isLast = false;
+
+    platform::View body() const;
+};
+
+/// The story's picture, or the asset "Placeholder" at the same size, with the badge of its type. Its width
+/// is fixed; it is as high as 3:2 asks, or as there is room.
+struct ThumbnailView {
+    const NewsUIVM& story;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
+
+/// Two lines compact, three full, which are never given up for want of room. A live story's text has no
+/// limit, and is cut to the room there is.
+struct HeadlineTextView {
+    const NewsUIVM& story;
+    const NewsTimelineEntry& entry;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
+
+}  // namespace extension
