@@ -1,0 +1,175 @@
+#include "extension/theme/palette.h"
+
+#include <gtest/gtest.h>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+#include <string>
+#include "extension/theme/hex_codec.h"
+
+namespace extension {
+namespace {
+
+using platform::Bytes;
+using platform::Color;
+using platform::PropertyList;
+
+const PaletteColor& named(std::string_view name) {
+    for (const PaletteColor& color : palette()) {
+        if (color.name == name) return color;
+    }
+    throw std::runtime_error("no colour " + std::string(name));
+}
+
+/// The contrast of two opaque colours by their relative luminance, from 1 to 21.
+double contrast(const Color& a, const Color& b) {
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    const auto luminance = [&](const Color& color) {
+        return 0.2126 * linear(color.red()) + 0.7152 * linear(color.green()) + 0.0722 * linear(color.blue());
+    };
+    const double first = luminance(a) + 0.05;
+    const double second = luminance(b) + 0.05;
+    return std::max(first, second) / std::min(first, second);
+}
+
+TEST(Palette, Has211ColoursThatAllHaveAValueInBothThemes) {
+    EXPECT_EQ(palette().size(), 211U);
+    std::set<std::string_view> names;
+    for (const auto& [name, dark, light] : palette()) {
+        EXPECT_TRUE(names.insert(name).second) << name;
+        // A hex text with a slip would be gray, which has two components.
+        EXPECT_EQ(dark.components().size(), 4U) << name;
+        EXPECT_EQ(light.components().size(), 4U) << name;
+    }
+}
+
+TEST(Palette, TheColoursOfTheWidgetsHaveTheirGivenValues) {
+    const struct {
+        const char* name;
+        const char* dark;
+        const char* light;
+    } cases[] = {
+        {"textColor", "#FFFFFF", "#000000"},
+        {"secondaryTextColor", "#B4B4B4", "#000000"},
+        {"backgroundColor", "#1A1A22", "#FFFFFF"},
+        {"secondaryBackgroundColor", "#000000", "#FAFAFA"},
+        {"positiveDirectionColor", "#2DC300", "#369614"},
+        {"negativeDirectionColor", "#FF3100", "#D13B47"},
+    };
+    std::size_t position = 0;
+    for (const auto& [name, dark, light] : cases) {
+        EXPECT_EQ(palette()[position].name, name);
+        EXPECT_EQ(hexString(palette()[position].dark), dark) << name;
+        EXPECT_EQ(hexString(palette()[position].light), light) << name;
+        ++position;
+    }
+}
+
+TEST(Palette, TextsAreLegibleOnWhatTheyStandOn) {
+    const std::pair<const char*, const char*> pairs[] = {
+        {"headlineTextColor", "backgroundColor"},
+        {"bodyTextColor", "cardBackgroundColor"},
+        {"captionTextColor", "elevatedCardBackgroundColor"},
+        {"placeholderTextColor", "textFieldBackgroundColor"},
+        {"linkTextColor", "backgroundColor"},
+        {"visitedLinkTextColor", "backgroundColor"},
+        {"errorTextColor", "errorBannerBackgroundColor"},
+        {"warningTextColor", "warningBannerBackgroundColor"},
+        {"successTextColor", "successBannerBackgroundColor"},
+        {"linkTextColor", "infoBannerBackgroundColor"},
+        {"timestampTextColor", "backgroundColor"},
+        {"highlightedTextColor", "backgroundColor"},
+        {"uiControlTextColor", "uiControlBackgroundColor"},
+        {"uiControlTextColor", "uiControlUnselectedBackgroundColor"},
+        {"toastTextColor", "toastBackgroundColor"},
+        {"tooltipTextColor", "tooltipBackgroundColor"},
+        {"navigationBarTitleColor", "navigationBarBackgroundColor"},
+        {"navigationBarTintColor", "navigationBarBackgroundColor"},
+        {"tabBarSelectedItemColor", "tabBarBackgroundColor"},
+        {"tabBarUnselectedItemColor", "tabBarBackgroundColor"},
+        {"segmentTextColor", "segmentBackgroundColor"},
+        {"segmentSelectedTextColor", "segmentSelectedBackgroundColor"},
+        {"searchBarTextColor", "searchBarBackgroundColor"},
+        {"searchBarPlaceholderColor", "searchBarBackgroundColor"},
+        {"sideMenuTextColor", "sideMenuSelectedBackgroundColor"},
+        {"buttonTextColor", "buttonBackgroundColor"},
+        {"buttonTextColor", "buttonPressedBackgroundColor"},
+        {"secondaryButtonTextColor", "secondaryButtonBackgroundColor"},
+        {"outlineButtonTextColor", "backgroundColor"},
+        {"destructiveButtonTextColor", "destructiveButtonBackgroundColor"},
+        {"buyButtonTextColor", "buyButtonBackgroundColor"},
+        {"sellButtonTextColor", "sellButtonBackgroundColor"},
+        {"premiumButtonTextColor", "premiumButtonBackgroundColor"},
+        {"textFieldTextColor", "textFieldBackgroundColor"},
+        {"textFieldLabelColor", "backgroundColor"},
+        {"neutralDirectionColor", "neutralDirectionBackgroundColor"},
+        {"marketOpenColor", "backgroundColor"},
+        {"marketClosedColor", "backgroundColor"},
+        {"marketPreOpenColor", "backgroundColor"},
+        {"marketHolidayColor", "backgroundColor"},
+        {"upperCircuitColor", "backgroundColor"},
+        {"lowerCircuitColor", "backgroundColor"},
+        {"fiftyTwoWeekHighColor", "backgroundColor"},
+        {"fiftyTwoWeekLowColor", "backgroundColor"},
+        {"watchlistHeaderTextColor", "watchlistHeaderBackgroundColor"},
+        {"watchlistSymbolColor", "watchlistAlternateRowBackgroundColor"},
+        {"watchlistCompanyNameColor", "watchlistAlternateRowBackgroundColor"},
+        {"chartAxisLabelColor", "chartBackgroundColor"},
+        {"chartCrosshairLabelTextColor", "chartCrosshairLabelBackgroundColor"},
+        {"portfolioNetWorthTextColor", "portfolioHeaderBackgroundColor"},
+        {"portfolioGainColor", "portfolioRowBackgroundColor"},
+        {"portfolioLossColor", "portfolioRowBackgroundColor"},
+        {"portfolioRowTextColor", "portfolioRowBackgroundColor"},
+        {"portfolioRowLabelColor", "portfolioRowBackgroundColor"},
+        {"newsHeadlineColor", "backgroundColor"},
+        {"newsHeadlineColor", "newsBreakingBackgroundColor"},
+        {"newsReadHeadlineColor", "backgroundColor"},
+        {"newsSummaryTextColor", "backgroundColor"},
+        {"newsCategoryTextColor", "backgroundColor"},
+        {"newsBylineColor", "backgroundColor"},
+        {"newsLiveBadgeTextColor", "newsLiveBadgeBackgroundColor"},
+        {"newsPremiumBadgeColor", "backgroundColor"},
+        {"badgeTextColor", "badgeBackgroundColor"},
+        {"futureExpiryTextColor", "backgroundColor"},
+    };
+    for (const auto& [text, ground] : pairs) {
+        EXPECT_GE(contrast(named(text).dark, named(ground).dark), 4.5) << text << " on dark " << ground;
+        EXPECT_GE(contrast(named(text).light, named(ground).light), 4.5) << text << " on light " << ground;
+    }
+}
+
+TEST(ColorRecord, KeepsEveryBitAndTheNumberOfComponents) {
+    for (const Color& color :
+         {Color::rgb(0.212, 1.0 / 3.0, std::nextafter(0.5, 1.0), 0.1), Color::rgb(-0.0, 2.0, 1e-300),
+          Color::gray(), Color::white(0.1, 0.7), Color()}) {
+        const auto decoded = decodedColor(encodedColor(color));
+        ASSERT_TRUE(decoded);
+        EXPECT_EQ(*decoded, color);
+        EXPECT_EQ(decoded->components().size(), color.components().size());
+    }
+}
+
+TEST(ColorRecord, IsNothingWhenItIsNoRecord) {
+    const std::string gray(encodedColor(Color::gray()).data()->view());
+    const std::string notANumber(encodedColor(Color::white(std::nan(""), 1.0)).data()->view());
+    const struct {
+        const char* name;
+        std::optional<PropertyList> value;
+    } cases[] = {
+        {"absent", std::nullopt},
+        {"a text", PropertyList("#FFFFFF")},
+        {"a number", PropertyList(0.5)},
+        {"one component", PropertyList(Bytes(gray.substr(0, 8)))},
+        {"three components", PropertyList(Bytes(gray + gray.substr(0, 8)))},
+        {"six components", PropertyList(Bytes(gray + gray + gray))},
+        {"a byte short", PropertyList(Bytes(gray.substr(1)))},
+        {"not a number", PropertyList(Bytes(notANumber))},
+    };
+    for (const auto& [name, value] : cases) EXPECT_FALSE(decodedColor(value)) << name;
+}
+
+}  // namespace
+}  // namespace extension

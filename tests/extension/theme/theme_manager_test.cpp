@@ -1,0 +1,272 @@
+#include "extension/theme/theme_manager.h"
+
+#include <gtest/gtest.h>
+#include <atomic>
+#include <fstream>
+#include <set>
+#include <thread>
+#include "extension/app/settings/key_constants.h"
+#include "extension/theme/direction_color.h"
+#include "extension/theme/entry_theme.h"
+#include "extension/theme/hex_codec.h"
+#include "extension/theme/palette.h"
+#include "tests/support/test_runtime.h"
+
+namespace extension {
+namespace {
+
+using platform::Color;
+using platform::PropertyList;
+using tests::TestRuntime;
+
+/// A phone of its own.
+struct Phone {
+    explicit Phone(const tests::TestRuntimeOptions& options = {}) : runtime(options) {}
+
+    std::optional<PropertyList> stored(std::string_view key) const {
+        return sharedDefaults(runtime).value()->object(key).value();
+    }
+    void store(std::string_view key, const PropertyList& value) const {
+        ASSERT_TRUE(sharedDefaults(runtime).value()->set(key, value));
+    }
+
+    TestRuntime runtime;
+    ProcessState state{runtime};
+    ThemeService themes{state};
+};
+
+TEST(ThemeManager, AnEmptyStoreIsDarkAndAllItsColoursAreGray) {
+    Phone phone;
+    EXPECT_EQ(phone.themes.selectedThemeType(), 0);
+    EXPECT_EQ(phone.themes.displayThemeKey(), "dark");
+    EXPECT_TRUE(isDarkTheme(phone.runtime));
+    for (const auto& [name, color] : phone.themes.currentTheme()->colors())
+        EXPECT_EQ(color, Color::gray()) << name;
+}
+
+TEST(ThemeManager, EveryChoiceIsStoredAndShownAsItsNumberSays) {
+    const struct {
+        std::int64_t chosen;
+        std::int64_t stored;
+        std::int64_t selected;
+        std::int64_t display;
+        std::int64_t final;
+        const char* key;
+        const char* picked;
+        bool isDarkEntry;
+    } cases[] = {
+        {0, 0, 0, 0, 0, "dark", "#111111", true},
+        {1, 1, 1, 1, 1, "light", "#EEEEEE", false},
+        // Noon in India.
+        {2, 2, 2, 1, 1, "light", "#EEEEEE", false},
+        {3, 3, 3, 0, 3, "dark", "#EEEEEE", false},
+        {4, 0, 0, 0, 0, "dark", "#111111", true},
+        {7, 0, 0, 0, 0, "dark", "#111111", true},
+        {std::numeric_limits<std::int64_t>::max(), 0, 0, 0, 0, "dark", "#111111", true},
+        {-1, -1, 0, 0, 0, "dark", "#111111", true},
+    };
+    for (const auto& expected : cases) {
+        Phone phone;
+        phone.themes.setSelectedThemeType(expected.chosen);
+        EXPECT_EQ(phone.stored("ThemeType"), PropertyList(expected.stored)) << expected.chosen;
+        EXPECT_EQ(phone.themes.selectedThemeType(), expected.selected) << expected.chosen;
+        EXPECT_EQ(phone.themes.displayTheme(), expected.display) << expected.chosen;
+        EXPECT_EQ(phone.themes.finalSelectedThemeType(), expected.final) << expected.chosen;
+        EXPECT_EQ(phone.themes.displayThemeKey(), expected.key) << expected.chosen;
+        EXPECT_EQ(hexString(phone.themes.themeColor("#111111", "#EEEEEE")), expected.picked)
+            << expected.chosen;
+        EXPECT_EQ(isDarkTheme(phone.runtime), expected.isDarkEntry) << expected.chosen;
+    }
+}
+
+TEST(ThemeManager, AStoredChoiceOfAnyOtherTypeOrRangeReadsAsDark) {
+    for (const PropertyList& value :
+         {PropertyList(4), PropertyList(-2), PropertyList(1'000'000), PropertyList("abc"),
+          PropertyList(PropertyList::Array{PropertyList(1)}), PropertyList(platform::Bytes("1"))}) {
+        Phone phone;
+        phone.store("ThemeType", value);
+        EXPECT_EQ(phone.themes.selectedThemeType(), 0);
+        EXPECT_TRUE(isDarkTheme(phone.runtime));
+    }
+    // The platform reads a text as the number that it begins with, and cuts a real number.
+    Phone phone;
+    phone.store("ThemeType", "1");
+    EXPECT_EQ(phone.themes.selectedThemeType(), 1);
+    phone.store("ThemeType", 1.9);
+    EXPECT_EQ(phone.themes.selectedThemeType(), 1);
+}
+
+TEST(ThemeManager, TheAutomaticThemeIsLightByDayInIndiaWhateverTheDevicesZone) {
+    const struct {
+        const char* now;
+        std::int64_t theme;
+    } cases[] = {
+        {"2026-11-22T01:29:59.000Z", 0},     // 06:59:59
+        {"2026-11-22T01:29:59.999999Z", 0},  // a moment before seven
+        {"2026-11-22T01:30:00.000Z", 1},     // 07:00:00
+        {"2026-11-22T06:30:00.000Z", 1},     // noon
+        {"2026-11-22T13:30:00.000Z", 1},     // 19:00:00
+        {"2026-11-22T13:30:00.000001Z", 0},  // a moment after seven
+        {"2026-11-22T13:30:01.000Z", 0},     // 19:00:01
+        {"2026-11-22T18:30:00.000Z", 0},     // the next day begins in India
+        {"2026-11-22T20:00:00.000Z", 0},     // 01:30 there, still evening in the west
+        {"2026-12-31T23:00:00.000Z", 0},     // 04:30 of another year
+    };
+    for (const char* zone : {"Asia/Kolkata", "America/Los_Angeles", "Pacific/Kiritimati", "No/Zone"}) {
+        for (const auto& [now, theme] : cases) {
+            Phone phone({.now = now, .timeZone = {zone}});
+            phone.store("ThemeType", 2);
+            EXPECT_EQ(phone.themes.themeForAutoMode(), theme) << now << " " << zone;
+            EXPECT_EQ(phone.themes.displayTheme(), theme) << now << " " << zone;
+            EXPECT_EQ(phone.themes.displayThemeKey(), theme == 1 ? "light" : "dark") << now << " " << zone;
+            EXPECT_EQ(isDarkTheme(phone.runtime), theme == 0) << now << " " << zone;
+        }
+    }
+}
+
+TEST(ThemeManager, ApplyingWritesThePaletteAndReplacesTheCurrentTheme) {
+    Phone phone;
+    const auto before = phone.themes.currentTheme();
+    phone.themes.setSelectedThemeType(1);
+    EXPECT_NE(phone.themes.currentTheme(), before);
+    EXPECT_EQ(before->textColor(), Color::gray());
+
+    const auto light = phone.themes.currentTheme();
+    for (const PaletteColor& color : palette()) {
+        EXPECT_EQ(light->color(color.name), color.light) << color.name;
+        EXPECT_EQ(decodedColor(phone.stored(color.name)), color.light) << color.name;
+    }
+    EXPECT_EQ(light->refreshControlColor(), light->color("refreshControlColor"));
+    EXPECT_EQ(light->color("noSuchColor"), std::nullopt);
+    EXPECT_EQ(phone.stored("AutoThemeType"), std::nullopt);
+}
+
+TEST(ThemeManager, AutomaticStoresItsResultAndThreeLeavesThePaletteAlone) {
+    Phone phone({.now = "2026-11-22T13:30:01Z"});
+    phone.themes.setSelectedThemeType(1);
+    phone.themes.setSelectedThemeType(2);
+    EXPECT_EQ(phone.stored("AutoThemeType"), PropertyList(0));
+    EXPECT_EQ(hexString(phone.themes.currentTheme()->backgroundColor()), "#1A1A22");
+
+    phone.themes.setSelectedThemeType(3);
+    EXPECT_EQ(phone.stored("ThemeType"), PropertyList(3));
+    EXPECT_EQ(hexString(phone.themes.currentTheme()->backgroundColor()), "#1A1A22");
+}
+
+TEST(ThemeManager, TheFirstDefaultIsDarkAndALaterOneAppliesTheChoiceAgain) {
+    Phone phone({.now = "2026-11-22T13:30:00Z"});
+    phone.themes.setDefaultThemeIfNotSet();
+    EXPECT_EQ(phone.stored("ThemeType"), PropertyList(0));
+    EXPECT_EQ(phone.stored("IsThemeTypeSet"), PropertyList(true));
+    EXPECT_EQ(hexString(phone.themes.currentTheme()->textColor()), "#FFFFFF");
+
+    phone.themes.setSelectedThemeType(2);
+    EXPECT_EQ(phone.stored("AutoThemeType"), PropertyList(1));
+    // Night falls.
+    phone.runtime.clock().set(*platform::parseInstant("2026-11-22T13:30:01Z"), 0.0);
+    phone.themes.setDefaultThemeIfNotSet();
+    EXPECT_EQ(phone.stored("ThemeType"), PropertyList(2));
+    EXPECT_EQ(phone.stored("AutoThemeType"), PropertyList(0));
+    EXPECT_EQ(hexString(phone.themes.currentTheme()->textColor()), "#FFFFFF");
+}
+
+TEST(ThemeManager, AnotherProcessSeesTheNewPaletteWholeOrTheOldOne) {
+    Phone writer;
+    writer.themes.setSelectedThemeType(0);
+    const TestRuntime reader({.dataDirectory = writer.runtime.dataDirectory()});
+
+    std::atomic isDone = false;
+    std::thread writing([&] {
+        for (std::int64_t turn = 0; turn < 30; ++turn) writer.themes.setSelectedThemeType(turn % 2);
+        isDone = true;
+    });
+    std::set<std::pair<std::string, std::string>> seen;
+    while (!isDone) {
+        const Theme theme(reader);
+        seen.emplace(hexString(theme.textColor()), hexString(theme.emptyStateIconColor()));
+    }
+    writing.join();
+    for (const auto& [first, last] : seen) {
+        EXPECT_TRUE((first == "#FFFFFF" && last == "#6F7280") || (first == "#000000" && last == "#9AA0AE"))
+            << first << " with " << last;
+    }
+}
+
+TEST(ThemeManager, ThreadsMayReadWhileOthersApply) {
+    Phone phone;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 3; ++thread) {
+        threads.emplace_back([&phone, thread] {
+            for (int i = 0; i < 10; ++i) {
+                if (thread == 0) phone.themes.setSelectedThemeType(i % 2);
+                ASSERT_NE(phone.themes.currentTheme(), nullptr);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(hexString(phone.themes.currentTheme()->textColor()), "#000000");
+}
+
+TEST(ThemeManager, ARequestForReloadsIsKeptInTheStore) {
+    Phone phone;
+    EXPECT_FALSE(phone.themes.reloadsWidgets());
+    phone.themes.setReloadsWidgets(true);
+    EXPECT_TRUE(phone.themes.reloadsWidgets());
+    EXPECT_EQ(phone.stored("reloadWidgetOnThemeChange"), PropertyList(true));
+    phone.themes.setReloadsWidgets(false);
+    EXPECT_FALSE(phone.themes.reloadsWidgets());
+}
+
+TEST(ThemeManager, AStoreThatCannotBeOpenedIsDarkWithGrayColours) {
+    Phone phone;
+    std::ofstream(platform::storeFile(phone.runtime.dataDirectory(), keys::GROUP_TODAY_EXTENSION))
+        << std::string(8192, 'x');
+    phone.themes.setSelectedThemeType(1);
+    phone.themes.setDefaultThemeIfNotSet();
+    phone.themes.setReloadsWidgets(true);
+    EXPECT_EQ(phone.themes.selectedThemeType(), 0);
+    EXPECT_FALSE(phone.themes.reloadsWidgets());
+    EXPECT_TRUE(isDarkTheme(phone.runtime));
+    EXPECT_EQ(phone.themes.currentTheme()->textColor(), Color::gray());
+}
+
+TEST(DirectionColor, ComparesTheCodeExactly) {
+    Phone phone;
+    phone.themes.setSelectedThemeType(0);
+    const Theme theme(phone.runtime);
+    const struct {
+        const char* code;
+        const char* color;
+    } cases[] = {
+        {"1", "#2DC300"},      {"+1", "#2DC300"},   {"OPEN", "#2DC300"},  {"-1", "#FF3100"},
+        {"CLOSED", "#FF3100"}, {"PRE", "#FF9D00"},  {"AFTER", "#FF9D00"}, {"0", "#FFFFFF"},
+        {"", "#FFFFFF"},       {"2", "#FFFFFF"},    {"open", "#FFFFFF"},  {" 1", "#FFFFFF"},
+        {"1.0", "#FFFFFF"},    {"PRE ", "#FFFFFF"},
+    };
+    for (const auto& [code, color] : cases)
+        EXPECT_EQ(hexString(getTheDirectionColor(code, theme)), color) << code;
+}
+
+/// Calls the class-level operations as the phone app does, in a process of their own; ends it with 0 when
+/// all answered well.
+[[noreturn]] void useTheProcessesOwn() {
+    const TestRuntime runtime;
+    runtime.makeCurrent();
+    ThemeManager::setCurrentSelectedThemeTypeWithType(ThemeManager::darkThemeIdentifier);
+    KeyConstants::setAppleEmailId("a@example.invalid");
+    // The published identifiers are the reverse of what the numbers look like.
+    const bool isRight = ThemeManager::getCurrentSelectedThemeType() == 1 &&
+                         ThemeManager::currentDisplayThemeKey() == "light" &&
+                         ThemeManager::currentTheme()->textColor() == Color::rgb(0.0, 0.0, 0.0) &&
+                         ThemeManager::currentTheme() == ThemeManager::currentTheme() &&
+                         getTheDirectionColor("0") == Color::rgb(0.0, 0.0, 0.0) &&
+                         KeyConstants::appleEmailId() == "a@example.invalid" && !KeyConstants::storylyURL();
+    std::exit(isRight ? 0 : 1);
+}
+
+TEST(ThemeManagerDeathTest, TheClassLevelOperationsShareTheProcesssState) {
+    EXPECT_EXIT(useTheProcessesOwn(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace extension
