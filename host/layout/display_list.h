@@ -38,6 +38,8 @@ struct TextItem {
     std::vector<platform::TextRun> runs;
     std::optional<int> lineLimit;
     int lines = 1;
+    /// Of several lines within the frame.
+    platform::HorizontalAlignment alignment = platform::HorizontalAlignment::leading;
 };
 /// An asset; or a picture's bytes when `bytes` are there. Layout has already put the fallback's name in
 /// place of bytes that are no picture.

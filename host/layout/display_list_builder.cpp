@@ -242,7 +242,10 @@ private:
 
     void draw(const LayoutNode& node, const node::Text& text, const Surroundings& surroundings) {
         if (options_.isRedacted) return drawBars(node, text, surroundings);
-        TextItem item{.runs = text.runs, .lineLimit = text.lineLimit, .lines = node.text.lines};
+        TextItem item{.runs = text.runs,
+                      .lineLimit = text.lineLimit,
+                      .lines = node.text.lines,
+                      .alignment = text.alignment};
         for (platform::TextRun& run : item.runs) {
             if (!run.color) run.color = surroundings.foreground.value_or(primaryColor(ground_));
         }

@@ -40,6 +40,8 @@ public:
         place(json);
         if (text.lineLimit) json["lineLimit"] = *text.lineLimit;
         json["lines"] = text.lines;
+        if (text.alignment == platform::HorizontalAlignment::center) json["alignment"] = "center";
+        if (text.alignment == platform::HorizontalAlignment::trailing) json["alignment"] = "trailing";
         Json& runs = json["runs"] = Json::array();
         for (const platform::TextRun& run : text.runs) runs.push_back(platform::textRunJson(run));
         return json;

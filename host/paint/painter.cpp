@@ -43,6 +43,21 @@ Rect snapped(const Rect& frame, double scale) {
         .x = x, .y = y, .width = snap(frame.x + frame.width) - x, .height = snap(frame.y + frame.height) - y};
 }
 
+/// Far beyond any widget, and well within what can be counted in fixed-point pixels.
+bool isCountable(const Rect& frame) {
+    constexpr double farthest = 1e6;
+    return std::ranges::all_of(std::array{frame.x, frame.y, frame.width, frame.height},
+                               [](double length) { return std::abs(length) <= farthest; });
+}
+
+/// Whether the item has its place among the pixels; what has not is not drawn.
+bool isCountable(const DisplayItem& item) {
+    const auto* stroke = std::get_if<StrokeItem>(&item.content);
+    const double lineWidth = stroke != nullptr ? stroke->lineWidth : 0.0;
+    return isCountable(item.frame) && isCountable({.x = 0.0, .y = 0.0, .width = lineWidth, .height = 0.0}) &&
+           std::ranges::all_of(item.clips, [](const Clip& clip) { return isCountable(clip.frame); });
+}
+
 void setColor(cairo_t* canvas, const platform::Color& color, double opacity) {
     cairo_set_source_rgba(canvas, color.red(), color.green(), color.blue(), color.alpha() * opacity);
 }
@@ -106,7 +121,7 @@ private:
                 if (depth == 0) break;
                 continue;
             }
-            addWithOverhang(*item);
+            if (isCountable(*item)) addWithOverhang(*item);
         }
         cairo_clip(canvas_);
         cairo_push_group(canvas_);
@@ -131,7 +146,7 @@ private:
     }
 
     void paint(const DisplayItem& item) {
-        if (item.ownOpacity <= 0.0) return;
+        if (item.ownOpacity <= 0.0 || !isCountable(item)) return;
         cairo_save(canvas_);
         for (const Clip& clip : item.clips) {
             addRoundedRectangle(canvas_, snapped(clip.frame, scale_), clip.cornerRadius, clip.style);
@@ -160,7 +175,7 @@ private:
         blended(item, [&] {
             cairo_translate(canvas_, frame.x, frame.y);
             // Broken at the width that was measured: rounding it could break a line anew.
-            text_.draw(canvas_, text.runs, text.lines, item.frame.width);
+            text_.draw(canvas_, text.runs, text.lines, item.frame.width, text.alignment);
         });
     }
 

@@ -358,6 +358,17 @@ std::string keyOf(const std::vector<TextRun>& runs, std::optional<int> lineLimit
     return key;
 }
 
+/// Where a line starts in a box of `width`.
+double placeOf(const SetLine& line, double width, platform::HorizontalAlignment alignment) {
+    const double room = std::max(width - line.width, 0.0);
+    switch (alignment) {
+        case platform::HorizontalAlignment::leading: return 0.0;
+        case platform::HorizontalAlignment::center: return room / 2.0;
+        case platform::HorizontalAlignment::trailing: return room;
+    }
+    return 0.0;
+}
+
 }  // namespace
 
 TextSetter::TextSetter(TextContext context, PictureLibrary& pictures)
@@ -385,12 +396,13 @@ FontMetrics TextSetter::metrics(const std::vector<TextRun>& runs) {
     return systemMetrics(size);
 }
 
-void TextSetter::draw(cairo_t* canvas, const std::vector<TextRun>& runs, int lines, double width) {
+void TextSetter::draw(cairo_t* canvas, const std::vector<TextRun>& runs, int lines, double width,
+                      platform::HorizontalAlignment alignment) {
     const FlatText flat = flatten(runs);
     const SetText set = setText(flat, lines, lineWidth(width), std::nullopt, context_.get(), pictures_);
     double top = 0.0;
     for (const SetLine& line : set.lines) {
-        cairo_move_to(canvas, 0.0, top + line.ascent);
+        cairo_move_to(canvas, placeOf(line, width, alignment), top + line.ascent);
         pango_cairo_show_layout_line(canvas, line.line);
         top += line.height();
     }

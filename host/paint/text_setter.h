@@ -28,9 +28,11 @@ public:
                         std::optional<double> width, std::optional<double> height, double scale);
     FontMetrics metrics(const std::vector<platform::TextRun>& runs);
 
-    /// Draws at most `lines` lines, broken within `width`, with the box's top left corner at the origin.
+    /// Draws at most `lines` lines, broken within `width`, with the box's top left corner at the origin
+    /// and each line placed within it.
     /// Runs without a colour are black.
-    void draw(cairo_t* canvas, const std::vector<platform::TextRun>& runs, int lines, double width);
+    void draw(cairo_t* canvas, const std::vector<platform::TextRun>& runs, int lines, double width,
+              platform::HorizontalAlignment alignment = platform::HorizontalAlignment::leading);
 
 private:
     static void drawInlinePicture(cairo_t* canvas, PangoAttrShape* shape, gboolean isPath, gpointer setter);

@@ -100,13 +100,19 @@ Text Text::lineLimit(int lines) const {
     return limited;
 }
 
+Text Text::multilineTextAlignment(HorizontalAlignment alignment) const {
+    Text aligned = *this;
+    aligned.alignment_ = alignment;
+    return aligned;
+}
+
 Text operator+(const Text& first, const Text& second) {
     Text joined = first;
     joined.runs_.insert(joined.runs_.end(), second.runs_.begin(), second.runs_.end());
     return joined;
 }
 
-View Text::body() const { return View(node::Text{runs_, lineLimit_}); }
+View Text::body() const { return View(node::Text{runs_, lineLimit_, alignment_}); }
 
 View Image(std::string assetName, ImageOptions options) {
     return View(node::Image{.name = std::move(assetName), .bytes = {}, .isResizable = options.isResizable});

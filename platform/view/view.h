@@ -106,6 +106,8 @@ struct Text {
     static constexpr std::string_view type = "text";
     std::vector<TextRun> runs = {};
     std::optional<int> lineLimit = std::nullopt;
+    /// Of several lines within their box, which is as wide as the longest of them.
+    HorizontalAlignment alignment = HorizontalAlignment::leading;
 };
 /// An asset by name; or bytes, with the name of an asset that is drawn when they are no picture.
 struct Image {
@@ -321,6 +323,7 @@ public:
 
     Text foregroundColor(const Color& color) const;
     Text lineLimit(int lines) const;
+    Text multilineTextAlignment(HorizontalAlignment alignment) const;
     friend Text operator+(const Text& first, const Text& second);
 
     View body() const;
@@ -329,6 +332,7 @@ private:
     Text() = default;
     std::vector<TextRun> runs_;
     std::optional<int> lineLimit_;
+    HorizontalAlignment alignment_ = HorizontalAlignment::leading;
 };
 
 struct ImageOptions {

@@ -108,6 +108,7 @@ public:
         Json& runs = json_["runs"] = Json::array();
         for (const TextRun& run : text.runs) runs.push_back(textRunJson(run));
         if (text.lineLimit) json_["lineLimit"] = *text.lineLimit;
+        if (text.alignment != HorizontalAlignment::leading) json_["alignment"] = caseName(text.alignment);
     }
     void operator()(const node::Image& image) const {
         if (!image.bytes) {
@@ -452,6 +453,7 @@ private:
     void read(const Json& json, node::ZStack& stack) { stack.alignment = alignment(json); }
     void read(const Json& json, node::Text& text) {
         text.lineLimit = wholeNumber(json, "lineLimit");
+        text.alignment = oneOf(json, "alignment", HorizontalAlignment::leading);
         const Json* runs = member(json, "runs");
         if (runs == nullptr || !runs->is_array()) return wrongMember("runs", "not a list");
         for (std::size_t i = 0; i < runs->size() && problem_.empty(); ++i) {

@@ -72,7 +72,8 @@ View PerchWidgetView::body(const EnvironmentValues& environment) const {
 
 View AddNoAssetsView::body() const {
     return platform::Text("Add stock or index of your choice by clicking the perch widget.",
-                          platform::Font::system(14));
+                          platform::Font::system(14))
+        .multilineTextAlignment(platform::HorizontalAlignment::center);
 }
 
 }  // namespace extension

@@ -15,9 +15,11 @@ constexpr FlexibleFrameSize wholeWidget{
 
 Color buttonColor() { return colorFromHexString("#28659D"); }
 
-/// Text centred in its place; a line of its own for each paragraph that we break by hand.
+/// Text whose lines are centred.
 View message(const char* text, double size, FontWeight weight, const Color& color) {
-    return Text(text, Font::system(size, weight)).foregroundColor(color);
+    return Text(text, Font::system(size, weight))
+        .foregroundColor(color)
+        .multilineTextAlignment(HorizontalAlignment::center);
 }
 
 }  // namespace

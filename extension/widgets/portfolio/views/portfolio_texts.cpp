@@ -13,7 +13,7 @@ View PWidgetRegularText::body() const {
 View PWidgetItemTitle::body() const {
     const Font face =
         isCompact ? Font::system(font - 2.0, FontWeight::regular) : Font::system(font, FontWeight::bold);
-    return Text(value, face).foregroundColor(color);
+    return Text(value, face).foregroundColor(color).multilineTextAlignment(HorizontalAlignment::center);
 }
 
 View PWidgetItemValue::body() const {
