@@ -1,0 +1,264 @@
+#include "extension/widgets/news/timeline/news_provider.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+#include "extension/app/settings/store_keys.h"
+#include "extension/theme/hex_codec.h"
+#include "platform/settings/keyed_archive.h"
+#include "platform/widget/widget.h"
+#include "tests/support/loopback_server.h"
+#include "tests/support/test_runtime.h"
+#include "tests/support/waiting.h"
+
+namespace extension {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+using platform::Bytes;
+using platform::PropertyList;
+using platform::TimelineReloadPolicy;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using tests::LoopbackServer;
+using tests::snapshotOf;
+using tests::TestRuntime;
+using tests::timelineOf;
+
+static_assert(platform::TimelineProvider<NewsProvider>);
+
+constexpr const char* rankingTarget = "/newsapi/app/get_news_ranking/main_home_page/allnews/?start=0&limit=5";
+
+std::string document(const std::vector<json>& stories) { return json{{"list", stories}}.dump(); }
+
+json story(const std::string& headline) { return {{"headline", headline}}; }
+
+NewsTimelineEntry entryOf(const TestRuntime& runtime) {
+    return timelineOf(NewsProvider(runtime)).entries.at(0);
+}
+
+void store(const TestRuntime& runtime, std::string_view key, const PropertyList& value) {
+    ASSERT_TRUE(sharedDefaults(runtime).value()->set(key, value));
+}
+
+PropertyList archived(const PropertyList& root) { return Bytes(platform::archivedObject(root)); }
+
+TEST(NewsTimeline, ShowsTheFirstFiveStoriesInTheirOrder) {
+    LoopbackServer service;
+    std::vector<json> stories;
+    for (const char* headline : {"1", "2", "3", "4", "5", "6", "7"}) stories.push_back(story(headline));
+    service.answer(rankingTarget, {.body = document(stories)});
+    const TestRuntime runtime{{.webHost = service.origin()}};
+
+    const auto timeline = timelineOf(NewsProvider(runtime));
+    ASSERT_THAT(timeline.entries, SizeIs(1));
+    const NewsTimelineEntry& entry = timeline.entries[0];
+    EXPECT_TRUE(entry.isSuccess);
+    EXPECT_EQ(entry.date, runtime.now());
+    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(runtime.now() + 30s));
+    std::vector<std::string> headlines;
+    for (const NewsUIVM& item : entry.newsUIVM) headlines.push_back(item.headline);
+    EXPECT_THAT(headlines, ElementsAre("1", "2", "3", "4", "5"));
+    EXPECT_EQ(service.requests().at(0).method, "get");
+    EXPECT_TRUE(snapshotOf(NewsProvider(runtime)).isSuccess);
+}
+
+TEST(NewsTimeline, EveryFailureIsAnEmptyEntryThatIsAskedForAgain) {
+    LoopbackServer service;
+    const TestRuntime runtime{{.webHost = service.origin()}};
+    const tests::Answer answers[] = {
+        {.status = 500, .body = document({story("good")})},
+        {.status = 304},
+        {.status = 200},
+        {.body = "<html></html>"},
+        {.body = "{}"},
+        {.body = document({})},
+        {.body = document({story("good"), {{"story_type", "sonnet"}}})},
+        {.body = document({story("good")}), .ending = tests::Answer::Ending::cut},
+        {.body = document({story("good")}), .declaredLength = 100'000},
+        {.body = std::string(1000, '[')},
+        {.ending = tests::Answer::Ending::noAnswerReset},
+    };
+    for (const tests::Answer& answer : answers) {
+        service.answer(answer);
+        const auto timeline = timelineOf(NewsProvider(runtime));
+        ASSERT_THAT(timeline.entries, SizeIs(1));
+        EXPECT_THAT(timeline.entries[0].newsUIVM, IsEmpty()) << answer.body.substr(0, 40);
+        EXPECT_FALSE(timeline.entries[0].isSuccess);
+        EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(runtime.now() + 30s));
+    }
+    EXPECT_FALSE(entryOf(TestRuntime{}).isSuccess) << "without a host";
+}
+
+TEST(NewsTimeline, ThePlaceholderIsEmptyWhateverTheServiceAnswers) {
+    LoopbackServer service;
+    service.answer({.body = document({story("good")})});
+    const TestRuntime runtime{{.webHost = service.origin()}};
+    const NewsTimelineEntry entry = NewsProvider(runtime).placeholder({});
+    EXPECT_THAT(entry.newsUIVM, IsEmpty());
+    EXPECT_FALSE(entry.isSuccess);
+    EXPECT_EQ(entry.date, runtime.now());
+    EXPECT_TRUE(service.waitForRequests(1));
+}
+
+TEST(NewsTimeline, TheColoursAreThoseOfTheThemeInForce) {
+    const TestRuntime runtime;  // noon in India
+    const struct {
+        int stored;
+        bool isDark;
+    } cases[] = {{0, true}, {1, false}, {2, false}, {3, false}, {4, true}};
+    for (const auto& [stored, isDark] : cases) {
+        store(runtime, keys::themeType, PropertyList(stored));
+        const NewsTimelineEntry entry(runtime, {}, false);
+        EXPECT_EQ(entry.backgroundColor, colorFromHexString(isDark ? "#1A1A22" : "#ffffff")) << stored;
+        EXPECT_EQ(entry.textColor, colorFromHexString(isDark ? "#ffffff" : "#000000")) << stored;
+        EXPECT_EQ(entry.arrowIcon, isDark ? "ArrowDark" : "ArrowLight") << stored;
+    }
+}
+
+TEST(NewsAddress, IsTheWebHostsUnlessTheAppHasPutAnotherInItsPlace) {
+    const struct {
+        const char* name;
+        PropertyList stored;
+        bool isReplaced;
+    } cases[] = {
+        {"replaced", archived(PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}}), true},
+        {"beside others",
+         archived(PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}, {"more", "x"}}), true},
+        {"empty", archived(PropertyList::Dictionary{{"newsWidgetApiUrl", ""}}), false},
+        {"another key", archived(PropertyList::Dictionary{{"newswidgetapiurl", "http://other/feed"}}), false},
+        {"not only texts",
+         archived(PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}, {"more", 1}}), false},
+        {"an empty dictionary", archived(PropertyList::Dictionary{}), false},
+        {"a text", archived("http://other/feed"), false},
+        {"no archive", Bytes("http://other/feed"), false},
+        {"no data", "http://other/feed", false},
+        {"a plain dictionary", PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}}, false},
+    };
+    const TestRuntime runtime{{.webHost = "http://web.invalid"}};
+    const NewsViewModel newsViewModel(runtime);
+    EXPECT_EQ(newsViewModel.newsAddress(), std::string("http://web.invalid") + rankingTarget);
+    for (const auto& [name, stored, isReplaced] : cases) {
+        store(runtime, keys::extraLinks, stored);
+        EXPECT_EQ(newsViewModel.newsAddress(),
+                  isReplaced ? "http://other/feed" : std::string("http://web.invalid") + rankingTarget)
+            << name;
+        EXPECT_EQ(sharedDefaults(runtime).value()->object(keys::extraLinks).value(), stored)
+            << "the key is kept";
+    }
+    EXPECT_TRUE(runtime.logged("Failed to unarchive object for key extra_links: "));
+}
+
+TEST(NewsAddress, AReplacementThatIsNoAddressIsAFailedRefresh) {
+    const TestRuntime runtime{{.webHost = "http://web.invalid"}};
+    for (const char* text : {"not an address", "feed", "file:///etc/passwd"}) {
+        store(runtime, keys::extraLinks, archived(PropertyList::Dictionary{{"newsWidgetApiUrl", text}}));
+        EXPECT_FALSE(entryOf(runtime).isSuccess) << text;
+    }
+}
+
+TEST(NewsStories, BecomeItemsWithLinkBadgeAndLiveMarker) {
+    const struct {
+        const char* type;
+        std::optional<std::string> badge;
+        bool isLive;
+    } cases[] = {{"liveblog", std::nullopt, true},        {"text", std::nullopt, false},
+                 {"podcast", "Podcast", false},           {"videos", "Video", false},
+                 {"photogallery", "PhotoGallery", false}, {"news", std::nullopt, false},
+                 {"blogs", std::nullopt, false}};
+    platform::IdSource ids(1);
+    const ThumbnailReader nothing = [](const platform::URL&) { return std::nullopt; };
+    for (const auto& [type, badge, isLive] : cases) {
+        const NewsUIVM item = makeNewsUIVM({.headline = "Headline",
+                                            .storyID = "123",
+                                            .shareUrl = "https://web/a?b=c&d",
+                                            .storyType = storyType(type)},
+                                           ids, nothing);
+        EXPECT_EQ(item.deeplink, "brightledgerwidget://news/?url=https://web/a?b=c&d&articleType=" +
+                                     std::string(type) + "&storyId=123&isArticle=1");
+        EXPECT_EQ(item.storyTypeIncon, badge) << type;
+        EXPECT_EQ(item.isLive, isLive) << type;
+    }
+    const NewsUIVM bare = makeNewsUIVM({}, ids, nothing);
+    EXPECT_EQ(bare.deeplink, "brightledgerwidget://news/?url=&articleType=&storyId=&isArticle=1");
+    EXPECT_EQ(bare.headline, "");
+    EXPECT_EQ(bare.thumbnailUrl, "");
+    EXPECT_FALSE(bare.isLive);
+    EXPECT_NE(makeNewsUIVM({}, ids, nothing).id, bare.id);
+}
+
+TEST(NewsThumbnails, AreReadOneAfterAnotherAndKeptAsTheyCome) {
+    LoopbackServer service;
+    service.answer("/picture", {.body = "no picture at all", .delay = 50ms});
+    service.answer("/missing", {.status = 404, .body = "missing"});
+    service.answer("/large", {.body = std::string((2U << 20) + 1, 'x')});
+    const auto withThumbnail = [](const std::string& url) { return json{{"thumbnail", url}}; };
+    service.answer(rankingTarget, {.body = document({withThumbnail(service.origin() + "/picture"),
+                                                     withThumbnail(service.origin() + "/missing"),
+                                                     withThumbnail(service.origin() + "/large"),
+                                                     withThumbnail(""), withThumbnail("no address")})});
+    const TestRuntime runtime{{.webHost = service.origin()}};
+
+    const NewsTimelineEntry entry = entryOf(runtime);
+    ASSERT_THAT(entry.newsUIVM, SizeIs(5));
+    EXPECT_EQ(entry.newsUIVM[0].thumbnailData, Bytes("no picture at all"));
+    for (std::size_t i = 1; i < 5; ++i) EXPECT_FALSE(entry.newsUIVM[i].thumbnailData) << i;
+    EXPECT_EQ(entry.newsUIVM[4].thumbnailUrl, "no address");
+
+    // The cut of the large one costs its connection; a warm process opens no other.
+    const int connections = service.connectionCount();
+    service.answer("/large", {.body = "small"});
+    entryOf(runtime);
+    entryOf(runtime);
+    EXPECT_LE(service.connectionCount(), connections + 1);
+    std::vector<std::string> targets;
+    for (const auto& request : service.requests()) targets.push_back(request.target);
+    targets.resize(4);
+    EXPECT_THAT(targets, ElementsAre(rankingTarget, "/picture", "/missing", "/large"));
+}
+
+TEST(NewsThumbnails, AllTogetherHaveEightSecondsAndDelayNoOtherAnswer) {
+    LoopbackServer service;
+    service.answer("/slow", {.ending = tests::Answer::Ending::silence});
+    const json slow{{"thumbnail", service.origin() + "/slow"}};
+    service.answer(rankingTarget, {.body = document({slow, slow, slow})});
+    service.answer("/other", {.body = "fine"});
+    const TestRuntime runtime{{.webHost = service.origin()}};
+
+    tests::Awaited<NewsTimelineEntry> entry;
+    const auto begin = std::chrono::steady_clock::now();
+    NewsProvider(runtime).getSnapshot({}, entry.taker());
+    ASSERT_TRUE(service.waitForRequests(2));
+    EXPECT_TRUE(runtime.urls().load({.url = *platform::URL::parse(service.origin() + "/other")}, begin + 5s));
+    EXPECT_FALSE(entry.isThere());
+    EXPECT_THAT(entry.value().newsUIVM, SizeIs(3));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 7900ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 12s);
+    EXPECT_THAT(service.requests(), SizeIs(3)) << "what is late anyway is not asked for";
+}
+
+TEST(NewsEntry, IsPrintedWithItsOwnFieldsInTheirOrder) {
+    const TestRuntime runtime;
+    store(runtime, keys::themeType, PropertyList(1));
+    platform::IdSource ids(1);
+    NewsUIVM item = makeNewsUIVM({.headline = "Headline", .storyType = StoryType::podcast}, ids,
+                                 [](const platform::URL&) { return std::nullopt; });
+    item.thumbnailData = Bytes("abc");
+    const std::string id = item.id.text();
+    EXPECT_EQ(entryJson(NewsTimelineEntry(runtime, {item}, true)).dump(),
+              R"({"date":"2026-11-22T06:30:00.000Z","newsUIVM":[{"id":")" + id +
+                  R"(","thumbnailUrl":"","headline":"Headline",)"
+                  R"("deeplink":"brightledgerwidget://news/?url=&articleType=podcast&storyId=&isArticle=1",)"
+                  R"("storyTypeIncon":"Podcast","thumbnailData":"YWJj","isLive":false}],"isSuccess":true,)"
+                  R"("backgroundColor":{"hex":"#FFFFFF","alpha":1},)"
+                  R"("textColor":{"hex":"#000000","alpha":1},"arrowIcon":"ArrowLight"})");
+}
+
+}  // namespace
+}  // namespace extension
