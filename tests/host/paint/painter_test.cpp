@@ -241,8 +241,8 @@ TEST_F(Paint, TakesFramesOfAnySize) {
         add(list, fill(red, extent, platform::RoundedCornerStyle::continuous), frame);
         add(list, StrokeItem{.color = red, .lineWidth = extent}, frame);
         add(list, TextItem{.runs = {run("text")}, .lineLimit = std::nullopt}, frame).ownOpacity = 0.5;
-        // Drawn or refused; and the next list is drawn as if nothing had been.
-        (void)painter->png(list, 3);
+        EXPECT_TRUE(painter->png(list, 3)) << extent;
+        EXPECT_TRUE(painter->svg(list)) << extent;
         EXPECT_EQ(draw(emptyList(10, 10), 3).at(15, 15), 0xFFFFFFFFU) << extent;
     }
 }
