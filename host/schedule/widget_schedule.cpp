@@ -69,12 +69,16 @@ WidgetSchedule::WidgetSchedule(Surroundings surroundings, ReloadMode mode)
 }
 
 WidgetSchedule::~WidgetSchedule() {
+    stopAsking();
+    for (std::thread& worker : workers_) worker.join();
+}
+
+void WidgetSchedule::stopAsking() {
     {
         const std::lock_guard lock(mutex_);
         isEnding_ = true;
     }
     wake_.notify_all();
-    for (std::thread& worker : workers_) worker.join();
 }
 
 Moment WidgetSchedule::now() const { return {surroundings_.clock.now(), std::chrono::steady_clock::now()}; }
@@ -330,6 +334,7 @@ void WidgetSchedule::reload(const std::shared_ptr<Widget>& widget, std::unique_l
          .decided = start.shown,
          .reason = next.hold == Hold::none ? "" : "after " + reason(next.hold, mode_)});
     if (widget->needsPlaceholder) showPlaceholder(widget, lock);
+    if (isEnding_) return;
     lock.unlock();
     surroundings_.changed(widget->id);
     const auto answer = surroundings_.extension.ask({.kind = widget->kind,

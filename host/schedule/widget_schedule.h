@@ -70,6 +70,9 @@ public:
     WidgetSchedule(const WidgetSchedule&) = delete;
     WidgetSchedule& operator=(const WidgetSchedule&) = delete;
 
+    /// Asks nothing any more; questions under way go on. For ending the extension before this.
+    void stopAsking();
+
     /// Shows the placeholder and asks for a timeline. `id` must be new.
     void place(int id, std::string kind, platform::WidgetFamily family);
     void remove(int id);

@@ -1,0 +1,91 @@
+#include "host/web/center_socket.h"
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <array>
+#include <cstring>
+#include "platform/widget/host_widget_center.h"
+
+namespace host {
+
+namespace {
+
+tl::unexpected<platform::Error> socketError(const std::string& message) {
+    return platform::failure("WidgetCenterError", 1, message);
+}
+
+/// The folder may stand where everybody can write: it must be ours and nobody else's.
+bool prepareFolder(const std::filesystem::path& folder) {
+    ::mkdir(folder.c_str(), 0700);
+    struct stat status{};
+    return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::getuid() &&
+           (status.st_mode & 0077) == 0;
+}
+
+bool isOurs(int connection) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return ::getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::getuid();
+}
+
+}  // namespace
+
+platform::Result<std::unique_ptr<CenterSocket>> CenterSocket::open(const std::filesystem::path& path,
+                                                                   Answer answer) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.native().size() >= sizeof address.sun_path)
+        return socketError("the path of the socket is too long");
+    std::memcpy(address.sun_path, path.c_str(), path.native().size());
+    if (!prepareFolder(path.parent_path()))
+        return socketError(path.parent_path().string() + " is not ours alone");
+    if (platform::askHost(path, "placed", std::chrono::seconds(2)))
+        return socketError("a home screen of this data directory is running already");
+    ::unlink(path.c_str());
+
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool isListening =
+        ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+        ::chmod(path.c_str(), 0600) == 0 && ::listen(listener, 16) == 0;
+    std::array<int, 2> wake{};
+    if (!isListening || ::pipe2(wake.data(), O_CLOEXEC) != 0) {
+        ::close(listener);
+        return socketError("cannot listen at " + path.string());
+    }
+    return std::unique_ptr<CenterSocket>(
+        new CenterSocket(path, listener, wake[0], wake[1], std::move(answer)));
+}
+
+CenterSocket::CenterSocket(std::filesystem::path path, int listener, int wakeReader, int wakeWriter,
+                           Answer answer)
+    : path_(std::move(path)),
+      listener_(listener),
+      wakeReader_(wakeReader),
+      wakeWriter_(wakeWriter),
+      answer_(std::move(answer)),
+      thread_([this] { serve(); }) {}
+
+CenterSocket::~CenterSocket() {
+    ::close(wakeWriter_);
+    thread_.join();
+    ::close(wakeReader_);
+    ::close(listener_);
+    ::unlink(path_.c_str());
+}
+
+void CenterSocket::serve() {
+    std::array<pollfd, 2> watched{{{listener_, POLLIN, 0}, {wakeReader_, POLLIN, 0}}};
+    for (;;) {
+        if (::poll(watched.data(), watched.size(), -1) < 0) continue;
+        if (watched[1].revents != 0) return;
+        const int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+        if (connection < 0) continue;
+        if (isOurs(connection)) platform::answerOneQuestion(connection, answer_);
+        ::close(connection);
+    }
+}
+
+}  // namespace host

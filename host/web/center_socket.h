@@ -1,0 +1,41 @@
+#pragma once
+
+// The host's end of the socket by which other processes reach it.
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+#include "platform/base/result.h"
+
+namespace host {
+
+/// Answers one question a connection, one connection at a time, on a thread of its own.
+class CenterSocket {
+public:
+    /// Makes the whole answer: "ok\n…" or "error\n…".
+    using Answer = std::function<std::string(std::string_view question)>;
+
+    /// Listens at `path` (mode 0600, in a folder of mode 0700 that is ours). Fails (domain
+    /// "WidgetCenterError") when another host listens there.
+    static platform::Result<std::unique_ptr<CenterSocket>> open(const std::filesystem::path& path,
+                                                                Answer answer);
+    ~CenterSocket();
+    CenterSocket(const CenterSocket&) = delete;
+    CenterSocket& operator=(const CenterSocket&) = delete;
+
+private:
+    CenterSocket(std::filesystem::path path, int listener, int wakeReader, int wakeWriter, Answer answer);
+    void serve();
+
+    std::filesystem::path path_;
+    int listener_;
+    int wakeReader_;
+    int wakeWriter_;
+    Answer answer_;
+    std::thread thread_;
+};
+
+}  // namespace host

@@ -1,0 +1,106 @@
+#include "host/web/day_strip.h"
+#include <algorithm>
+#include <map>
+#include "host/schedule/reload_plan.h"
+#include "host/schedule/widget_schedule.h"
+
+namespace host {
+
+namespace {
+
+using platform::Instant;
+using namespace std::chrono_literals;
+
+/// The first moments at which something is another than just before.
+std::map<Instant, std::string> changesOf(Instant start, Instant end, const platform::Calendar& calendar) {
+    const platform::Calendar india({"Asia/Kolkata"});
+    std::map<Instant, std::string> changes;
+    const auto add = [&](const platform::Calendar& zone, std::chrono::seconds time, std::string cause) {
+        // A day there may begin on the day before ours and end on the day after it.
+        for (const auto day : {start, end}) {
+            const std::optional<Instant> moment = zone.timeOnDay(day, time);
+            if (moment && *moment > start && *moment < end) changes.emplace(*moment, cause);
+        }
+    };
+    add(india, 7h, "theme");
+    add(india, 19h + 1s, "theme");
+    add(calendar, 9h, "window");
+    add(calendar, 16h + 1s, "window");
+    return changes;
+}
+
+class Row {
+public:
+    Row(ExtensionProcess& extension, DayRow& row) : extension_(extension), row_(row) {}
+
+    void ask(Instant moment, const std::string& cause) {
+        const Moment now = momentAt(moment);
+        plan_.start(now);
+        ++row_.questions;
+        static_cast<void>(extension_.setClock(moment, 0.0));
+        const auto answer = extension_.ask({.kind = row_.kind, .family = row_.family, .wantsViews = true},
+                                           WidgetSchedule::timelineLimit);
+        if (!answer || answer->entries.empty() || !answer->entries.front().view) {
+            row_.error = answer ? "the timeline has no entry" : answer.error().message;
+            return;
+        }
+        const auto last = std::ranges::max(answer->entries, {}, &AnsweredEntry::date).date;
+        plan_.answered(answer->policy.value_or(platform::TimelineReloadPolicy::atEnd()),
+                       answer->entries.size(), last, now);
+        for (const AnsweredEntry& entry : answer->entries) add(entry, std::max(entry.date, moment), cause);
+    }
+
+    std::optional<Instant> next(Instant now) const {
+        const std::optional<NextReload> next = plan_.next(momentAt(now));
+        return next ? std::optional(std::max(next->at.shown, now + 1s)) : std::nullopt;
+    }
+
+private:
+    static Moment momentAt(Instant moment) { return {moment, std::chrono::steady_clock::time_point()}; }
+
+    void add(const AnsweredEntry& entry, Instant from, const std::string& cause) {
+        if (!entry.view) return;
+        std::string visible = visibleText(*entry.view);
+        if (visible == visible_) return;
+        visible_ = std::move(visible);
+        row_.looks.push_back({from, cause, {*entry.view, row_.kind, row_.family, false}});
+    }
+
+    ExtensionProcess& extension_;
+    DayRow& row_;
+    ReloadPlan plan_{ReloadMode::phone};
+    std::string visible_;
+};
+
+}  // namespace
+
+std::vector<DayRow> lookThroughDay(ExtensionProcess& extension, const std::vector<WidgetListing>& gallery,
+                                   Instant day, const platform::Calendar& calendar) {
+    const Instant start = calendar.startOfDay(day).value_or(std::chrono::floor<std::chrono::days>(day));
+    const Instant end = calendar.startOfDay(start + 36h).value_or(start + 24h);
+    std::vector<DayRow> rows;
+    for (const WidgetListing& widget : gallery) {
+        for (const platform::WidgetFamily family : widget.families) {
+            DayRow& row =
+                rows.emplace_back(DayRow{.kind = widget.kind, .family = family, .looks = {}, .error = {}});
+            Row asker(extension, row);
+            auto changes = changesOf(start, end, calendar);
+            Instant now = start;
+            std::string cause = "policy";
+            while (now < end && row.error.empty()) {
+                asker.ask(now, cause);
+                const std::optional<Instant> reload = asker.next(now);
+                cause = "policy";
+                now = reload.value_or(end);
+                if (!changes.empty() && changes.begin()->first <= now) {
+                    now = changes.begin()->first;
+                    cause = changes.begin()->second;
+                    changes.erase(changes.begin());
+                }
+            }
+        }
+    }
+    return rows;
+}
+
+}  // namespace host

@@ -1,0 +1,218 @@
+#include "host/web/page_server.h"
+#include <sys/random.h>
+#include <array>
+#include <charconv>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
+#include "platform/base/bytes.h"
+
+namespace host {
+
+namespace {
+
+using platform::Bytes;
+using serving::Request;
+using serving::Response;
+
+/// 32 random bytes as hexadecimal text.
+std::string secret() {
+    std::array<unsigned char, 32> bytes{};
+    if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) std::abort();
+    static constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const unsigned char byte : bytes) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+/// In time that tells nothing of where they differ.
+bool isSame(std::string_view a, std::string_view b) {
+    unsigned char difference = a.size() == b.size() ? 0 : 1;
+    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i)
+        difference = static_cast<unsigned char>(difference | (a[i] ^ b[i]));
+    return difference == 0;
+}
+
+Response plain(int status, std::string text) { return {.status = status, .body = Bytes(std::move(text))}; }
+
+Response jsonText(std::string text) {
+    return {.contentType = "application/json", .body = Bytes(std::move(text))};
+}
+
+Response pngOf(const platform::Result<std::string>& png) {
+    if (!png) return plain(404, png.error().message + "\n");
+    return {.contentType = "image/png", .body = Bytes(*png)};
+}
+
+template <typename Number>
+std::optional<Number> numberOf(std::string_view text) {
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+int scaleOf(const Request& request) {
+    const auto scale = numberOf<int>(serving::queryValue(request.query, "scale").value_or("3"));
+    return std::clamp(scale.value_or(3), 1, 3);
+}
+
+struct PageFile {
+    std::string_view path;
+    std::string_view name;
+    std::string_view type;
+};
+
+constexpr std::array pageFiles{PageFile{"/", "index.html", "text/html; charset=utf-8"},
+                               PageFile{"/home.css", "home.css", "text/css; charset=utf-8"},
+                               PageFile{"/home.js", "home.js", "text/javascript; charset=utf-8"},
+                               PageFile{"/workbench.js", "workbench.js", "text/javascript; charset=utf-8"},
+                               PageFile{"/icon.svg", "icon.svg", "image/svg+xml"}};
+
+Response fileResponse(const std::filesystem::path& file, std::string_view type) {
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) return plain(404, "nothing here\n");
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return {.contentType = std::string(type), .body = Bytes(text.str())};
+}
+
+Response withWalls(Response response) {
+    response.headers.emplace_back(
+        "Content-Security-Policy",
+        "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
+        "connect-src 'self'; form-action 'none'; base-uri 'none'; frame-ancestors 'none'");
+    response.headers.emplace_back("X-Content-Type-Options", "nosniff");
+    response.headers.emplace_back("Referrer-Policy", "no-referrer");
+    response.headers.emplace_back("Cross-Origin-Resource-Policy", "same-origin");
+    response.headers.emplace_back("Cache-Control", "no-store");
+    return response;
+}
+
+}  // namespace
+
+platform::Result<std::unique_ptr<PageServer>> PageServer::start(HomeScreen& home, std::uint16_t port,
+                                                                const std::filesystem::path& pages) {
+    std::unique_ptr<PageServer> page(new PageServer(home));
+    page->pages_ = pages;
+    page->token_ = secret();
+    page->cookie_ = secret();
+    {
+        // The first request may come before the port is known.
+        const std::lock_guard lock(page->mutex_);
+        auto server = serving::HttpServer::start(
+            port, [&self = *page](const Request& request) { return withWalls(self.answer(request)); },
+            {.connections = 64, .headerBytes = 16U << 10, .bodyBytes = 64U << 10});
+        if (!server) return tl::unexpected(server.error());
+        page->server_ = std::move(*server);
+        page->port_ = page->server_->port();
+    }
+    home.whenChanged([&self = *page] { self.push(); });
+    return page;
+}
+
+PageServer::~PageServer() {
+    home_.whenChanged(nullptr);
+    server_.reset();
+}
+
+std::string PageServer::authority() const { return "127.0.0.1:" + std::to_string(port_); }
+
+std::string PageServer::address() const { return "http://" + authority() + "/?token=" + token_; }
+
+bool PageServer::hasCookie(const Request& request) const {
+    // Cookies do not tell ports apart, so ours carries its port in the name.
+    const std::string name = "brightledger-" + std::to_string(port_) + "=";
+    std::string_view cookies = request.header("Cookie").value_or("");
+    while (!cookies.empty()) {
+        const std::string_view cookie = cookies.substr(0, cookies.find("; "));
+        cookies.remove_prefix(std::min(cookies.size(), cookie.size() + 2));
+        if (cookie.starts_with(name) && isSame(cookie.substr(name.size()), cookie_)) return true;
+    }
+    return false;
+}
+
+Response PageServer::answer(const Request& request) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (request.header("Host") != authority())
+            return plain(421, "this is not the host that you look for\n");
+    }
+    const auto token = serving::queryValue(request.query, "token");
+    if (request.method == "GET" && request.path == "/" && token && isSame(*token, token_)) {
+        return {.status = 303,
+                .headers = {{"Location", "/"},
+                            {"Set-Cookie", "brightledger-" + std::to_string(port_) + "=" + cookie_ +
+                                               "; Path=/; HttpOnly; SameSite=Strict"}}};
+    }
+    if (!hasCookie(request)) return plain(403, "Open the address that the program printed.\n");
+    if (request.method == "GET" || request.method == "HEAD") return get(request);
+    if (request.method == "POST") return post(request);
+    return plain(405, "GET and POST are all we know\n");
+}
+
+Response PageServer::get(const Request& request) {
+    const std::string_view path = request.path;
+    for (const PageFile& file : pageFiles) {
+        if (file.path == path) return fileResponse(pages_ / file.name, file.type);
+    }
+    if (path == "/events") return events();
+    if (path == "/state") return jsonText(home_.stateText());
+    if (path == "/choices") return jsonText(home_.choicesText());
+    if (path == "/day") return jsonText(home_.dayText());
+    if (path == "/ledger") {
+        const auto after = numberOf<std::uint64_t>(serving::queryValue(request.query, "after").value_or("0"));
+        return jsonText(home_.ledgerText(after.value_or(0)));
+    }
+    const std::size_t slash = path.rfind('/');
+    const auto number = numberOf<int>(path.substr(slash + 1));
+    if (path.starts_with("/picture/") && number) return pngOf(home_.picture(*number, scaleOf(request)));
+    if (path.starts_with("/inspect/") && number) {
+        const auto text = home_.inspectionText(*number);
+        return text ? jsonText(*text) : plain(404, "there is no such widget\n");
+    }
+    if (path.starts_with("/day/") && number && *number >= 0) {
+        const auto picture = home_.dayPicture(static_cast<std::size_t>(*number));
+        return picture ? pngOf(*picture) : plain(404, "there is no such picture\n");
+    }
+    const auto family = platform::widgetFamily(path.substr(slash + 1));
+    if (path.starts_with("/preview/") && family && slash > 9)
+        return pngOf(home_.preview(std::string(path.substr(9, slash - 9)), *family, scaleOf(request)));
+    return plain(404, "nothing here\n");
+}
+
+Response PageServer::post(const Request& request) {
+    if (request.header("Origin") != "http://" + authority()) return plain(403, "not from our own page\n");
+    if (request.path != "/act") return plain(404, "nothing here\n");
+    const auto action = nlohmann::json::parse(request.body, nullptr, false);
+    if (!action.is_object()) return plain(400, "not an action\n");
+    if (const auto done = home_.act(action); !done) return plain(409, done.error().message + "\n");
+    return plain(200, "done\n");
+}
+
+Response PageServer::events() {
+    auto stream = std::make_shared<serving::EventStream>();
+    stream->send("state", home_.stateText());
+    const std::lock_guard lock(mutex_);
+    std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
+    readers_.push_back(stream);
+    return {.contentType = "text/event-stream", .stream = stream};
+}
+
+void PageServer::push() {
+    {
+        // Without a reader nobody needs the work of telling the state.
+        const std::lock_guard lock(mutex_);
+        std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
+        if (readers_.empty()) return;
+    }
+    const std::string state = home_.stateText();
+    const std::lock_guard lock(mutex_);
+    for (const auto& reader : readers_) reader->send("state", state);
+}
+
+}  // namespace host

@@ -1,0 +1,53 @@
+#pragma once
+
+// Serves the home screen's page to the person who was given its address, and to nobody else.
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+#include "host/web/home_screen.h"
+#include "platform/base/result.h"
+#include "serving/http_server.h"
+
+namespace host {
+
+/// On 127.0.0.1 alone. Only who opens the printed address, which holds a token, gets the cookie that every
+/// other request needs; the Host header must be ours to the letter, so that no other name leads here;
+/// what changes something must be a POST from our own page.
+class PageServer {
+public:
+    /// `home` must outlive it. `pages` holds the page's files.
+    static platform::Result<std::unique_ptr<PageServer>> start(HomeScreen& home, std::uint16_t port,
+                                                               const std::filesystem::path& pages);
+    ~PageServer();
+    PageServer(const PageServer&) = delete;
+    PageServer& operator=(const PageServer&) = delete;
+
+    /// With the token.
+    std::string address() const;
+
+private:
+    explicit PageServer(HomeScreen& home) : home_(home) {}
+
+    serving::Response answer(const serving::Request& request);
+    serving::Response get(const serving::Request& request);
+    serving::Response post(const serving::Request& request);
+    serving::Response events();
+    bool hasCookie(const serving::Request& request) const;
+    std::string authority() const;
+    void push();
+
+    HomeScreen& home_;
+    std::filesystem::path pages_;
+    std::string token_;
+    std::string cookie_;
+    std::mutex mutex_;
+    std::vector<std::shared_ptr<serving::EventStream>> readers_;
+    std::uint16_t port_ = 0;
+    std::unique_ptr<serving::HttpServer> server_;
+};
+
+}  // namespace host

@@ -1,0 +1,96 @@
+#include "host/web/run.h"
+#include <unistd.h>
+#include <csignal>
+#include <iostream>
+#include <memory>
+#include <string>
+#include "host/process/extension_arguments.h"
+#include "host/web/center_socket.h"
+#include "host/web/demo_child.h"
+#include "host/web/home_screen.h"
+#include "host/web/page_server.h"
+#include "platform/widget/host_widget_center.h"
+
+namespace host {
+
+namespace {
+
+int fail(const platform::Error& error) {
+    std::cerr << "brightledger: " << error.message << std::endl;
+    return error.domain == "UsageError" ? 2 : 1;
+}
+
+sigset_t blockedSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::seconds>& duration) {
+    const auto end = std::chrono::steady_clock::now() + duration.value_or(std::chrono::seconds(0));
+    for (;;) {
+        if (!duration) {
+            if (::sigwaitinfo(&signals, nullptr) > 0) return;
+            continue;
+        }
+        const auto rest =
+            std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        if (rest.count() <= 0) return;
+        const timespec limit{rest.count() / 1000, rest.count() % 1000 * 1000000};
+        if (::sigtimedwait(&signals, nullptr, &limit) > 0) return;
+    }
+}
+
+}  // namespace
+
+int runHomeScreen(const RunOptions& options) {
+    const sigset_t signals = blockedSignals();
+    const std::filesystem::path resources = platform::resourcesDirectory();
+    auto runtime = platform::runtimeOptions(options.process, resources / "Info.plist");
+    if (!runtime) return fail(runtime.error());
+
+    std::unique_ptr<DemoChild> demo;
+    if (options.isDemo) {
+        auto started = DemoChild::start(platform::programDirectory() / "brightledger-demo");
+        if (!started) return fail(started.error());
+        demo = std::move(*started);
+    }
+
+    // The socket comes first: it makes the folder, and tells whether this home screen is running already.
+    const std::filesystem::path socketPath = platform::hostSocketPath(runtime->dataDirectory);
+    HomeScreen* answering = nullptr;
+    std::mutex mutex;
+    auto socket = CenterSocket::open(socketPath, [&](std::string_view question) -> std::string {
+        const std::lock_guard lock(mutex);
+        return answering == nullptr ? "error\nthe home screen is starting or ending"
+                                    : answering->answerProcess(question);
+    });
+    if (!socket) return fail(socket.error());
+
+    platform::ProcessOptions child = options.process;
+    child.infoPlist = std::filesystem::path(socketPath).replace_extension(".plist").string();
+    HomeScreenOptions homeOptions{.runtime = *runtime,
+                                  .extensionProgram = extensionProgram(),
+                                  .extensionArguments = extensionArguments(child, *runtime),
+                                  .infoPlist = *child.infoPlist,
+                                  .resources = resources,
+                                  .demoOrigin = demo ? std::optional(demo->origin()) : std::nullopt};
+    auto home = HomeScreen::start(std::move(homeOptions));
+    if (!home) return fail(home.error());
+    auto page = PageServer::start(**home, options.port, resources / "web");
+    if (!page) return fail(page.error());
+    {
+        const std::lock_guard lock(mutex);
+        answering = home->get();
+    }
+    std::cout << (*page)->address() << std::endl;
+    waitForEnd(signals, options.duration);
+    const std::lock_guard lock(mutex);
+    answering = nullptr;
+    return 0;
+}
+
+}  // namespace host

@@ -1,0 +1,282 @@
+// The home screen: draws what the host tells, and sends it what people do.
+import { showDay, showInspector, showLedger } from "/workbench.js";
+
+const gap = { across: 22, down: 38 };
+const unit = 158;
+const radius = 22;
+const element = (id) => document.getElementById(id);
+let state = null;
+let choices = { gallery: [], users: [], assets: [] };
+let isEditing = false;
+let clockHeard = 0;
+
+export function make(name, properties = {}, ...children) {
+  const made = Object.assign(document.createElement(name), properties);
+  made.append(...children);
+  return made;
+}
+
+// A rectangle whose corners bend in gradually, as a phone's do: the curve starts 1.53 radii before the corner.
+export function outlinePath(width, height) {
+  const r = radius;
+  const [a, b, c, d, e] = [1.528665, 1.0884930, 0.8684070, 0.6314941, 0.3728240].map((part) => part * r);
+  const [f, g, h, i] = [0.1690600, 0.0749114, 0.0749114, 0.1690600].map((part) => part * r);
+  const w = width, t = height;
+  return `path("M ${a} 0 L ${w - a} 0 C ${w - b} 0 ${w - c} 0 ${w - d} ${g} C ${w - e} ${f} ${w - f} ${e} ${w - h} ${d} ` +
+    `C ${w} ${c} ${w} ${b} ${w} ${a} L ${w} ${t - a} C ${w} ${t - b} ${w} ${t - c} ${w - g} ${t - d} ` +
+    `C ${w - i} ${t - e} ${w - e} ${t - f} ${w - d} ${t - h} C ${w - c} ${t} ${w - b} ${t} ${w - a} ${t} ` +
+    `L ${a} ${t} C ${b} ${t} ${c} ${t} ${d} ${t - g} C ${e} ${t - f} ${f} ${t - e} ${h} ${t - d} ` +
+    `C 0 ${t - c} 0 ${t - b} 0 ${t - a} L 0 ${a} C 0 ${b} 0 ${c} ${g} ${d} C ${f} ${e} ${e} ${f} ${d} ${h} C ${c} 0 ${b} 0 ${a} 0 Z")`;
+}
+
+export function pictureScale() {
+  return Math.min(3, Math.max(1, Math.ceil(window.devicePixelRatio || 1)));
+}
+
+async function act(action, details = {}) {
+  const answer = await fetch("/act", { method: "POST", body: JSON.stringify({ action, ...details }) }).catch(() => null);
+  element("notice").textContent = !answer ? "The home screen is not running." : answer.ok ? "" : await answer.text();
+}
+
+const place = (style, frame) => Object.assign(style, { left: `${frame.x}px`, top: `${frame.y}px`, width: `${frame.width}px`, height: `${frame.height}px` });
+
+export function ago(instant, now) {
+  const seconds = Math.round((now - Date.parse(instant)) / 1000);
+  const size = Math.abs(seconds);
+  const text = size < 90 ? `${size} s` : size < 5400 ? `${Math.round(size / 60)} min` : `${Math.round(size / 3600)} h`;
+  return seconds >= 0 ? `${text} ago` : `in ${text}`;
+}
+
+export function shownNow() {
+  return Date.parse(state.clock.now) + (performance.now() - clockHeard) * state.clock.rate;
+}
+
+function openSheet(link) {
+  element("sheet-destination").textContent = link.destination;
+  element("sheet-url").textContent = link.url;
+  element("sheet-parameters").replaceChildren(...link.parameters.flatMap((parameter) => [
+    make("dt", { textContent: parameter.name }), make("dd", { textContent: parameter.value || "–" })]));
+  element("sheet").showModal();
+}
+
+function makeWidget(widget) {
+  const box = make("section", { className: "widget", id: `widget-${widget.id}` });
+  const outline = make("div", { className: "outline" });
+  outline.style.clipPath = outlinePath(widget.width, widget.height);
+  const age = make("span", { className: "age" });
+  const inspect = make("button", { type: "button", textContent: "Inspect" });
+  inspect.setAttribute("aria-label", `Inspect ${widget.displayName}`);
+  inspect.addEventListener("click", () => showInspector(state.widgets.find((other) => other.id === widget.id)));
+  const tool = (name, text, work) => {
+    const button = make("button", { type: "button", textContent: text });
+    button.setAttribute("aria-label", `${name} ${widget.displayName}`);
+    button.addEventListener("click", work);
+    return button;
+  };
+  const index = () => state.widgets.findIndex((other) => other.id === widget.id);
+  const tools = make("div", { className: "tools" },
+    tool("Remove", "−", async () => { await act("remove", { id: widget.id }); element("home").focus(); }),
+    tool("Move earlier:", "‹", () => act("move", { id: widget.id, index: index() - 1 })),
+    tool("Move later:", "›", () => act("move", { id: widget.id, index: index() + 1 })));
+  box.append(tools, outline, make("div", { className: "caption" }, age, inspect));
+  box.addEventListener("dragstart", (event) => event.dataTransfer.setData("text/plain", String(widget.id)));
+  box.addEventListener("dragover", (event) => { if (isEditing) { event.preventDefault(); box.classList.add("is-target"); } });
+  box.addEventListener("dragleave", () => box.classList.remove("is-target"));
+  box.addEventListener("drop", (event) => {
+    event.preventDefault();
+    box.classList.remove("is-target");
+    act("move", { id: Number(event.dataTransfer.getData("text/plain")), index: index() });
+  });
+  return box;
+}
+
+async function updatePicture(box, widget) {
+  const outline = box.querySelector(".outline");
+  const picture = widget.picture;
+  if (!picture) { outline.replaceChildren(); delete box.dataset.version; return; }
+  const version = `${picture.version}@${pictureScale()}`;
+  if (box.dataset.version === version) return;
+  box.dataset.version = version;
+  const image = make("img", { alt: picture.isPlaceholder ? "Loading" : picture.text, draggable: false });
+  image.src = `/picture/${widget.id}?version=${picture.version}&scale=${pictureScale()}`;
+  // Only a picture that is whole takes the old one's place: nothing flickers.
+  await image.decode().catch(() => null);
+  if (box.dataset.version !== version) return;
+  const held = outline.contains(document.activeElement) ? [...outline.querySelectorAll("a")].indexOf(document.activeElement) : -1;
+  if (outline.querySelector("img")) image.className = "is-new";
+  outline.replaceChildren(image, ...picture.links.map((link) => {
+    const area = make("a", { href: "#home" });
+    area.setAttribute("aria-label", link.name);
+    place(area.style, link.frame);
+    area.addEventListener("click", (event) => { event.preventDefault(); openSheet(link); });
+    return area;
+  }));
+  if (held >= 0) outline.querySelectorAll("a")[held]?.focus();
+}
+
+function updateWidgets() {
+  const home = element("home");
+  const count = Math.max(1, ...state.widgets.map((widget) => widget.page + 1));
+  while (home.querySelectorAll(".page").length < count) home.append(make("div", { className: "page" }));
+  const pages = [...home.querySelectorAll(".page")];
+  pages.slice(count).forEach((page) => page.remove());
+  home.querySelector(".empty")?.remove();
+  if (!state.widgets.length) home.append(make("p", { className: "empty", textContent: "No widgets yet. Add one from the gallery." }));
+  home.querySelectorAll(".widget").forEach((box) => {
+    if (!state.widgets.some((widget) => `widget-${widget.id}` === box.id)) box.remove();
+  });
+  pages.slice(0, count).forEach((page, number) => {
+    const rows = Math.max(1, ...state.widgets.filter((widget) => widget.page === number)
+      .map((widget) => widget.row + (widget.height > unit ? 2 : 1)));
+    page.style.height = `${rows * (unit + gap.down)}px`;
+  });
+  state.widgets.forEach((widget) => {
+    const box = element(`widget-${widget.id}`) || makeWidget(widget);
+    const page = pages[widget.page];
+    // Moving a focused element would take its focus, so what stays in order is not touched.
+    const previous = state.widgets[state.widgets.indexOf(widget) - 1];
+    const before = previous && previous.page === widget.page ? element(`widget-${previous.id}`) : null;
+    if (box.parentNode !== page || box.previousElementSibling !== before) {
+      const focused = box.contains(document.activeElement) ? document.activeElement : null;
+      if (before) before.after(box); else page.prepend(box);
+      focused?.focus();
+    }
+    place(box.style, { x: widget.column * (unit + gap.across), y: widget.row * (unit + gap.down), width: widget.width, height: widget.height });
+    box.draggable = isEditing;
+    box.setAttribute("aria-label", `${widget.displayName}, ${widget.family.slice(6).toLowerCase()}`);
+    box.classList.toggle("is-stale", widget.failures > 0);
+    updatePicture(box, widget);
+  });
+}
+
+function updateAges() {
+  if (!state) return;
+  const now = shownNow();
+  const india = new Intl.DateTimeFormat("en-GB", { dateStyle: "medium", timeStyle: "medium", timeZone: "Asia/Kolkata" });
+  const speed = state.clock.rate === 1 ? "" : state.clock.rate === 0 ? " · stopped" : ` · ${state.clock.rate} times as fast`;
+  element("clock").textContent = `${india.format(now)} in India${speed}`;
+  state.widgets.forEach((widget) => {
+    const age = element(`widget-${widget.id}`)?.querySelector(".age");
+    if (!age) return;
+    const trouble = widget.failures > 0 ? "not answering · " : "";
+    age.textContent = widget.picture ? `${trouble}${ago(widget.picture.since, now)}` : "loading";
+    age.title = widget.lastError;
+  });
+}
+
+const unlessFocused = (control, value) => { if (document.activeElement !== control) control.value = value; };
+
+function updateControls() {
+  const check = (name, value) => { const input = document.querySelector(`input[name=${name}][value="${value}"]`); if (input) input.checked = true; };
+  check("theme", state.app.theme);
+  check("mode", state.mode);
+  element("user").value = state.app.user;
+  element("environment").value = state.environment;
+  element("fault").value = state.fault;
+  element("service").hidden = !state.hasDemo;
+  unlessFocused(element("news-address"), state.app.news);
+  const peak = (state.extension.peakRssKiB / 1024).toFixed(1);
+  element("extension").textContent = state.extension.process ? `The extension runs as process ${state.extension.process}, peak ${peak} MB.` : "The extension is not running.";
+  const failing = state.widgets.filter((widget) => widget.lastError);
+  if (state.app.error) element("notice").textContent = state.app.error;
+  else if (failing.length) element("notice").textContent = `${failing[0].displayName}: ${failing[0].lastError}. The last good picture stays.`;
+  else element("notice").textContent = "";
+
+  const keys = state.app.assets.map((asset) => asset.key);
+  const signature = JSON.stringify(state.app.assets);
+  if (element("assets").dataset.signature === signature) return;
+  element("assets").dataset.signature = signature;
+  const held = element("assets").contains(document.activeElement) ? document.activeElement.getAttribute("aria-label") : null;
+  element("assets").replaceChildren(...state.app.assets.map((asset, index) => {
+    const button = (text, name, changed) => {
+      const made = make("button", { type: "button", textContent: text });
+      made.setAttribute("aria-label", `${name} ${asset.title}`);
+      made.addEventListener("click", () => act("assets", { keys: changed() }));
+      return made;
+    };
+    const without = () => keys.filter((_, other) => other !== index);
+    const earlier = () => { const list = without(); list.splice(Math.max(0, index - 1), 0, asset.key); return list; };
+    return make("li", {}, make("span", { textContent: asset.title }), button("↑", "Move up", earlier), button("✕", "Remove", without));
+  }));
+  if (held) element("assets").querySelector(`[aria-label="${CSS.escape(held)}"]`)?.focus();
+  element("asset-choice").replaceChildren(...choices.assets.filter((asset) => !keys.includes(asset.key))
+    .map((asset) => make("option", { value: asset.key, textContent: `${asset.title} (${asset.type})` })));
+}
+
+function update(text) {
+  state = JSON.parse(text);
+  clockHeard = performance.now();
+  updateWidgets();
+  updateControls();
+  updateAges();
+  if (!element("panel").hidden) showLedger();
+}
+
+function openGallery() {
+  element("gallery-list").replaceChildren(...choices.gallery.flatMap((kind) => kind.families.map((family) => {
+    const [width, height] = { systemSmall: [158, 158], systemMedium: [338, 158], systemLarge: [338, 354] }[family];
+    const image = make("img", { alt: `${kind.displayName}, ${family.slice(6).toLowerCase()}`, width, height, loading: "lazy" });
+    image.src = `/preview/${kind.kind}/${family}?scale=${pictureScale()}`;
+    const outline = make("div", { className: "outline" }, image);
+    Object.assign(outline.style, { width: `${width}px`, height: `${height}px`, clipPath: outlinePath(width, height) });
+    const add = make("button", { type: "button", textContent: "Add" });
+    add.setAttribute("aria-label", `Add ${kind.displayName}, ${family.slice(6).toLowerCase()}`);
+    add.addEventListener("click", async () => { await act("place", { kind: kind.kind, family }); element("gallery").close(); });
+    return make("article", {}, make("div", { className: "shade" }, outline), make("h3", { textContent: kind.displayName }),
+      make("p", { className: "small", textContent: kind.description }), add);
+  })));
+  element("gallery").showModal();
+}
+
+function wire() {
+  element("add").addEventListener("click", openGallery);
+  element("edit").addEventListener("click", () => {
+    isEditing = !isEditing;
+    element("edit").setAttribute("aria-pressed", String(isEditing));
+    element("edit").textContent = isEditing ? "Done" : "Edit";
+    document.body.classList.toggle("is-editing", isEditing);
+    updateWidgets();
+  });
+  element("controls").addEventListener("click", () => {
+    element("panel").hidden = !element("panel").hidden;
+    element("controls").setAttribute("aria-expanded", String(!element("panel").hidden));
+    if (!element("panel").hidden) showLedger();
+  });
+  document.querySelectorAll("[data-close]").forEach((button) => button.addEventListener("click", () => button.closest("dialog").close()));
+  element("theme").addEventListener("change", (event) => act("theme", { theme: Number(event.target.value) }));
+  element("mode").addEventListener("change", (event) => act("mode", { mode: event.target.value }));
+  element("user").addEventListener("change", (event) => act("user", { user: event.target.value }));
+  element("environment").addEventListener("change", (event) => act("environment", { environment: event.target.value }));
+  element("fault").addEventListener("change", (event) => act("fault", { fault: event.target.value }));
+  element("kill").addEventListener("click", () => act("kill"));
+  element("reload").addEventListener("click", () => act("reload"));
+  element("day").addEventListener("click", () => showDay());
+  element("news").addEventListener("submit", (event) => { event.preventDefault(); act("news", { address: element("news-address").value }); });
+  element("asset-form").addEventListener("submit", (event) => {
+    event.preventDefault();
+    if (element("asset-choice").value) act("assets", { keys: [...state.app.assets.map((asset) => asset.key), element("asset-choice").value] });
+  });
+  document.querySelectorAll("[data-clock]").forEach((button) => button.addEventListener("click", () => {
+    const wish = button.dataset.clock;
+    act("clock", wish === "real" ? {} : { rate: wish === "stop" ? 0 : Number(wish) });
+  }));
+  element("travel").addEventListener("submit", (event) => {
+    event.preventDefault();
+    const time = element("travel-time").value;
+    if (time) act("clock", { instant: `${time.length === 16 ? `${time}:00` : time}+05:30`, rate: 0 });
+  });
+}
+
+async function start() {
+  choices = await (await fetch("/choices")).json();
+  element("user").replaceChildren(make("option", { value: "", textContent: "nobody" }), ...choices.users.map((user) =>
+    make("option", { value: user.name, textContent: `${user.name} (${user.description})` })));
+  if (!choices.users.length) element("user").closest("label").hidden = true;
+  wire();
+  const events = new EventSource("/events");
+  events.addEventListener("state", (event) => update(event.data));
+  events.addEventListener("error", () => { element("notice").textContent = "The home screen is not running."; });
+  setInterval(updateAges, 1000);
+}
+
+start();

@@ -1,0 +1,335 @@
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <thread>
+#include "host/web/center_socket.h"
+#include "host/web/deep_link.h"
+#include "host/web/demo_child.h"
+#include "host/web/home_screen.h"
+#include "host/web/page_server.h"
+#include "host/web/placements.h"
+#include "platform/widget/host_widget_center.h"
+
+namespace host {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+using platform::WidgetFamily;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+class Folder {
+public:
+    Folder() {
+        std::string pattern = "/tmp/brightledger-home-XXXXXX";
+        path_ = ::mkdtemp(pattern.data());
+    }
+    ~Folder() { std::filesystem::remove_all(path_); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    const std::filesystem::path& path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+TEST(Placements, ArePackedInOrderAndNeverOnAnEarlierPage) {
+    const Placement small{1, "PerchWidget", WidgetFamily::systemSmall};
+    const Placement medium{2, "PerchWidget", WidgetFamily::systemMedium};
+    const Placement large{3, "NewsWidget", WidgetFamily::systemLarge};
+    using Place = GridPlace;
+    EXPECT_THAT(packed({small, medium, small, large}),
+                ElementsAre(Place{0, 0, 0}, Place{0, 0, 1}, Place{0, 1, 0}, Place{1, 0, 0}));
+    EXPECT_THAT(packed({large, medium, large, small, small}),
+                ElementsAre(Place{0, 0, 0}, Place{0, 0, 2}, Place{1, 0, 0}, Place{1, 0, 2}, Place{1, 1, 2}));
+    EXPECT_THAT(packed({}), IsEmpty());
+}
+
+TEST(Placements, SurviveInAFileOfTheOwnersAndRefuseNonsense) {
+    const Folder folder;
+    const auto file = folder.path() / "home-screen.json";
+    EXPECT_THAT(*loadPlacements(file), IsEmpty());
+    const std::vector<Placement> placements{{1, "NewsWidget", WidgetFamily::systemLarge},
+                                            {2, "PerchWidget", WidgetFamily::systemSmall}};
+    ASSERT_TRUE(savePlacements(file, placements));
+    EXPECT_EQ(*loadPlacements(file), placements);
+    struct stat status{};
+    ::stat(file.c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777, 0600U);
+    for (const char* nonsense : {"", "{", "[]", R"({"widgets":[{"kind":"A","family":"huge"}]})",
+                                 R"({"widgets":[{"kind":1,"family":"systemSmall"}]})"}) {
+        std::ofstream(file, std::ios::trunc) << nonsense;
+        EXPECT_FALSE(loadPlacements(file)) << nonsense;
+    }
+}
+
+TEST(DeepLinks, AreTakenApartAsThePhoneAppWould) {
+    using Parameters = std::vector<std::pair<std::string, std::string>>;
+    const struct {
+        const char* link;
+        DeepLink parts;
+    } cases[] = {
+        {"brightledgerwidget://openPortfolio", {"openPortfolio", {}}},
+        {"brightledgerwidget://indices/?id=4&exchg=bse&link_flag=1&positionSelected=1",
+         {"indices",
+          Parameters{{"id", "4"}, {"exchg", "bse"}, {"link_flag", "1"}, {"positionSelected", "1"}}}},
+        {"brightledgerwidget://news/?url=https://x.invalid/a?b=c&d=e&articleType=news&storyId=&isArticle=1",
+         {"news", Parameters{{"url", "https://x.invalid/a?b=c&d=e"},
+                             {"articleType", "news"},
+                             {"storyId", ""},
+                             {"isArticle", "1"}}}},
+        {"brightledgerwidget://future/&instrument=X&positionSelected=2",
+         {"future", Parameters{{"instrument", "X"}, {"positionSelected", "2"}}}},
+        {"", {"", {}}},
+        {"brightledgerwidget://&&", {"", Parameters{{"", "&"}}}},
+    };
+    for (const auto& [link, parts] : cases) EXPECT_EQ(takenApart(link), parts) << link;
+}
+
+TEST(CenterSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
+    const Folder folder;
+    const auto path = folder.path() / "ours" / "host.socket";
+    EXPECT_THAT(platform::askHost(path, "placed", 1s).error().message, HasSubstr("no widget host"));
+    {
+        const auto socket = CenterSocket::open(path, [](std::string_view question) {
+            return question == "bad" ? std::string("error\nno") : "ok\n" + std::string(question.size(), 'x');
+        });
+        ASSERT_TRUE(socket) << socket.error().message;
+        struct stat status{};
+        ::stat(path.c_str(), &status);
+        EXPECT_EQ(status.st_mode & 0777, 0600U);
+        EXPECT_EQ(platform::askHost(path, std::string(300000, 'q'), 5s)->size(), 300000U);
+        EXPECT_EQ(platform::askHost(path, "bad", 1s).error().message, "no");
+        EXPECT_THAT(CenterSocket::open(path, {}).error().message, HasSubstr("running already"));
+    }
+    EXPECT_FALSE(platform::askHost(path, "placed", 1s));
+    ASSERT_EQ(::chmod(path.parent_path().c_str(), 0777), 0);
+    EXPECT_THAT(CenterSocket::open(path, {}).error().message, HasSubstr("not ours alone"));
+}
+
+/// A home screen with the real extension on the real demo service, and its page.
+struct House {
+    explicit House(const std::filesystem::path& directory) {
+        const std::filesystem::path programs = BRIGHTLEDGER_PROGRAM_DIR;
+        demo = std::move(*DemoChild::start(programs / "brightledger-demo"));
+        const auto plist = directory / "info.plist";
+        platform::RuntimeOptions runtime;
+        runtime.dataDirectory = directory / "data";
+        HomeScreenOptions options{
+            .runtime = runtime,
+            .extensionProgram = programs / "brightledger-extension",
+            .extensionArguments = {"--data-dir", (directory / "data").string(), "--info-plist",
+                                   plist.string(), "--locale", "en_IN", "--time-zone", "Asia/Kolkata"},
+            .infoPlist = plist,
+            .resources = std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources",
+            .demoOrigin = demo->origin()};
+        auto started = HomeScreen::start(std::move(options));
+        EXPECT_TRUE(started) << started.error().message;
+        home = std::move(*started);
+        page = std::move(
+            *PageServer::start(*home, 0, std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources/web"));
+    }
+
+    json state() const { return json::parse(home->stateText()); }
+
+    /// Waits until the state is as it should be; the state then, or the last one.
+    json waitFor(const std::function<bool(const json&)>& isGood) const {
+        const auto end = std::chrono::steady_clock::now() + 20s;
+        json now = state();
+        while (!isGood(now) && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(20ms);
+            now = state();
+        }
+        EXPECT_TRUE(isGood(now)) << now.dump(1).substr(0, 3000);
+        return now;
+    }
+
+    std::string ask(const std::string& request) const {
+        const std::string address = page->address();
+        const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in place{};
+        place.sin_family = AF_INET;
+        place.sin_port = htons(static_cast<std::uint16_t>(std::stoi(address.substr(17))));
+        place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        ::connect(socket, reinterpret_cast<sockaddr*>(&place), sizeof place);
+        ::send(socket, request.data(), request.size(), MSG_NOSIGNAL);
+        std::string answer;
+        char piece[4096];
+        for (ssize_t got = 0; (got = ::recv(socket, piece, sizeof piece, 0)) > 0;)
+            answer.append(piece, static_cast<std::size_t>(got));
+        ::close(socket);
+        return answer;
+    }
+    std::string host() const { return page->address().substr(7, page->address().find("/?") - 7); }
+    std::string cookie() const {
+        const std::string answer = ask("GET " + page->address().substr(page->address().find("/?")) +
+                                       " HTTP/1.1\r\nHost: " + host() + "\r\nConnection: close\r\n\r\n");
+        const std::size_t start = answer.find("Set-Cookie: ") + 12;
+        return answer.substr(start, answer.find(';', start) - start);
+    }
+
+    std::unique_ptr<DemoChild> demo;
+    std::unique_ptr<HomeScreen> home;
+    std::unique_ptr<PageServer> page;
+};
+
+bool areAllShown(const json& state) {
+    return std::ranges::all_of(state["widgets"], [](const json& widget) {
+        return !widget["picture"].is_null() && widget["picture"]["isPlaceholder"] == false;
+    });
+}
+
+const json& widgetOf(const json& state, const std::string& kind) {
+    return *std::ranges::find_if(state["widgets"],
+                                 [&](const json& widget) { return widget["kind"] == kind; });
+}
+
+TEST(HomePage, LetsNobodyInWithoutTheAddressThatWasPrinted) {
+    const Folder folder;
+    const House house(folder.path());
+    const std::string host = "\r\nHost: " + house.host() + "\r\nConnection: close\r\n";
+    const std::string cookie = "Cookie: " + house.cookie() + "\r\n";
+    const std::string body = R"({"action":"reload"})";
+    const std::string length = "Content-Length: " + std::to_string(body.size()) + "\r\n";
+    const struct {
+        std::string request;
+        const char* status;
+    } cases[] = {
+        {"GET / HTTP/1.1" + host + cookie + "\r\n", "HTTP/1.1 200"},
+        {"GET /state HTTP/1.1" + host + cookie + "\r\n", "HTTP/1.1 200"},
+        {"GET / HTTP/1.1" + host + "\r\n", "HTTP/1.1 403"},
+        {"GET /state HTTP/1.1" + host + "Cookie: " + house.cookie() + "0\r\n\r\n", "HTTP/1.1 403"},
+        {"GET /?token=0 HTTP/1.1" + host + "\r\n", "HTTP/1.1 403"},
+        {"GET / HTTP/1.1\r\nHost: localhost:" + house.host().substr(10) + "\r\nConnection: close\r\n" +
+             cookie + "\r\n",
+         "HTTP/1.1 421"},
+        {"GET / HTTP/1.1\r\nHost: evil.invalid\r\nConnection: close\r\n" + cookie + "\r\n", "HTTP/1.1 421"},
+        {"POST /act HTTP/1.1" + host + cookie + length + "\r\n" + body, "HTTP/1.1 403"},
+        {"POST /act HTTP/1.1" + host + cookie + "Origin: http://evil.invalid\r\n" + length + "\r\n" + body,
+         "HTTP/1.1 403"},
+        {"POST /act HTTP/1.1" + host + "Origin: http://" + house.host() + "\r\n" + length + "\r\n" + body,
+         "HTTP/1.1 403"},
+        {"POST /act HTTP/1.1" + host + cookie + "Origin: http://" + house.host() + "\r\n" + length + "\r\n" +
+             body,
+         "HTTP/1.1 200"},
+        {"GET /act?action=reload HTTP/1.1" + host + cookie + "\r\n", "HTTP/1.1 404"},
+        {"GET /../Info.plist HTTP/1.1" + host + cookie + "\r\n", "HTTP/1.1 404"},
+        {"PUT / HTTP/1.1" + host + cookie + "\r\n", "HTTP/1.1 405"},
+    };
+    for (const auto& [request, status] : cases)
+        EXPECT_THAT(house.ask(request), StartsWith(status)) << request;
+    EXPECT_THAT(house.ask(cases[0].request),
+                testing::AllOf(HasSubstr("default-src 'none'"), Not(HasSubstr("unsafe"))));
+}
+
+TEST(HomePage, ShowsTheWidgetsAndDoesWhatThePhoneAppWould) {
+    const Folder folder;
+    const House house(folder.path());
+    const auto act = [&](const json& request) {
+        const auto done = house.home->act(request);
+        EXPECT_TRUE(done) << request << done.error().message;
+    };
+    json state = house.waitFor(areAllShown);
+    EXPECT_EQ(state["widgets"].size(), 6U);
+    EXPECT_THAT(widgetOf(state, "PortfolioWidget")["picture"]["text"].get<std::string>(), HasSubstr("login"));
+    EXPECT_THAT(widgetOf(state, "PerchWidget")["picture"]["links"][0]["name"].get<std::string>(),
+                HasSubstr("SENSEX"));
+
+    act({{"action", "user"}, {"user", "asha"}});
+    state = house.waitFor([](const json& now) {
+        const json& picture = widgetOf(now, "PortfolioWidget")["picture"];
+        return !picture.is_null() && picture["text"].get<std::string>().find("Invested") != std::string::npos;
+    });
+    EXPECT_EQ(state["app"]["user"], "asha");
+    for (const char* secret : {"demo-a7c1", "10042", "portfolioapi"}) {
+        EXPECT_THAT(state.dump(), Not(HasSubstr(secret)));
+        EXPECT_THAT(*house.home->inspectionText(widgetOf(state, "PortfolioWidget")["id"]),
+                    Not(HasSubstr(secret)));
+        EXPECT_THAT(house.home->choicesText() + house.home->ledgerText(0), Not(HasSubstr(secret)));
+    }
+    act({{"action", "user"}, {"user", ""}});
+    EXPECT_THAT(house.state().dump(), Not(HasSubstr("Invested")));
+
+    act({{"action", "assets"}, {"keys", {"in;NSX-II", "KVT-EQ"}}});
+    house.waitFor([](const json& now) {
+        const std::string text = widgetOf(now, "PerchWidget")["picture"]["text"];
+        return text.find("Kaveri") != std::string::npos && text.find("SENSEX") == std::string::npos;
+    });
+    EXPECT_FALSE(house.home->act({{"action", "assets"}, {"keys", {"nonsense"}}}));
+    EXPECT_FALSE(house.home->act({{"action", "place"}, {"kind", "NewsWidget"}, {"family", "systemSmall"}}));
+    EXPECT_FALSE(house.home->act({{"action", "unknown"}}));
+}
+
+TEST(HomePage, KeepsThePicturesWhenTheExtensionIsKilledAndSaysWhatHappened) {
+    const Folder folder;
+    const House house(folder.path());
+    house.waitFor(areAllShown);
+    const int process = house.state()["extension"]["process"];
+    ASSERT_TRUE(house.home->act({{"action", "kill"}}));
+    const json state = house.waitFor([&](const json& now) {
+        return now["extension"]["process"] != 0 && now["extension"]["process"] != process && areAllShown(now);
+    });
+    EXPECT_EQ(house.home->answerProcess("placed"),
+              "ok\nPerchWidget systemMedium\nPortfolioWidget systemSmall\nPerchWidget systemSmall\n"
+              "PortfolioWidget systemMedium\nNewsWidget systemLarge\nPerchWidget systemLarge\n");
+    EXPECT_THAT(house.home->answerProcess("why NewsWidget"),
+                testing::AllOf(StartsWith("ok\n"), HasSubstr("asked by placement"), HasSubstr("shown")));
+    EXPECT_THAT(house.home->answerProcess("why Nothing"), StartsWith("error\n"));
+}
+
+TEST(HomePage, PlacesMovesAndRemovesAndRemembersIt) {
+    const Folder folder;
+    {
+        const House house(folder.path());
+        const int news = widgetOf(house.state(), "NewsWidget")["id"];
+        EXPECT_TRUE(house.home->act({{"action", "move"}, {"id", news}, {"index", 0}}));
+        EXPECT_TRUE(
+            house.home->act({{"action", "place"}, {"kind", "PerchWidget"}, {"family", "systemSmall"}}));
+        const json widgets = house.state()["widgets"];
+        EXPECT_EQ(widgets[0]["id"], news);
+        EXPECT_TRUE(house.home->act({{"action", "remove"}, {"id", widgets[1]["id"]}}));
+    }
+    const House house(folder.path());
+    std::vector<std::string> kinds;
+    for (const json& widget : house.state()["widgets"])
+        kinds.push_back(widget["kind"].get<std::string>() + widget["family"].get<std::string>().substr(6));
+    EXPECT_THAT(kinds, ElementsAre("NewsWidgetLarge", "PortfolioWidgetSmall", "PerchWidgetSmall",
+                                   "PortfolioWidgetMedium", "PerchWidgetLarge", "PerchWidgetSmall"));
+}
+
+TEST(HomePage, ChangesTheAutomaticThemeWhenItsClockPassesTheEvening) {
+    const Folder folder;
+    const House house(folder.path());
+    house.waitFor(areAllShown);
+    ASSERT_TRUE(house.home->act({{"action", "theme"}, {"theme", 2}}));
+    const auto backgroundAt = [&](const char* instant) {
+        const auto wanted = *platform::parseInstant(instant);
+        EXPECT_TRUE(house.home->act({{"action", "clock"}, {"instant", instant}}));
+        std::string color;
+        house.waitFor([&](const json& now) {
+            const int id = widgetOf(now, "PerchWidget")["id"];
+            const json entry = json::parse(*house.home->inspectionText(id))["entry"];
+            color = entry["backgroundColor"]["hex"];
+            return platform::parseInstant(entry["date"].get<std::string>()) == wanted;
+        });
+        return color;
+    };
+    EXPECT_EQ(backgroundAt("2026-11-22T19:00:00+05:30"), "#FFFFFF");
+    EXPECT_EQ(backgroundAt("2026-11-22T19:00:01+05:30"), "#1A1A22");
+    EXPECT_FALSE(house.home->act({{"action", "clock"}, {"instant", "tomorrow"}}));
+}
+
+}  // namespace
+}  // namespace host
