@@ -15,7 +15,7 @@ View PortfolioWidgetView::body(const EnvironmentValues& environment) const {
     switch (pwTimelineEntry.apiError) {
         case PWAPIError::success:
             return PortfolioView{.pwTimelineEntry = pwTimelineEntry, .isCompact = isCompact}.body().padding(
-                margin);
+                {.top = margin, .leading = side, .bottom = margin, .trailing = side});
         case PWAPIError::noPortfolio:
             return NoPortfolioRecordView{.pwTimelineEntry = pwTimelineEntry, .isCompact = isCompact};
         case PWAPIError::nonLogin:
