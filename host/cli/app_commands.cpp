@@ -1,0 +1,86 @@
+#include "host/cli/app_commands.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <system_error>
+#include "companion/operations.h"
+#include "host/cli/output.h"
+#include "host/cli/surroundings.h"
+#include "platform/runtime/runtime.h"
+#include "platform/widget/host_widget_center.h"
+
+namespace host {
+namespace {
+
+using platform::ProcessOptions;
+using platform::Result;
+
+constexpr std::chrono::seconds waitingLimit{5};
+
+Result<void> callWords(companion::PhoneApp& app, const std::vector<std::string>& words) {
+    if (words.size() < 2) return platform::failure("UsageError", 2, "a call needs a class and a selector");
+    const auto result = app.call(words[0], words[1], {words.begin() + 2, words.end()});
+    if (!result) return tl::unexpected(result.error());
+    // One line a call, so that many can be told apart.
+    return printText(result->dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+}
+
+Result<void> callLines(companion::PhoneApp& app, std::istream& input) {
+    int number = 0;
+    for (std::string line; std::getline(input, line);) {
+        ++number;
+        const auto words = companion::splitCallLine(line);
+        const Result<void> called = !words           ? tl::unexpected(words.error())
+                                    : words->empty() ? Result<void>()
+                                                     : callWords(app, *words);
+        if (!called) {
+            return platform::failure(called.error().domain, called.error().code,
+                                     "line " + std::to_string(number) + ": " + called.error().message);
+        }
+    }
+    return {};
+}
+
+Result<void> printOperations() {
+    std::string lines;
+    for (const std::string& line : companion::listOperations()) lines += line + "\n";
+    return printText(lines);
+}
+
+}  // namespace
+
+Result<void> callOperation(const ProcessOptions& process, const std::vector<std::string>& words) {
+    if (words.empty()) return printOperations();
+    auto resolved = surroundings(process);
+    if (!resolved) return tl::unexpected(resolved.error());
+    resolved->widgetCenter = std::make_shared<platform::HostWidgetCenter>(resolved->dataDirectory);
+    const platform::Runtime runtime(std::move(*resolved));
+    runtime.makeCurrent();
+    companion::PhoneApp app(runtime);
+    return words == std::vector<std::string>{"-"} ? callLines(app, std::cin) : callWords(app, words);
+}
+
+Result<void> explainReloads(const ProcessOptions& process, const std::string& kind) {
+    const auto resolved = surroundings(process);
+    if (!resolved) return tl::unexpected(resolved.error());
+    Result<std::string> answer =
+        platform::askHost(platform::hostSocketPath(resolved->dataDirectory), "why " + kind, waitingLimit);
+    if (!answer) return tl::unexpected(answer.error());
+    if (!answer->ends_with('\n')) *answer += '\n';
+    return printText(*answer);
+}
+
+Result<void> becomeDemo(int port) {
+    const std::string program = platform::programDirectory() / "brightledger-demo";
+    execl(program.c_str(), program.c_str(), "--port", std::to_string(port).c_str(), nullptr);
+    return platform::failure("FileError", errno,
+                             program + " cannot be started: " + std::generic_category().message(errno));
+}
+
+}  // namespace host

@@ -1,0 +1,23 @@
+#pragma once
+
+// The commands that play the phone app, and those that speak to a running home screen.
+
+#include <string>
+#include <vector>
+#include "platform/base/result.h"
+#include "platform/runtime/process_options.h"
+
+namespace host {
+
+/// Calls a published operation: `words` are its class, its selector and the arguments. None lists all
+/// operations; a single "-" reads one call a line from standard input until one goes wrong.
+platform::Result<void> callOperation(const platform::ProcessOptions& process,
+                                     const std::vector<std::string>& words);
+
+/// Prints what the running home screen has noted about a widget's last reload.
+platform::Result<void> explainReloads(const platform::ProcessOptions& process, const std::string& kind);
+
+/// Becomes the demo service; returns only when that fails.
+platform::Result<void> becomeDemo(int port);
+
+}  // namespace host

@@ -1,0 +1,244 @@
+#include "host/cli/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+#include "host/cli/app_commands.h"
+#include "host/cli/output.h"
+#include "host/cli/store_commands.h"
+#include "host/cli/widget_commands.h"
+#include "host/web/run.h"
+#include "platform/runtime/command_line.h"
+
+namespace host {
+namespace {
+
+using platform::ProcessOptions;
+using platform::Result;
+
+constexpr const char* commonOptionsHelp =
+    "Every command takes these too, before or after its own words; an option beats its variable:\n"
+    "  --data-dir DIR       BRIGHTLEDGER_DATA_DIR    where the shared settings store lives\n"
+    "  --info-plist FILE    BRIGHTLEDGER_INFO_PLIST  the bundle's information dictionary\n"
+    "  --now INSTANT        BRIGHTLEDGER_NOW         stops the extension's clock (ISO 8601 with offset or "
+    "Z)\n"
+    "  --os-version N       BRIGHTLEDGER_OS_VERSION  the system's major version that the extension sees\n"
+    "  --locale ID          BRIGHTLEDGER_LOCALE      device locale, such as en_IN\n"
+    "  --time-zone ID       BRIGHTLEDGER_TIME_ZONE   device time zone, such as Asia/Kolkata\n"
+    "  --verbose                                     debug log on standard error";
+
+/// What a subcommand does once it has been read, in the exit code's terms.
+using Command = std::function<int()>;
+
+int exitCode(const Result<void>& result) { return result ? 0 : complain(result.error()); }
+
+/// The commands of the program. Reading the words fills the members and chooses `chosen`.
+class CommandLine {
+public:
+    explicit CommandLine(ProcessOptions process) : process_(std::move(process)) {
+        app_.footer(commonOptionsHelp);
+        app_.require_subcommand(1);
+        addHomeScreen();
+        addEntries();
+        addDrawing();
+        addStore();
+        addPhoneApp();
+    }
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    int run(std::vector<std::string> words) {
+        // The parser takes its words from the end.
+        std::reverse(words.begin(), words.end());
+        try {
+            app_.parse(std::move(words));
+        } catch (const CLI::CallForHelp& help) {
+            return app_.exit(help);
+        } catch (const CLI::ParseError& wrong) {
+            return complain({"UsageError", 2, wrong.what()});
+        }
+        return chosen_();
+    }
+
+private:
+    CLI::App* add(CLI::App& parent, const char* name, const char* description, Command command) {
+        CLI::App* subcommand = parent.add_subcommand(name, description);
+        subcommand->callback([this, own = std::move(command)] { chosen_ = own; });
+        return subcommand;
+    }
+    CLI::App* add(const char* name, const char* description, Command command) {
+        return add(app_, name, description, std::move(command));
+    }
+
+    void addHomeScreen() {
+        CLI::App* run = add("run", "serve the home screen on 127.0.0.1", [this] {
+            run_.process = process_;
+            run_.isDemo = service_ == "demo";
+            if (seconds_) run_.duration = std::chrono::seconds(*seconds_);
+            return runHomeScreen(run_);
+        });
+        run->add_option("--port", run_.port, "of the page; 0 takes any free one");
+        run->add_option("--service", service_, "demo (the default) or configured")
+            ->check(CLI::IsMember({"demo", "configured"}));
+        run->add_option("--for", seconds_, "stop after so many seconds")->check(CLI::NonNegativeNumber);
+
+        CLI::App* demo = add("demo", "start the demo service alone and print its origin",
+                             [this] { return exitCode(becomeDemo(demoPort_)); });
+        demo->add_option("--port", demoPort_, "0 takes any free one")->check(CLI::Range(0, 65535));
+
+        CLI::App* why = add("why", "tell from a running home screen why a widget was reloaded, or not",
+                            [this] { return exitCode(explainReloads(process_, question_.kind)); });
+        why->add_option("KIND", question_.kind)->required();
+
+        CLI::App* gallery = add("gallery", "list the widgets", [this] { return exitCode(makeGallery()); });
+        gallery->add_option("-o", galleryFolder_, "draw every widget, family, theme and state into a folder");
+    }
+
+    Result<void> makeGallery() const {
+        if (!galleryFolder_) return printGallery(process_);
+        return platform::failure("UsageError", 2, "the gallery cannot be drawn yet");
+    }
+
+    void addQuestion(CLI::App& command) {
+        command.add_option("KIND", question_.kind, "NewsWidget, PerchWidget or PortfolioWidget")->required();
+        command.add_option("--family", question_.family, "systemSmall, systemMedium or systemLarge")
+            ->required();
+    }
+
+    void addEntries() {
+        for (const auto& [name, request] : requests()) {
+            CLI::App* command = add(name, "ask a widget and print what it answers", [this, asked = request] {
+                question_.request = asked;
+                return exitCode(printEntries(process_, question_));
+            });
+            addQuestion(*command);
+            command->add_flag("--stats", question_.isMeasured, "print memory and times on standard error");
+        }
+        CLI::App* view = add("view", "print the view tree of the timeline's first entry",
+                             [this] { return exitCode(printView(process_, question_)); });
+        addQuestion(*view);
+    }
+
+    void addDrawing() {
+        CLI::App* draw = add("draw", "draw a widget's first entry, or any view tree",
+                             [this] { return exitCode(drawChosen()); });
+        auto* kind = draw->add_option("KIND", question_.kind, "NewsWidget, PerchWidget or PortfolioWidget");
+        auto* family =
+            draw->add_option("--family", question_.family, "systemSmall, systemMedium or systemLarge");
+        auto* request = draw->add_option("--request", request_, "timeline (default), snapshot or placeholder")
+                            ->check(CLI::IsMember({"timeline", "snapshot", "placeholder"}));
+        auto* stats =
+            draw->add_flag("--stats", question_.isMeasured, "print memory and times on standard error");
+        auto* tree = draw->add_option("--tree", tree_.file, "a view tree as JSON; - is standard input");
+        auto* size = draw->add_option("--size", tree_.size, "the tree's widget in points, WxH");
+        draw->add_option("--scale", drawing_.scale, "pixels a point: 1, 2 or 3 (default)");
+        draw->add_option("-o", drawing_.output, "a .png, .svg or .json file");
+        for (CLI::Option* ofWidget : {kind, family, request, stats}) ofWidget->excludes(tree);
+        kind->needs(family);
+        tree->needs(size);
+        size->needs(tree);
+
+        CLI::App* layout = add("layout", "lay out a view tree and print it with every frame",
+                               [this] { return exitCode(layoutTree(process_, tree_, drawing_.scale)); });
+        layout->add_option("FILE", tree_.file, "a view tree as JSON; - is standard input")->required();
+        layout->add_option("--size", tree_.size, "the widget in points, WxH")->required();
+        layout->add_option("--scale", drawing_.scale, "pixels a point: 1, 2 or 3 (default)");
+    }
+
+    Result<void> drawChosen() {
+        if (!tree_.file.empty()) return drawTree(process_, tree_, drawing_);
+        if (question_.kind.empty()) {
+            return platform::failure("UsageError", 2, "draw needs a KIND with its --family, or a --tree");
+        }
+        for (const auto& [name, request] : requests()) {
+            if (name == request_) question_.request = request;
+        }
+        return drawWidget(process_, question_, drawing_);
+    }
+
+    void addStore() {
+        CLI::App* store = app_.add_subcommand("store", "read and change the shared settings store");
+        store->require_subcommand(1);
+        CLI::App* exporting = add(*store, "export", "print the whole store as an XML property list",
+                                  [this] { return exitCode(exportStore(process_, storeFile_)); });
+        exporting->add_option("FILE", storeFile_);
+        CLI::App* importing = add(*store, "import", "set every key of a property list",
+                                  [this] { return exitCode(importStore(process_, *storeFile_)); });
+        importing->add_option("FILE", storeFile_)->required();
+        addWords(*store, "get", "KEY: print a value as JSON", 1,
+                 [this] { return exitCode(getKey(process_, words_[0])); });
+        addWords(*store, "set", "KEY TYPE VALUE: TYPE is string, integer, real, boolean, data, date or plist",
+                 3, [this] { return exitCode(setKey(process_, words_[0], words_[1], words_[2])); });
+        addWords(*store, "remove", "KEY: remove a value", 1,
+                 [this] { return exitCode(removeKey(process_, words_[0])); });
+        add(*store, "repair", "set a damaged store aside and say where",
+            [this] { return exitCode(repair(process_)); });
+    }
+
+    void addPhoneApp() {
+        addWords(app_, "call",
+                 "CLASS SELECTOR ARGUMENT...: call what the extension publishes to the phone app; "
+                 "alone: list it; -: one call a line",
+                 std::nullopt, [this] { return exitCode(callOperation(process_, words_)); });
+    }
+
+    /// A command whose words stay as they are, whatever they look like.
+    void addWords(CLI::App& parent, const char* name, const char* description,
+                  std::optional<std::size_t> count, Command command) {
+        CLI::App* subcommand = parent.add_subcommand(name, description);
+        subcommand->prefix_command();
+        subcommand->callback([this, subcommand, name, count, own = std::move(command)] {
+            words_ = subcommand->remaining();
+            if (!words_.empty() && words_.front() == "--") words_.erase(words_.begin());
+            if (count && words_.size() != *count) {
+                throw CLI::ValidationError(name, "takes " + std::to_string(*count) + " words, see --help");
+            }
+            chosen_ = own;
+        });
+    }
+
+    static const std::vector<std::pair<const char*, EntryRequest>>& requests() {
+        static const std::vector<std::pair<const char*, EntryRequest>> all{
+            {"placeholder", EntryRequest::placeholder},
+            {"snapshot", EntryRequest::snapshot},
+            {"timeline", EntryRequest::timeline}};
+        return all;
+    }
+
+    CLI::App app_{"The widget host: asks the extension, lays out, draws and serves its widgets",
+                  "brightledger"};
+    Command chosen_;
+    const ProcessOptions process_;
+
+    RunOptions run_;
+    std::string service_ = "demo";
+    std::optional<long> seconds_;
+    int demoPort_ = 0;
+    std::optional<std::string> galleryFolder_;
+    WidgetQuestion question_;
+    std::string request_ = "timeline";
+    DrawingOptions drawing_;
+    TreeFile tree_;
+    std::optional<std::string> storeFile_;
+    std::vector<std::string> words_;
+};
+
+}  // namespace
+
+int runCommandLine(int count, char** words) {
+    // A reader that has gone is an error of the writing command.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::vector<std::string> arguments(words + 1, words + count);
+    Result<ProcessOptions> process = platform::takeProcessOptions(arguments);
+    if (!process) return complain(process.error());
+    return CommandLine(std::move(*process)).run(std::move(arguments));
+}
+
+}  // namespace host

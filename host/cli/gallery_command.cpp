@@ -1,0 +1,25 @@
+#include "host/cli/gallery_command.h"
+
+#include <filesystem>
+#include "host/cli/output.h"
+#include "host/gallery/gallery.h"
+
+namespace host {
+
+platform::Result<void> drawGalleryFolder(const platform::ProcessOptions& process, const std::string& folder,
+                                         const std::optional<std::string>& comparedWith) {
+    GalleryOptions options{.folder = folder, .process = process};
+    if (comparedWith) options.comparedWith = *comparedWith;
+    if (process.isVerbose) options.log = [](const std::string& line) { printLine(line); };
+    const platform::Result<GalleryOutcome> outcome = drawGallery(options);
+    if (!outcome) return tl::unexpected(outcome.error());
+    const auto printed = printText(std::to_string(outcome->pictures) + " pictures, see " +
+                                   (options.folder / "index.html").string() + "\n");
+    if (!printed || outcome->isLikeBefore()) return printed;
+    return platform::failure("GalleryError", 2,
+                             std::to_string(outcome->changed) + " pictures changed, " +
+                                 std::to_string(outcome->added) + " are new and " +
+                                 std::to_string(outcome->missing) + " are no longer drawn");
+}
+
+}  // namespace host

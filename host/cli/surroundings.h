@@ -1,0 +1,16 @@
+#pragma once
+
+// What the commands take from the command line, the environment and the system.
+
+#include "host/process/extension_process.h"
+#include "platform/runtime/process_options.h"
+
+namespace host {
+
+platform::Result<platform::RuntimeOptions> surroundings(const platform::ProcessOptions& process);
+
+/// How to start the extension in those surroundings; its log goes to standard error when it is wanted.
+ExtensionOptions extensionOptions(const platform::ProcessOptions& process,
+                                  const platform::RuntimeOptions& resolved);
+
+}  // namespace host

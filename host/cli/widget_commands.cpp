@@ -1,0 +1,266 @@
+#include "host/cli/widget_commands.h"
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <utility>
+#include "host/cli/output.h"
+#include "host/cli/surroundings.h"
+#include "host/layout/layout.h"
+#include "host/paint/painter.h"
+#include "platform/view/view_json.h"
+
+namespace host {
+namespace {
+
+using nlohmann::ordered_json;
+using platform::Error;
+using platform::ProcessOptions;
+using platform::Result;
+
+constexpr std::chrono::seconds waitingLimit{70};
+constexpr double longestSide = 4096.0;
+
+tl::unexpected<Error> wrongUsage(std::string message) {
+    return platform::failure("UsageError", 2, std::move(message));
+}
+
+const char* requestName(EntryRequest request) {
+    switch (request) {
+        case EntryRequest::placeholder: return "placeholder";
+        case EntryRequest::snapshot: return "snapshot";
+        case EntryRequest::timeline: return "timeline";
+    }
+    return "";
+}
+
+/// An answer, and what it cost.
+struct Answered {
+    platform::WidgetFamily family{};
+    EntryAnswer answer;
+    ExtensionStatistics statistics;
+    int osVersion = 18;
+};
+
+enum class Wanted { entries, views };
+
+Result<Answered> askExtension(const ProcessOptions& process, const WidgetQuestion& question, Wanted wanted) {
+    const auto family = platform::widgetFamily(question.family);
+    if (!family) return wrongUsage("there is no family \"" + question.family + "\"");
+    const auto resolved = surroundings(process);
+    if (!resolved) return tl::unexpected(resolved.error());
+
+    ExtensionProcess extension(extensionOptions(process, *resolved));
+    Result<EntryAnswer> answer = extension.ask({.kind = question.kind,
+                                                .family = *family,
+                                                .request = question.request,
+                                                .wantsEntries = wanted == Wanted::entries,
+                                                .wantsViews = wanted == Wanted::views},
+                                               waitingLimit);
+    if (!answer) return tl::unexpected(answer.error());
+    if (answer->entries.empty()) {
+        return platform::failure("ExtensionError", 3, question.kind + " answered without an entry");
+    }
+    return Answered{*family, std::move(*answer), extension.statistics(), resolved->osVersion};
+}
+
+/// To a thousandth.
+double rounded(double milliseconds) { return std::round(milliseconds * 1000.0) / 1000.0; }
+
+ordered_json statisticsJson(const ExtensionStatistics& statistics) {
+    return {{"peakRssKiB", statistics.peakRssKiB},  {"privateKiB", statistics.privateKiB},
+            {"userMs", rounded(statistics.userMs)}, {"systemMs", rounded(statistics.systemMs)},
+            {"wallMs", rounded(statistics.wallMs)}, {"networkMs", rounded(statistics.networkMs)}};
+}
+
+Result<ordered_json> entryJson(const AnsweredEntry& entry) {
+    ordered_json json = ordered_json::parse(entry.json, nullptr, /*allow_exceptions=*/false);
+    if (json.is_discarded()) return platform::failure("ExtensionError", 2, "an entry is no JSON");
+    return json;
+}
+
+ordered_json policyJson(const platform::TimelineReloadPolicy& policy) {
+    if (policy.kind == platform::TimelineReloadPolicy::Kind::atEnd) return "atEnd";
+    return {{"after", platform::formatInstant(policy.date)}};
+}
+
+ordered_json listingJson(const WidgetListing& widget) {
+    ordered_json families = ordered_json::array();
+    for (const platform::WidgetFamily family : widget.families) {
+        families.push_back(platform::description(family));
+    }
+    return {{"kind", widget.kind},
+            {"displayName", widget.displayName},
+            {"description", widget.description},
+            {"families", std::move(families)}};
+}
+
+enum class PictureFormat { displayList, png, svg };
+
+Result<PictureFormat> pictureFormat(const DrawingOptions& drawing) {
+    if (drawing.scale < 1 || drawing.scale > 3) return wrongUsage("the scale is 1, 2 or 3");
+    if (!drawing.output || drawing.output->ends_with(".json")) return PictureFormat::displayList;
+    if (drawing.output->ends_with(".png")) return PictureFormat::png;
+    if (drawing.output->ends_with(".svg")) return PictureFormat::svg;
+    return wrongUsage(*drawing.output + " ends in none of .png, .svg and .json");
+}
+
+struct DrawingTiming {
+    double layoutMs = 0.0;
+    Painter::Timing painter;
+};
+
+Result<std::string> encoded(Painter& painter, const DisplayList& list, PictureFormat format, int scale,
+                            Painter::Timing& timing) {
+    switch (format) {
+        case PictureFormat::png: return painter.png(list, scale, &timing);
+        case PictureFormat::svg: return painter.svg(list);
+        case PictureFormat::displayList: break;
+    }
+    return displayListJson(list).dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+Result<DrawingTiming> draw(const platform::View& view, const LayoutOptions& layout,
+                           const DrawingOptions& drawing) {
+    const Result<PictureFormat> format = pictureFormat(drawing);
+    if (!format) return tl::unexpected(format.error());
+    const auto painter = Painter::make(platform::resourcesDirectory());
+    if (!painter) return tl::unexpected(painter.error());
+
+    DrawingTiming timing;
+    const auto start = std::chrono::steady_clock::now();
+    const DisplayList list = makeDisplayList(view, layout, (*painter)->measurer(drawing.scale));
+    timing.layoutMs =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+
+    const Result<std::string> content = encoded(**painter, list, *format, drawing.scale, timing.painter);
+    if (!content) return tl::unexpected(content.error());
+    const Result<void> written = drawing.output ? writeFile(*drawing.output, *content) : printText(*content);
+    if (!written) return tl::unexpected(written.error());
+    return timing;
+}
+
+Result<platform::Size> parseSize(const std::string& text) {
+    platform::Size size;
+    const char* end = text.data() + text.size();
+    const auto width = std::from_chars(text.data(), end, size.width);
+    const bool hasHeight = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
+    const auto height = hasHeight ? std::from_chars(width.ptr + 1, end, size.height) : width;
+    const auto isSide = [](double side) { return side > 0.0 && side <= longestSide; };
+    if (!hasHeight || height.ec != std::errc() || height.ptr != end || !isSide(size.width) ||
+        !isSide(size.height)) {
+        return wrongUsage("the size \"" + text + "\" is not WxH, both above 0 and at most 4096 points");
+    }
+    return size;
+}
+
+struct Tree {
+    platform::View view;
+    LayoutOptions layout;
+};
+
+Result<Tree> readTree(const ProcessOptions& process, const TreeFile& tree) {
+    const auto resolved = surroundings(process);
+    if (!resolved) return tl::unexpected(resolved.error());
+    const Result<platform::Size> size = parseSize(tree.size);
+    if (!size) return tl::unexpected(size.error());
+    const Result<std::string> text = readFile(tree.file);
+    if (!text) return tl::unexpected(text.error());
+    const Result<platform::View> view = platform::viewFromJson(*text);
+    if (!view) {
+        return platform::failure("ViewError", view.error().code, tree.file + ": " + view.error().message);
+    }
+    return Tree{*view, {.size = *size, .osVersion = resolved->osVersion, .kind = {}, .family = {}}};
+}
+
+}  // namespace
+
+Result<void> printGallery(const ProcessOptions& process) {
+    const auto resolved = surroundings(process);
+    if (!resolved) return tl::unexpected(resolved.error());
+    ExtensionProcess extension(extensionOptions(process, *resolved));
+    const auto widgets = extension.gallery(waitingLimit);
+    if (!widgets) return tl::unexpected(widgets.error());
+    ordered_json list = ordered_json::array();
+    for (const WidgetListing& widget : *widgets) list.push_back(listingJson(widget));
+    return print(list);
+}
+
+Result<void> printEntries(const ProcessOptions& process, const WidgetQuestion& question) {
+    const Result<Answered> answered = askExtension(process, question, Wanted::entries);
+    if (!answered) return tl::unexpected(answered.error());
+    ordered_json entries = ordered_json::array();
+    for (const AnsweredEntry& entry : answered->answer.entries) {
+        Result<ordered_json> json = entryJson(entry);
+        if (!json) return tl::unexpected(json.error());
+        entries.push_back(std::move(*json));
+    }
+    ordered_json output{
+        {"kind", question.kind}, {"family", question.family}, {"request", requestName(question.request)}};
+    if (question.request == EntryRequest::timeline) {
+        output["entries"] = std::move(entries);
+        output["policy"] = policyJson(answered->answer.policy.value_or(platform::TimelineReloadPolicy{}));
+    } else {
+        output["entry"] = std::move(entries.front());
+    }
+    const Result<void> printed = print(output);
+    if (printed && question.isMeasured) {
+        printLine(ordered_json{{"extension", statisticsJson(answered->statistics)}}.dump());
+    }
+    return printed;
+}
+
+Result<void> printView(const ProcessOptions& process, const WidgetQuestion& question) {
+    const Result<Answered> answered = askExtension(process, question, Wanted::views);
+    if (!answered) return tl::unexpected(answered.error());
+    return print(platform::viewJson(answered->answer.entries.front().view.value_or(platform::View())));
+}
+
+Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& question,
+                        const DrawingOptions& drawing) {
+    if (const Result<PictureFormat> format = pictureFormat(drawing); !format) {
+        return tl::unexpected(format.error());
+    }
+    const Result<Answered> answered = askExtension(process, question, Wanted::views);
+    if (!answered) return tl::unexpected(answered.error());
+    const Result<DrawingTiming> timing =
+        draw(answered->answer.entries.front().view.value_or(platform::View()),
+             {.size = platform::widgetSize(answered->family),
+              .osVersion = answered->osVersion,
+              .kind = question.kind,
+              .family = question.family,
+              .isRedacted = question.request == EntryRequest::placeholder},
+             drawing);
+    if (!timing) return tl::unexpected(timing.error());
+    if (question.isMeasured) {
+        printLine(ordered_json{{"extension", statisticsJson(answered->statistics)},
+                               {"host",
+                                {{"layoutMs", rounded(timing->layoutMs)},
+                                 {"paintMs", rounded(timing->painter.paintMs)},
+                                 {"encodeMs", rounded(timing->painter.encodeMs)}}}}
+                      .dump());
+    }
+    return {};
+}
+
+Result<void> drawTree(const ProcessOptions& process, const TreeFile& file, const DrawingOptions& drawing) {
+    if (const Result<PictureFormat> format = pictureFormat(drawing); !format) {
+        return tl::unexpected(format.error());
+    }
+    const Result<Tree> tree = readTree(process, file);
+    if (!tree) return tl::unexpected(tree.error());
+    return draw(tree->view, tree->layout, drawing).map([](const DrawingTiming&) {});
+}
+
+Result<void> layoutTree(const ProcessOptions& process, const TreeFile& file, int scale) {
+    if (scale < 1 || scale > 3) return wrongUsage("the scale is 1, 2 or 3");
+    const Result<Tree> tree = readTree(process, file);
+    if (!tree) return tl::unexpected(tree.error());
+    const auto painter = Painter::make(platform::resourcesDirectory());
+    if (!painter) return tl::unexpected(painter.error());
+    return print(laidOutJson(tree->view, tree->layout, (*painter)->measurer(scale)));
+}
+
+}  // namespace host

@@ -1,0 +1,45 @@
+#pragma once
+
+// The commands that ask the extension and show what it answers.
+
+#include <optional>
+#include <string>
+#include "host/process/extension_process.h"
+#include "platform/runtime/process_options.h"
+
+namespace host {
+
+struct WidgetQuestion {
+    std::string kind;
+    std::string family;
+    EntryRequest request = EntryRequest::timeline;
+    /// Prints memory and times as one line on standard error.
+    bool isMeasured = false;
+};
+
+struct DrawingOptions {
+    /// Pixels a point: 1, 2 or 3.
+    int scale = 3;
+    /// A .png, .svg or .json; absent: the display list as JSON on standard output.
+    std::optional<std::string> output;
+};
+
+/// A tree that somebody wrote, and the widget's size as "WxH".
+struct TreeFile {
+    std::string file;
+    std::string size;
+};
+
+// All of them print to standard output and answer with what went wrong; the domain "UsageError"
+// is wrong usage.
+
+platform::Result<void> printGallery(const platform::ProcessOptions& process);
+platform::Result<void> printEntries(const platform::ProcessOptions& process, const WidgetQuestion& question);
+platform::Result<void> printView(const platform::ProcessOptions& process, const WidgetQuestion& question);
+platform::Result<void> drawWidget(const platform::ProcessOptions& process, const WidgetQuestion& question,
+                                  const DrawingOptions& drawing);
+platform::Result<void> drawTree(const platform::ProcessOptions& process, const TreeFile& tree,
+                                const DrawingOptions& drawing);
+platform::Result<void> layoutTree(const platform::ProcessOptions& process, const TreeFile& tree, int scale);
+
+}  // namespace host
