@@ -1,38 +1,18 @@
 #include "extension/app/bundle/news_widget.h"
 
 #include "extension/app/bundle/widget_content.h"
-#include "extension/theme/app_default_colors.h"
+#include "extension/app/settings/deep_links.h"
+#include "extension/widgets/news/model/news_timeline_entry.h"
+#include "extension/widgets/news/timeline/news_provider.h"
+#include "extension/widgets/news/views/news_widget_entry_view.h"
 
 namespace extension {
 
 using platform::EnvironmentValues;
 using platform::WidgetFamily;
 
-namespace {
-
-struct NewsEntry {
-    platform::Instant date;
-};
-nlohmann::ordered_json entryJson(const NewsEntry&) { return nlohmann::ordered_json::object(); }
-
-struct NewsEntryProvider {
-    using Entry = NewsEntry;
-    explicit NewsEntryProvider(const platform::Runtime& runtime) : runtime_(runtime) {}
-    NewsEntry placeholder(const platform::TimelineProviderContext&) { return {runtime_.now()}; }
-    void getSnapshot(const platform::TimelineProviderContext&, const std::function<void(NewsEntry)>& completion) {
-        completion({runtime_.now()});
-    }
-    void getTimeline(const platform::TimelineProviderContext&,
-                     const std::function<void(platform::Timeline<NewsEntry>)>& completion) {
-        completion({{{runtime_.now()}}, platform::TimelineReloadPolicy::atEnd()});
-    }
-    const platform::Runtime& runtime_;
-};
-
-}  // namespace
-
 std::unique_ptr<platform::WidgetConfiguration> NewsWidget::body(const platform::Runtime& runtime) const {
-    return std::make_unique<platform::StaticConfiguration<NewsEntryProvider>>(
+    return std::make_unique<platform::StaticConfiguration<NewsProvider>>(
         platform::WidgetDescription{
             .kind = kind,
             .displayName = "Brightledger News",
@@ -40,9 +20,12 @@ std::unique_ptr<platform::WidgetConfiguration> NewsWidget::body(const platform::
             .families = {WidgetFamily::systemLarge},
             .contentMarginsDisabled = runtime.osVersion() >= 17,
         },
-        std::make_unique<NewsEntryProvider>(runtime),
-        [](const NewsEntry&, const EnvironmentValues& environment) {
-            return widgetContent(platform::View(), platform::Color::gray(), environment);
+        std::make_unique<NewsProvider>(runtime),
+        [moreNews = moreNewsLink(runtime)](const NewsTimelineEntry& entry,
+                                           const EnvironmentValues& environment) {
+            const platform::View view =
+                NewsWidgetEntryView{.entry = entry, .moreNewsLink = moreNews}.body(environment);
+            return widgetContent(view, entry.backgroundColor, environment);
         });
 }
 
