@@ -1,0 +1,271 @@
+#include "host/process/extension_process.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <iterator>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+#include "platform/settings/property_list.h"
+#include "tests/support/loopback_server.h"
+#include "tests/support/temporary_directory.h"
+
+namespace {
+
+using host::EntryQuestion;
+using host::EntryRequest;
+using host::ExtensionOptions;
+using host::ExtensionProcess;
+using platform::PropertyList;
+using platform::WidgetFamily;
+using testing::HasSubstr;
+using testing::StartsWith;
+using namespace std::chrono_literals;
+
+const std::filesystem::path programs = BRIGHTLEDGER_PROGRAM_DIR;
+constexpr auto patience = 60s;
+
+/// An extension whose quotes come from a service of the test's own.
+class ExtensionTest : public testing::Test {
+protected:
+    ExtensionOptions options(std::vector<std::string> more = {}) const {
+        std::vector<std::string> arguments{
+            "--data-dir", directory_.path() / "data", "--info-plist", informationFile(),
+            "--now",      "2026-11-22T06:30:00Z",     "--time-zone",  "Asia/Kolkata"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return {.program = programs / "brightledger-extension", .arguments = arguments, .log = {}};
+    }
+
+    std::string informationFile() const {
+        const std::filesystem::path file = directory_.path() / "Info.plist";
+        std::ofstream(file) << *platform::xmlPropertyList(
+            PropertyList::Dictionary{{"ProductionAPIHost", service_.origin()}});
+        return file;
+    }
+
+    tests::TemporaryDirectory directory_;
+    tests::LoopbackServer service_;
+};
+
+EntryQuestion perch(EntryRequest request) {
+    return {.kind = "PerchWidget",
+            .family = WidgetFamily::systemMedium,
+            .request = request,
+            .wantsEntries = true,
+            .wantsViews = true};
+}
+
+std::size_t openFiles() {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+std::string fileContent(const std::filesystem::path& file) {
+    std::ifstream input(file);
+    return {std::istreambuf_iterator<char>(input), {}};
+}
+
+bool hasNoChild() { return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD; }
+
+TEST_F(ExtensionTest, OneChildServesAllWidgetsAndStaysWarm) {
+    ExtensionProcess extension(options());
+    EXPECT_EQ(extension.processId(), 0);
+
+    const auto widgets = extension.gallery(patience);
+    ASSERT_TRUE(widgets) << widgets.error().message;
+    const int child = extension.processId();
+    ASSERT_EQ(widgets->size(), 3U);
+    EXPECT_EQ((*widgets)[0].kind, "NewsWidget");
+    EXPECT_THAT((*widgets)[0].families, testing::ElementsAre(WidgetFamily::systemLarge));
+    EXPECT_EQ((*widgets)[1].displayName, "Perch");
+    EXPECT_EQ((*widgets)[2].description, "Real-time Tracking Widget");
+
+    const auto placeholder = extension.ask(perch(EntryRequest::placeholder), patience);
+    ASSERT_TRUE(placeholder) << placeholder.error().message;
+    EXPECT_FALSE(placeholder->policy);
+    const auto timeline = extension.ask(perch(EntryRequest::timeline), patience);
+    ASSERT_TRUE(timeline) << timeline.error().message;
+    ASSERT_EQ(timeline->entries.size(), 1U);
+    EXPECT_THAT(timeline->entries.front().json, StartsWith("{"));
+    EXPECT_TRUE(timeline->entries.front().view);
+    EXPECT_EQ(timeline->policy,
+              platform::TimelineReloadPolicy::after(*platform::parseInstant("2026-11-22T06:30:30Z")));
+
+    EXPECT_TRUE(extension.ping(patience));
+    EXPECT_EQ(extension.processId(), child);
+    EXPECT_GT(extension.statistics().peakRssKiB, 1000);
+    EXPECT_GT(extension.statistics().wallMs, 0.0);
+}
+
+TEST_F(ExtensionTest, AWidgetOrFamilyThatThereIsNotIsWrongUsage) {
+    ExtensionProcess extension(options());
+    const auto unknown = extension.ask({.kind = "ClockWidget"}, patience);
+    ASSERT_FALSE(unknown);
+    EXPECT_EQ(unknown.error().domain, "UsageError");
+    EXPECT_EQ(unknown.error().message,
+              "there is no widget \"ClockWidget\", but NewsWidget, PerchWidget, PortfolioWidget");
+
+    const auto small = extension.ask({.kind = "NewsWidget", .family = WidgetFamily::systemSmall}, patience);
+    ASSERT_FALSE(small);
+    EXPECT_EQ(small.error().message,
+              "NewsWidget does not support the family \"systemSmall\", but systemLarge");
+}
+
+TEST_F(ExtensionTest, ALateAnswerIsDroppedAndTheChildLivesOn) {
+    service_.answer({.status = 500, .delay = 700ms});
+    ExtensionProcess extension(options());
+    ASSERT_TRUE(extension.ping(patience));
+    const int child = extension.processId();
+
+    const auto late = extension.ask(perch(EntryRequest::timeline), 100ms);
+    ASSERT_FALSE(late);
+    EXPECT_EQ(late.error().message, "the extension did not answer in 100 ms");
+
+    const auto next = extension.ask(perch(EntryRequest::timeline), patience);
+    EXPECT_TRUE(next) << next.error().message;
+    EXPECT_EQ(extension.processId(), child);
+    EXPECT_GE(next->networkMs, 600.0);
+}
+
+TEST_F(ExtensionTest, ADeathFailsWhatWasAskedWithItsSignalAndTheNextQuestionStartsANewChild) {
+    service_.answer({.ending = tests::Answer::Ending::silence});
+    ExtensionProcess extension(options());
+    ASSERT_TRUE(extension.ping(patience));
+    const int first = extension.processId();
+
+    auto answer = std::async(std::launch::async,
+                             [&] { return extension.ask(perch(EntryRequest::timeline), patience); });
+    ASSERT_TRUE(service_.waitForRequests(1));
+    kill(first, SIGKILL);
+    const auto killed = answer.get();
+    ASSERT_FALSE(killed);
+    EXPECT_EQ(killed.error().message, "the extension was ended by signal 9 (SIGKILL)");
+
+    ASSERT_TRUE(extension.ping(patience));
+    EXPECT_NE(extension.processId(), first);
+}
+
+TEST_F(ExtensionTest, AChildThatStandsStillIsEndedWhenItAnswersNoPing) {
+    ExtensionProcess extension(options());
+    ASSERT_TRUE(extension.ping(patience));
+    kill(extension.processId(), SIGSTOP);
+
+    const auto answer = extension.ask(perch(EntryRequest::placeholder), patience);
+    ASSERT_FALSE(answer);
+    EXPECT_EQ(answer.error().message, "the extension answered no ping for 2 seconds");
+    EXPECT_TRUE(extension.ping(patience));
+}
+
+TEST_F(ExtensionTest, ItsClockFollowsTheHostsAlsoInAChildThatStartsLater) {
+    ExtensionProcess extension(options());
+    const auto reloadAfter = [&] {
+        const auto answer = extension.ask(perch(EntryRequest::timeline), patience);
+        return platform::formatInstant(answer->policy->date);
+    };
+    ASSERT_TRUE(extension.setClock(platform::parseInstant("2027-01-01T00:00:00Z"), 0.0));
+    EXPECT_EQ(extension.processId(), 0);
+    EXPECT_EQ(reloadAfter(), "2027-01-01T00:00:30.000Z");
+    ASSERT_TRUE(extension.setClock(platform::parseInstant("2027-02-01T00:00:00Z"), 0.0));
+    EXPECT_EQ(reloadAfter(), "2027-02-01T00:00:30.000Z");
+    extension.end();
+    EXPECT_EQ(extension.processId(), 0);
+    EXPECT_EQ(reloadAfter(), "2027-02-01T00:00:30.000Z");
+}
+
+TEST_F(ExtensionTest, TheChildHasNothingOfItsParentsButThreeDescriptors) {
+    ASSERT_EQ(setenv("BRIGHTLEDGER_TEST_SECRET", "open sesame", 1), 0);
+    ExtensionProcess extension(options());
+    ASSERT_TRUE(extension.ping(patience));
+    const std::filesystem::path child = "/proc/" + std::to_string(extension.processId());
+
+    EXPECT_THAT(fileContent(child / "environ"), testing::Not(HasSubstr("BRIGHTLEDGER_TEST_SECRET")));
+    EXPECT_THAT(fileContent(child / "status"), HasSubstr("NoNewPrivs:\t1"));
+    std::size_t inherited = 0;
+    for (const auto& file : std::filesystem::directory_iterator(child / "fd")) {
+        const std::string target = std::filesystem::read_symlink(file);
+        inherited += target.starts_with("socket:") || target.starts_with("pipe:");
+    }
+    EXPECT_EQ(inherited, 3U);
+}
+
+TEST_F(ExtensionTest, TheChildsLogArrivesLineByLine) {
+    std::mutex mutex;
+    std::vector<std::string> lines;
+    ExtensionOptions verbose = options({"--no-such-option"});
+    verbose.log = [&](std::string line) {
+        const std::lock_guard lock(mutex);
+        lines.push_back(std::move(line));
+    };
+    ExtensionProcess extension(verbose);
+    const auto refused = extension.ping(patience);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message,
+              "the extension ended with exit code 2: "
+              "brightledger-extension: cannot use the argument --no-such-option");
+    EXPECT_THAT(lines,
+                testing::ElementsAre("brightledger-extension: cannot use the argument --no-such-option"));
+}
+
+TEST(ExtensionProcess, AProgramThatIsNotThereIsAnErrorAndNotAWait) {
+    ExtensionProcess extension({.program = "/no/such/program", .arguments = {}, .log = {}});
+    const auto answer = extension.ping(patience);
+    ASSERT_FALSE(answer);
+    EXPECT_EQ(answer.error().message,
+              "the extension /no/such/program cannot be started: No such file or directory");
+}
+
+struct BadSpeaker {
+    const char* script;
+    const char* complaint;
+};
+
+TEST(ExtensionProcess, AChildThatSpeaksAnotherLanguageIsEnded) {
+    const BadSpeaker speakers[] = {
+        {"printf '\\377\\377\\377\\377\\377'; sleep 60", "the extension sent what is no message"},
+        {"printf '\\002\\377\\377'; sleep 60", "the extension sent what is no message"},
+        {"printf '\\004\\022\\002\\010\\007'; sleep 60", "the extension speaks another version"},
+        {"exec >&- <&-; sleep 60", "the extension closed its output"},
+        {"exit 7", "the extension ended with exit code 7"},
+        {"kill -SEGV $$", "the extension was ended by signal 11 (SIGSEGV)"},
+        {"echo fatal error: broken >&2; kill -ABRT $$",
+         "the extension was ended by signal 6 (SIGABRT): broken"},
+    };
+    for (const BadSpeaker& speaker : speakers) {
+        ExtensionProcess extension({.program = "/bin/sh", .arguments = {"-c", speaker.script}, .log = {}});
+        const auto answer = extension.ping(patience);
+        ASSERT_FALSE(answer) << speaker.script;
+        EXPECT_EQ(answer.error().message, speaker.complaint) << speaker.script;
+    }
+}
+
+TEST(ExtensionProcess, AThousandDeathsLeaveNoZombieAndNoOpenFile) {
+    ExtensionProcess extension({.program = "/bin/false", .arguments = {}, .log = {}});
+    ASSERT_FALSE(extension.ping(patience));
+    const std::size_t before = openFiles();
+    for (int death = 0; death < 1000; ++death) ASSERT_FALSE(extension.ping(patience));
+    EXPECT_LE(openFiles(), before);
+    EXPECT_TRUE(hasNoChild());
+}
+
+TEST(ExtensionProcess, ItsEndFailsWhatIsStillAskedAndLeavesNothing) {
+    ExtensionProcess extension({.program = "/bin/sleep", .arguments = {"60"}, .log = {}});
+    auto answer = std::async(std::launch::async, [&] { return extension.ping(patience); });
+    while (extension.processId() == 0) std::this_thread::sleep_for(1ms);
+    extension.end();
+    const auto ended = answer.get();
+    ASSERT_FALSE(ended);
+    EXPECT_THAT(ended.error().message, StartsWith("the extension was ended"));
+    EXPECT_TRUE(hasNoChild());
+}
+
+}  // namespace
