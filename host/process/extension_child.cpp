@@ -3,8 +3,8 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <sys/pidfd.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -46,6 +46,10 @@ constexpr long residentLimitKiB = 30L * 1024;
 #endif
 
 platform::Error extensionError(std::string message) { return {"ExtensionError", 1, std::move(message)}; }
+
+/// A descriptor that becomes readable with the end of the process. The library's own function has no
+/// declaration for C++.
+int openProcess(int processId) { return static_cast<int>(syscall(SYS_pidfd_open, processId, 0)); }
 
 /// Above the three standard ones, which a child's own go over.
 FileDescriptor aboveStandard(int number) {
@@ -224,7 +228,7 @@ bool ExtensionChild::start() {
     }
     const std::lock_guard lock(mutex_);
     processId_ = *child;
-    process_ = FileDescriptor(pidfd_open(*child, 0));
+    process_ = FileDescriptor(openProcess(*child));
     return true;
 }
 
