@@ -8,6 +8,7 @@
 #include <optional>
 #include "demo/market.h"
 #include "demo/pictures.h"
+#include "demo/scenes.h"
 #include "extension/widgets/perch/proto/market_package.h"
 #include "serving/http_server.h"
 
@@ -269,6 +270,10 @@ Response DemoService::Implementation::answer(const Request& request) {
     if (request.path.starts_with("/demo/")) return control(request);
     // The extension's requests name their method in lower case.
     if (!request.isMethod("GET")) return {.status = 405, .body = platform::Bytes("GET is all we know\n")};
+    if (request.path.starts_with(scenePrefix)) {
+        const std::lock_guard lock(mutex);
+        return sceneAnswer(request, origin);
+    }
     const Fault current = fault;
     return withFault(extensionAnswer(request, current), current);
 }

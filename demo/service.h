@@ -43,6 +43,8 @@ struct DemoUser {
 /// Listens from its making to its end. Prices are a function of the clock alone, so that two services
 /// tell the same at the same moment.
 ///
+/// Behind "/scene/NAME" it answers the extension with what never changes, see demo/scenes.h.
+///
 /// Beside what the extension asks for it answers: GET /demo/users and GET /demo/catalogue (JSON, for
 /// whoever plays the phone app), POST /demo/fault with the name of a fault as its body.
 class DemoService {
