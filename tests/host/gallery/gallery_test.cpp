@@ -1,0 +1,211 @@
+#include "host/gallery/gallery.h"
+
+#include <gmock/gmock.h>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+#include "host/gallery/comparison.h"
+#include "host/paint/painter.h"
+#include "host/paint/picture_decoder.h"
+#include "tests/support/temporary_directory.h"
+
+namespace host {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsSupersetOf;
+using testing::Not;
+
+namespace fs = std::filesystem;
+
+const fs::path programs = BRIGHTLEDGER_PROGRAM_DIR;
+
+GalleryOptions optionsFor(const fs::path& folder) {
+    return {.folder = folder, .programs = programs, .resources = programs / "resources", .scale = 1};
+}
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void write(const fs::path& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+/// The gallery that all tests look at, and none changes.
+const fs::path& gallery() {
+    static const tests::TemporaryDirectory directory;
+    static const platform::Result<GalleryOutcome> outcome = drawGallery(optionsFor(directory.path()));
+    EXPECT_TRUE(outcome) << outcome.error().message;
+    return directory.path();
+}
+
+std::set<std::string> pictures(const fs::path& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (entry.path().extension() == ".png") names.insert(entry.path().filename());
+    }
+    return names;
+}
+
+std::set<std::string> shownIn(const std::string& page) {
+    std::set<std::string> sources;
+    const std::regex source("<img src=\"([^\"]*)\"");
+    for (std::sregex_iterator match(page.begin(), page.end(), source), end; match != end; ++match)
+        sources.insert((*match)[1]);
+    return sources;
+}
+
+TEST(Gallery, ShowsEveryFamilyInBothThemesInTheStatesOfItsWidget) {
+    const std::set<std::string> drawn = pictures(gallery());
+    const struct {
+        std::string kind;
+        std::vector<std::string> families;
+        std::vector<std::string> states;
+    } widgets[] = {
+        {"NewsWidget",
+         {"systemMedium", "systemLarge"},
+         {"placeholder", "full", "empty", "one-row", "long-texts", "live-story", "system-16"}},
+        {"PerchWidget",
+         {"systemSmall", "systemMedium", "systemLarge"},
+         {"placeholder", "full", "empty", "one-row", "many-rows", "long-texts", "gain", "loss", "neutral",
+          "system-16"}},
+        {"PortfolioWidget",
+         {"systemSmall", "systemMedium"},
+         {"placeholder", "full", "long-texts", "signed-out", "no-portfolio", "gain", "loss", "neutral",
+          "system-16"}},
+    };
+    std::set<std::string> expected;
+    for (const auto& [kind, families, states] : widgets) {
+        for (const std::string& family : families) {
+            for (const std::string& state : states) {
+                for (const char* theme : {"light", "dark"})
+                    expected.insert(kind + "-" + family + "-" + theme + "-" + state + ".png");
+            }
+        }
+    }
+    EXPECT_EQ(drawn, expected);
+}
+
+TEST(Gallery, DrawsEveryPictureInItsFamilysSize) {
+    for (const std::string& name : pictures(gallery())) {
+        const auto picture = decodePicture(contentOf(gallery() / name), 1000, 1000);
+        ASSERT_TRUE(picture) << name;
+        EXPECT_EQ(picture->width, name.find("systemSmall") != std::string::npos ? 158 : 338) << name;
+        EXPECT_EQ(picture->height, name.find("systemLarge") != std::string::npos ? 354 : 158) << name;
+    }
+}
+
+// States that differ for a reader differ in the picture, so that no state shows another's by mistake.
+TEST(Gallery, DrawsNoTwoStatesOfAWidgetAlikeButThoseThatMeanToBe) {
+    const auto read = [](const std::string& name) { return contentOf(gallery() / (name + ".png")); };
+    for (const auto& [one, other] : std::vector<std::pair<std::string, std::string>>{
+             {"PerchWidget-systemMedium-light-gain", "PerchWidget-systemMedium-light-loss"},
+             {"PerchWidget-systemMedium-light-gain", "PerchWidget-systemMedium-light-neutral"},
+             {"PerchWidget-systemLarge-dark-full", "PerchWidget-systemLarge-light-full"},
+             {"PerchWidget-systemSmall-light-full", "PerchWidget-systemSmall-light-placeholder"},
+             {"PerchWidget-systemLarge-light-one-row", "PerchWidget-systemLarge-light-empty"},
+             {"PerchWidget-systemLarge-light-full", "PerchWidget-systemLarge-light-many-rows"},
+             {"NewsWidget-systemLarge-light-full", "NewsWidget-systemLarge-light-empty"},
+             {"NewsWidget-systemLarge-light-full", "NewsWidget-systemLarge-light-live-story"},
+             {"NewsWidget-systemMedium-dark-full", "NewsWidget-systemMedium-light-full"},
+             {"PortfolioWidget-systemSmall-light-gain", "PortfolioWidget-systemSmall-light-loss"},
+             {"PortfolioWidget-systemMedium-dark-gain", "PortfolioWidget-systemMedium-light-gain"},
+             {"PortfolioWidget-systemMedium-light-signed-out", "PortfolioWidget-systemMedium-light-full"},
+             {"PortfolioWidget-systemMedium-light-signed-out",
+              "PortfolioWidget-systemMedium-light-no-portfolio"}}) {
+        EXPECT_FALSE(looksLike(read(one), read(other))) << one << " and " << other;
+    }
+    EXPECT_TRUE(
+        looksLike(read("PerchWidget-systemMedium-light-full"), read("PerchWidget-systemMedium-light-full")));
+}
+
+TEST(Gallery, HasAPageThatShowsAllPicturesAndRunsNoScript) {
+    const std::string page = contentOf(gallery() / "index.html");
+    EXPECT_EQ(shownIn(page), pictures(gallery()));
+    EXPECT_THAT(page, Not(HasSubstr("<script")));
+    EXPECT_THAT(page, Not(HasSubstr("changed")));
+}
+
+TEST(Gallery, DrawnAgainLooksAsBefore) {
+    const tests::TemporaryDirectory again;
+    GalleryOptions options = optionsFor(again.path());
+    options.comparedWith = gallery();
+    const auto outcome = drawGallery(options);
+    ASSERT_TRUE(outcome) << outcome.error().message;
+    EXPECT_TRUE(outcome->isLikeBefore());
+    EXPECT_EQ(outcome->pictures, pictures(gallery()).size());
+    EXPECT_TRUE(fs::is_empty(again.path() / "before"));
+}
+
+TEST(Gallery, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
+    const tests::TemporaryDirectory directory;
+    const fs::path& folder = directory.path();
+    fs::copy(gallery(), folder);
+    const std::string changed = "PerchWidget-systemMedium-light-gain.png";
+    const std::string added = "NewsWidget-systemLarge-dark-full.png";
+    const std::string missing = "NewsWidget-systemLarge-dark-of-yesterday.png";
+    const std::string other = contentOf(gallery() / "PerchWidget-systemMedium-light-loss.png");
+    write(folder / changed, other);
+    fs::rename(folder / added, folder / missing);
+
+    GalleryOptions options = optionsFor(folder);
+    options.comparedWith = folder;
+    const auto outcome = drawGallery(options);
+    ASSERT_TRUE(outcome) << outcome.error().message;
+    EXPECT_EQ(outcome->changed, 1U);
+    EXPECT_EQ(outcome->added, 1U);
+    EXPECT_EQ(outcome->missing, 1U);
+    EXPECT_EQ(contentOf(folder / changed), contentOf(gallery() / changed));
+    EXPECT_EQ(contentOf(folder / "before" / changed), other);
+    EXPECT_EQ(pictures(folder / "before"), (std::set<std::string>{changed, missing}));
+    EXPECT_FALSE(fs::exists(folder / missing));
+    EXPECT_THAT(shownIn(contentOf(folder / "index.html")),
+                IsSupersetOf({changed, added, "before/" + changed, "before/" + missing}));
+}
+
+TEST(Gallery, SaysWhatItCannotDo) {
+    const tests::TemporaryDirectory directory;
+    write(directory.path() / "file", "");
+    const struct {
+        std::string name;
+        GalleryOptions options;
+        std::string message;
+    } cases[] = {
+        {"no earlier gallery",
+         {.folder = directory.path() / "new", .comparedWith = directory.path()},
+         "no gallery in"},
+        {"no such folder",
+         {.folder = directory.path() / "new", .comparedWith = directory.path() / "nowhere"},
+         "cannot read"},
+        {"a file in the way", {.folder = directory.path() / "file" / "new"}, "cannot make"},
+        {"no programs", {.folder = directory.path() / "new", .programs = directory.path()}, "demo service"},
+    };
+    for (const auto& [name, options, message] : cases) {
+        const auto outcome = drawGallery(options);
+        ASSERT_FALSE(outcome) << name;
+        EXPECT_THAT(outcome.error().message, HasSubstr(message)) << name;
+    }
+}
+
+TEST(Comparison, TakesOneStepOfAChannelForNothing) {
+    const auto painter = Painter::make(programs / "resources");
+    ASSERT_TRUE(painter) << painter.error().message;
+    const auto grey = [&](int level, double width) {
+        DisplayList list;
+        list.size = {width, 10.0};
+        list.background = platform::Color::rgb(level / 255.0, level / 255.0, level / 255.0, 1.0);
+        return (*painter)->png(list, 1).value();
+    };
+    EXPECT_TRUE(looksLike(grey(100, 10), grey(101, 10)));
+    EXPECT_TRUE(looksLike(grey(101, 10), grey(100, 10)));
+    EXPECT_FALSE(looksLike(grey(100, 10), grey(102, 10)));
+    EXPECT_FALSE(looksLike(grey(100, 10), grey(100, 11)));
+    EXPECT_FALSE(looksLike(grey(100, 10), "no picture"));
+    EXPECT_TRUE(looksLike("no picture", "no picture"));
+}
+
+}  // namespace
+}  // namespace host
