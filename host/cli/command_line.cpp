@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 #include "host/cli/app_commands.h"
+#include "host/cli/gallery_command.h"
 #include "host/cli/output.h"
 #include "host/cli/store_commands.h"
 #include "host/cli/widget_commands.h"
@@ -98,12 +99,15 @@ private:
         why->add_option("KIND", question_.kind)->required();
 
         CLI::App* gallery = add("gallery", "list the widgets", [this] { return exitCode(makeGallery()); });
-        gallery->add_option("-o", galleryFolder_, "draw every widget, family, theme and state into a folder");
+        CLI::Option* folder = gallery->add_option("-o", galleryFolder_,
+                                                  "draw every widget, family, theme and state into a folder");
+        gallery->add_option("--compare", earlierGallery_, "mark what is not as in this gallery and exit 1")
+            ->needs(folder);
     }
 
     Result<void> makeGallery() const {
         if (!galleryFolder_) return printGallery(process_);
-        return platform::failure("UsageError", 2, "the gallery cannot be drawn yet");
+        return drawGalleryFolder(process_, *galleryFolder_, earlierGallery_);
     }
 
     void addQuestion(CLI::App& command) {
@@ -222,6 +226,7 @@ private:
     std::optional<long> seconds_;
     int demoPort_ = 0;
     std::optional<std::string> galleryFolder_;
+    std::optional<std::string> earlierGallery_;
     WidgetQuestion question_;
     std::string request_ = "timeline";
     DrawingOptions drawing_;
