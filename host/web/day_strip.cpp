@@ -35,6 +35,8 @@ public:
 
     void ask(Instant moment, const std::string& cause) {
         const Moment now = momentAt(moment);
+        // A phone would not ask at a change; that we do must cost the row no budget.
+        if (cause != "policy") plan_.ask(Asker::clock, now);
         plan_.start(now);
         ++row_.questions;
         static_cast<void>(extension_.setClock(moment, 0.0));

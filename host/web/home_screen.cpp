@@ -173,12 +173,13 @@ Result<std::unique_ptr<HomeScreen>> HomeScreen::start(HomeScreenOptions options)
     std::unique_ptr<HomeScreen> home(new HomeScreen(std::move(options), std::move(*painter)));
     if (const auto written = home->writeInformation(home->environment_); !written)
         return tl::unexpected(written.error());
+    // Before the extension opens the store: two that create it at once would wait for each other.
+    home->noticeUser();
     const auto gallery = home->extension_->gallery(std::chrono::seconds(10));
     if (!gallery) return tl::unexpected(gallery.error());
     home->gallery_ = *gallery;
     home->loadDemoLists();
     home->placeSaved();
-    home->noticeUser();
     return home;
 }
 

@@ -72,7 +72,8 @@ platform::Result<std::vector<Placement>> loadPlacements(const std::filesystem::p
     text << stream.rdbuf();
     std::vector<Placement> placements;
     try {
-        for (const auto& record : nlohmann::json::parse(text.str()).at("widgets")) {
+        const auto saved = nlohmann::json::parse(text.str());
+        for (const auto& record : saved.at("widgets")) {
             const auto family = platform::widgetFamily(record.at("family").get<std::string>());
             if (!family || placements.size() == mostPlacements)
                 return placementError("it holds what is no widget");

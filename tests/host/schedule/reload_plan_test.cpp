@@ -63,7 +63,9 @@ TEST(ReloadPlan, PhoneKeepsFifteenMinutesApartAndSixtyADay) {
         if (desk.now.shown >= start + 24h) break;
         desk.reload(30s);
         ++reloads;
-        if (reloads == 60) EXPECT_EQ(desk.hold(), Hold::budget);
+        if (reloads == 60) {
+            EXPECT_EQ(desk.hold(), Hold::budget);
+        }
     }
     EXPECT_EQ(reloads, 60);
     EXPECT_EQ(desk.now.shown, start + 24h);

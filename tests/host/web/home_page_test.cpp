@@ -302,8 +302,9 @@ TEST(HomePage, PlacesMovesAndRemovesAndRemembersIt) {
         EXPECT_TRUE(house.home->act({{"action", "remove"}, {"id", widgets[1]["id"]}}));
     }
     const House house(folder.path());
+    const json state = house.state();
     std::vector<std::string> kinds;
-    for (const json& widget : house.state()["widgets"])
+    for (const json& widget : state["widgets"])
         kinds.push_back(widget["kind"].get<std::string>() + widget["family"].get<std::string>().substr(6));
     EXPECT_THAT(kinds, ElementsAre("NewsWidgetLarge", "PortfolioWidgetSmall", "PerchWidgetSmall",
                                    "PortfolioWidgetMedium", "PerchWidgetLarge", "PerchWidgetSmall"));
