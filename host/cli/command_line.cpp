@@ -56,6 +56,11 @@ public:
     CommandLine& operator=(const CommandLine&) = delete;
 
     int run(std::vector<std::string> words) {
+        // These take their words as they are anyway; to the parser two dashes would end the command.
+        if (!words.empty() && (words.front() == "call" || words.front() == "store")) {
+            const auto dashes = std::find(words.begin(), words.end(), "--");
+            if (dashes != words.end()) words.erase(dashes);
+        }
         // The parser takes its words from the end.
         std::reverse(words.begin(), words.end());
         try {
@@ -200,7 +205,6 @@ private:
         subcommand->prefix_command();
         subcommand->callback([this, subcommand, name, count, own = std::move(command)] {
             words_ = subcommand->remaining();
-            if (!words_.empty() && words_.front() == "--") words_.erase(words_.begin());
             if (count && words_.size() != *count) {
                 throw CLI::ValidationError(name, "takes " + std::to_string(*count) + " words, see --help");
             }
