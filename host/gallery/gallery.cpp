@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -165,6 +166,10 @@ private:
     }
 
     Result<void> choose(const GalleryState& state, const std::string& service) {
+        // The extension fills an empty store with its first question, whatever is chosen by then.
+        const auto first =
+            extension_.ask({.kind = "PerchWidget", .request = EntryRequest::placeholder}, waitingLimit);
+        if (!first) return tl::unexpected(first.error());
         std::optional<companion::Session> session;
         if (state.isSignedIn) session = {"gallery", "1", service + "/portfolioapi/summary?format=json"};
         return companion::setSession(runtime_, session).and_then([&] {
@@ -187,11 +192,21 @@ public:
     Result<void> draw(const fs::path& folder, const std::string& origin) {
         const platform::ProcessOptions process = surroundings(options_.process);
         subtitle_ = *process.now + ", " + *process.locale + ", " + *process.timeZone;
-        for (const GalleryState& state : states_) {
-            auto stage = Stage::make(options_, process, state, folder, origin);
-            const Result<void> drawn =
-                stage ? drawState(**stage, state) : tl::unexpected(std::move(stage.error()));
-            if (!drawn) return drawn;
+        // The next state's questions are answered while this one's pictures are drawn.
+        const auto asked = [&](const GalleryState& state) {
+            return std::async(std::launch::async, [&] {
+                auto stage = Stage::make(options_, process, state, folder, origin);
+                return stage ? ask(**stage, state) : tl::unexpected(std::move(stage.error()));
+            });
+        };
+        auto next = asked(states_.front());
+        for (auto state = states_.begin(); state != states_.end(); ++state) {
+            const Result<std::vector<Pose>> poses = next.get();
+            if (!poses) return tl::unexpected(poses.error());
+            if (state + 1 != states_.end()) next = asked(*(state + 1));
+            for (const Pose& pose : *poses) {
+                if (const Result<void> drawn = draw(pose); !drawn) return drawn;
+            }
         }
         return {};
     }
@@ -203,41 +218,54 @@ public:
     }
 
 private:
-    Result<void> drawState(Stage& stage, const GalleryState& state) {
+    /// What the extension answered for one picture.
+    struct Pose {
+        GalleryPicture picture;
+        platform::View view;
+        LayoutOptions layout;
+    };
+
+    Result<std::vector<Pose>> ask(Stage& stage, const GalleryState& state) {
         if (widgets_.empty()) {
             auto widgets = stage.extension().gallery(waitingLimit);
             if (!widgets) return tl::unexpected(widgets.error());
             widgets_ = std::move(*widgets);
         }
+        std::vector<Pose> poses;
         for (const bool isDark : themes) {
-            Result<void> done = stage.setTheme(isDark);
+            if (const Result<void> set = stage.setTheme(isDark); !set) return tl::unexpected(set.error());
             for (const WidgetListing& widget : widgets_) {
                 if (std::ranges::find(state.kinds, widget.kind) == state.kinds.end()) continue;
                 for (const WidgetFamily family : widget.families) {
-                    if (done) done = drawWidget(stage, state, {widget.kind, family, isDark, state.name});
+                    auto pose = ask(stage, state.request, {widget.kind, family, isDark, state.name});
+                    if (!pose) return tl::unexpected(pose.error());
+                    poses.push_back(std::move(*pose));
                 }
             }
-            if (!done) return done;
         }
-        return {};
+        return poses;
     }
 
-    Result<void> drawWidget(Stage& stage, const GalleryState& state, const GalleryPicture& picture) {
+    static Result<Pose> ask(Stage& stage, EntryRequest request, GalleryPicture picture) {
         const auto answer = stage.extension().ask(
-            {.kind = picture.kind, .family = picture.family, .request = state.request, .wantsViews = true},
+            {.kind = picture.kind, .family = picture.family, .request = request, .wantsViews = true},
             waitingLimit);
         if (!answer) return tl::unexpected(answer.error());
         if (answer->entries.empty()) return failure(picture.kind + " answered without an entry");
-        const LayoutOptions layout{.size = platform::widgetSize(picture.family),
-                                   .osVersion = stage.osVersion(),
-                                   .kind = picture.kind,
-                                   .family = std::string(description(picture.family)),
-                                   .isRedacted = state.request == EntryRequest::placeholder};
-        const DisplayList list = makeDisplayList(answer->entries.front().view.value_or(platform::View()),
-                                                 layout, painter_->measurer(options_.scale));
+        LayoutOptions layout{.size = platform::widgetSize(picture.family),
+                             .osVersion = stage.osVersion(),
+                             .kind = picture.kind,
+                             .family = std::string(description(picture.family)),
+                             .isRedacted = request == EntryRequest::placeholder};
+        return Pose{std::move(picture), answer->entries.front().view.value_or(platform::View()),
+                    std::move(layout)};
+    }
+
+    Result<void> draw(const Pose& pose) {
+        const DisplayList list = makeDisplayList(pose.view, pose.layout, painter_->measurer(options_.scale));
         return painter_->png(list, options_.scale).and_then([&](const std::string& png) {
-            note(picture.fileName(), png);
-            return write(options_.folder / picture.fileName(), png);
+            note(pose.picture.fileName(), png);
+            return write(options_.folder / pose.picture.fileName(), png);
         });
     }
 
@@ -324,6 +352,7 @@ private:
     const std::unique_ptr<Painter> painter_;
     const std::optional<PicturesByName> earlier_;
     std::string subtitle_;
+    /// Known with the first state's answer; until all are there, of the asking side alone.
     std::vector<WidgetListing> widgets_;
     std::map<std::string, PictureNews> drawn_;
     std::vector<ShownPicture> missing_;

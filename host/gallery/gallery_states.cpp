@@ -51,12 +51,15 @@ ChosenAssets eighteenAssets() {
     return assets;
 }
 
+// In plain letters: an asset's link carries its title as it is, and a compact row whose link is no
+// address is fatal.
 ChosenAssets longNames() {
     ChosenAssets assets =
         indices({asset("indices", "4", "The Broad Market Equal Weight Total Return Index of All Shares",
                        "bse", "in;SEN", "in;SEN-II")});
-    assets.stocks = {stock("KVT", "Donaudampfschifffahrtsgesellschaftskapitänsmützenabzeichen Holdings"),
-                     stock("SHP", "सह्याद्रि विद्युत उत्पादन एवं वितरण निगम मर्यादित")};
+    assets.stocks = {
+        stock("KVT", "Donaudampfschifffahrtsgesellschaftskapitaensmuetzenabzeichen Holdings"),
+        stock("SHP", "Sahyadri Power Generation Transmission and Distribution Company of Maharashtra")};
     return assets;
 }
 
@@ -65,12 +68,14 @@ ChosenAssets longNames() {
 std::vector<GalleryState> galleryStates() {
     const std::vector every{news, perch, portfolio};
     return {
+        // Its discarded answers look like none, however early they come.
         {.name = "placeholder",
          .title = "Placeholder",
-         .scene = "full",
+         .scene = "none",
          .kinds = every,
          .request = EntryRequest::placeholder,
-         .assets = threeIndices()},
+         .assets = threeIndices(),
+         .isSignedIn = false},
         {.name = "full", .title = "Full", .scene = "full", .kinds = every, .assets = threeIndices()},
         {.name = "empty",
          .title = "Empty",

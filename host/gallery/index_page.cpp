@@ -155,8 +155,9 @@ bool hasFamily(const GalleryRow& row, WidgetFamily family) {
 }
 
 void writeRow(std::ostream& page, const GalleryRow& row) {
-    page << "<h3>" << escaped(row.title) << "</h3>\n<div class=\"row"
-         << (hasFamily(row, WidgetFamily::systemLarge) ? " tall" : "") << "\">\n";
+    const bool isTall =
+        hasFamily(row, WidgetFamily::systemMedium) && hasFamily(row, WidgetFamily::systemLarge);
+    page << "<h3>" << escaped(row.title) << "</h3>\n<div class=\"row" << (isTall ? " tall" : "") << "\">\n";
     for (const WidgetFamily family : platform::allWidgetFamilies) {
         if (!hasFamily(row, family)) continue;
         page << "<div class=\"pair " << description(family) << "\"><h4>" << sizeName(family)
