@@ -22,7 +22,7 @@ nav a { margin-right: 16px; }
 a { color: #1d5fa8; }
 .verdict { padding: 10px 14px; border-radius: 10px; background: #eef3f9; color: #16181d; max-width: 720px; }
 .row { display: flex; flex-wrap: wrap; gap: 14px; align-items: flex-start; }
-.row.tall { display: grid; grid-template-columns: max-content max-content; justify-content: start; }
+.row.tall { display: grid; grid-template-columns: max-content max-content; justify-content: start; justify-items: start; }
 .tall .systemLarge { grid-column: 2; grid-row: 1 / span 2; }
 @media (max-width: 1500px) { .row.tall { display: flex; } }
 .pair { border-radius: 14px; overflow: hidden; background: #f1f3f6; max-width: 100%; }
