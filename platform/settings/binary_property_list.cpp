@@ -54,7 +54,7 @@ struct Level {
 
 class Reader {
 public:
-    explicit Reader(std::string_view bytes) : bytes_(bytes) {}
+    Reader(std::string_view bytes, Budget budget) : bytes_(bytes), budget_(budget) {}
 
     Result<PropertyList> read() {
         if (!readTrailer()) return refused("the binary property list has a damaged trailer");
@@ -455,7 +455,9 @@ private:
 
 }  // namespace
 
-Result<PropertyList> readBinary(std::string_view bytes) { return Reader(bytes).read(); }
+Result<PropertyList> readBinary(std::string_view bytes, Budget budget) {
+    return Reader(bytes, budget).read();
+}
 
 std::string writeBinary(const PropertyList& root) { return Writer().write(root); }
 

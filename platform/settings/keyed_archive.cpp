@@ -22,6 +22,12 @@ constexpr std::int64_t archiveVersion = 100'000;
 constexpr const char* archiverName = "NSKeyedArchiver";
 constexpr const char* nothing = "$null";
 
+// An archive in a store is a few links. These bounds hold a reader's memory to a few MB; shared objects
+// would otherwise make a hundred of a few hundred bytes.
+constexpr std::size_t largestArchive = 256U << 10;
+constexpr std::size_t mostObjects = 20'000;
+Budget smallBudget() { return Budget(mostObjects, largestArchive); }
+
 tl::unexpected<Error> refused(std::string message) {
     return failure("KeyedArchiveError", 1, "the keyed archive " + std::move(message));
 }
@@ -187,7 +193,7 @@ private:
     const PropertyList::Array& objects_;
     std::vector<bool> isOpen_;
     std::size_t depth_ = 0;
-    Budget budget_;
+    Budget budget_ = smallBudget();
 };
 
 class Archiver {
@@ -257,7 +263,8 @@ private:
 }  // namespace
 
 Result<PropertyList> unarchivedObject(std::string_view archive) {
-    const Result<PropertyList> list = parsePropertyList(archive);
+    if (archive.size() > largestArchive) return refused("is longer than 256 KiB");
+    const Result<PropertyList> list = property_list::parse(archive, smallBudget());
     if (!list) return refused("is no property list: " + list.error().message);
     if (list->dictionary() == nullptr) return refused("is no dictionary");
     const PropertyList::Dictionary& fields = *list->dictionary();

@@ -24,13 +24,17 @@ Result<PropertyList> parsePropertyList(std::string_view bytes) {
     if (bytes.size() > property_list::maximumSize) {
         return property_list::refused("the property list is longer than 64 MiB");
     }
-    if (bytes.starts_with(property_list::binaryHeader)) return property_list::readBinary(bytes);
+    return property_list::parse(bytes, property_list::Budget());
+}
+
+Result<PropertyList> property_list::parse(std::string_view bytes, Budget budget) {
+    if (bytes.starts_with(binaryHeader)) return readBinary(bytes, budget);
     const std::string_view text = withoutByteOrderMark(bytes);
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first != std::string_view::npos && text[first] == '<') {
-        return property_list::readXml(text.substr(first));
+        return readXml(text.substr(first), budget);
     }
-    return property_list::refused("neither an XML nor a binary property list");
+    return refused("neither an XML nor a binary property list");
 }
 
 }  // namespace platform

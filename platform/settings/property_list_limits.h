@@ -4,8 +4,10 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 #include "platform/base/result.h"
+#include "platform/settings/property_list.h"
 
 namespace platform::property_list {
 
@@ -26,17 +28,23 @@ inline tl::unexpected<Error> refused(std::string message) {
 /// gets a copy.
 class Budget {
 public:
+    explicit Budget(std::size_t objects = maximumObjects, std::size_t bytes = maximumSize)
+        : objectsLeft_(objects), bytesLeft_(bytes) {}
+
     /// Takes one more object with `size` bytes of content; false when that is too much.
     bool take(std::size_t size = 0) {
-        if (objects_ == maximumObjects || size > maximumSize - bytes_) return false;
-        ++objects_;
-        bytes_ += size;
+        if (objectsLeft_ == 0 || size > bytesLeft_) return false;
+        --objectsLeft_;
+        bytesLeft_ -= size;
         return true;
     }
 
 private:
-    std::size_t objects_ = 0;
-    std::size_t bytes_ = 0;
+    std::size_t objectsLeft_;
+    std::size_t bytesLeft_;
 };
+
+/// As `parsePropertyList`, but with what `budget` allows.
+Result<PropertyList> parse(std::string_view bytes, Budget budget);
 
 }  // namespace platform::property_list

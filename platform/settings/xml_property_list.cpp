@@ -163,6 +163,8 @@ std::optional<Bytes> parseData(std::string_view text) {
 
 class Reader {
 public:
+    explicit Reader(Budget budget) : budget_(budget) {}
+
     Result<PropertyList> read(const pugi::xml_node& element, std::size_t depth = 0) {
         if (!budget_.take()) return refused("the XML property list holds too many objects");
         const std::string_view name = element.name();
@@ -356,7 +358,7 @@ private:
 
 }  // namespace
 
-Result<PropertyList> readXml(std::string_view bytes) {
+Result<PropertyList> readXml(std::string_view bytes, Budget budget) {
     if (holdsForbidden(bytes)) return refused("the XML property list is no UTF-8 text");
     if (!Inspection(bytes).passes()) return refused("the XML property list holds markup that we do not read");
     // Blanks count where they are all that an element holds.
@@ -369,7 +371,7 @@ Result<PropertyList> readXml(std::string_view bytes) {
     pugi::xml_node root = onlyElement(document);
     if (std::strcmp(root.name(), "plist") == 0) root = onlyElement(root);
     if (!root) return refused("the XML holds no property list");
-    return Reader().read(root);
+    return Reader(budget).read(root);
 }
 
 }  // namespace platform::property_list

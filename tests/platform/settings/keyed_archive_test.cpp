@@ -51,6 +51,9 @@ TEST(KeyedArchives, ThatAreWrongAnywhereGiveNoObject) {
         EXPECT_EQ(object.error().domain, "KeyedArchiveError") << name;
     }
     EXPECT_FALSE(unarchivedObject(""));
+    EXPECT_TRUE(unarchivedObject(archivedObject(Array(9'000, PropertyList(1)))));
+    EXPECT_FALSE(unarchivedObject(archivedObject(Array(30'000, PropertyList(1)))));
+    EXPECT_FALSE(unarchivedObject(archivedObject(std::string(300'000, 'x'))));
     EXPECT_FALSE(unarchivedObject("noise"));
 }
 
