@@ -12,9 +12,9 @@
 
 namespace platform {
 
-/// Parses a whole UTF-8 document, at most 512 levels deep. Fails (domain "JSONError") on anything
-/// behind it, on a NUL, on text that is no UTF-8 and on a number beyond a double. Never throws; the message
-/// tells a place in the document and nothing of its content.
+/// Parses a whole UTF-8 document of at most 50,000 values, at most 512 levels deep. Fails (domain
+/// "JSONError") on anything behind it, on a NUL, on text that is no UTF-8 and on a number beyond a double.
+/// Never throws; the message tells a place in the document and nothing of its content.
 Result<nlohmann::json> parseStrictJson(std::string_view text);
 
 /// The value when it is an object; an error that names `what` otherwise.

@@ -27,8 +27,19 @@ TEST(StrictJson, RefusesWhatIsNotWhollyOneDocument) {
     for (const std::string& document : documents) {
         EXPECT_FALSE(parseStrictJson(document)) << document.substr(0, 40);
     }
-    EXPECT_TRUE(parseStrictJson(nested(500)));
+    EXPECT_FALSE(parseStrictJson(nested(513)));
+    EXPECT_TRUE(parseStrictJson(nested(512)));
     EXPECT_TRUE(parseStrictJson("\xEF\xBB\xBF {\"a\": [1, null]} \r\n"));
+}
+
+TEST(StrictJson, RefusesADocumentOfSoManyValuesThatItWouldFillTheMemory) {
+    const auto list = [](int values) {
+        std::string text = "[0";
+        for (int i = 1; i < values; ++i) text += i % 2 == 0 ? ",[]" : ",0";
+        return text + "]";
+    };
+    EXPECT_TRUE(parseStrictJson(list(49'999))) << "the list itself is one as well";
+    EXPECT_FALSE(parseStrictJson(list(50'000)));
 }
 
 TEST(StrictJson, SaysWhereADocumentBreaksAndNothingOfWhatItHolds) {
@@ -50,6 +61,7 @@ TEST(StrictJson, ReadsWholeNumbersHoweverTheyAreWritten) {
                                   {"9223372036854775807", INT64_MAX},
                                   {"-9223372036854775808", INT64_MIN},
                                   {"9223372036854775808", {}},
+                                  {"-9223372036854775809", {}},
                                   {"1e19", {}},
                                   {"12.5", {}},
                                   {"\"12\"", {}},
