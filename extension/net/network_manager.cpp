@@ -12,6 +12,9 @@ using platform::Bytes;
 using platform::HTTPResponse;
 using platform::Result;
 
+/// Far more than any document of the service holds, and little beside the memory that a widget has.
+constexpr std::size_t largestAnswer = 1U << 20;
+
 /// In lower case, which is what the service receives and expects.
 const char* methodText(RequestMethod method) { return method == RequestMethod::post ? "post" : "get"; }
 
@@ -41,7 +44,8 @@ void NetworkManager::sendRequest(const std::string& urlString, RequestMethod met
     platform::URLRequest request{.url = *url,
                                  .method = methodText(method),
                                  .headers = {{"Content-Type", "application/json"}},
-                                 .timeoutInterval = std::chrono::seconds(60)};
+                                 .timeoutInterval = std::chrono::seconds(60),
+                                 .maximumBodySize = largestAnswer};
     if (parameters) {
         if (std::optional<std::string> body = prettyPrintedJson(*parameters)) {
             request.body = Bytes(*std::move(body));

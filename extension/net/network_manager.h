@@ -29,7 +29,8 @@ public:
     /// Calls `completion` exactly once: with the body of an answer of status 200, or with an error of
     /// the URL domain. badURL comes on this thread, before the call returns; everything else on a
     /// background queue of the request's own. Any other status and an empty body are
-    /// badServerResponse; 60 seconds without data are timedOut.
+    /// badServerResponse; 60 seconds without data are timedOut, and a body above 1 MiB is
+    /// dataLengthExceedsMaximum.
     ///
     /// `parameters` become the body as JSON; what JSON cannot hold (numbers that are not finite, text
     /// that is not UTF-8) leaves the request without a body.
