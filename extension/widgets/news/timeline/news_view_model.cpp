@@ -22,19 +22,23 @@ constexpr std::string_view rankingPath =
     "/newsapi/app/get_news_ranking/main_home_page/allnews/?start=0&limit=5";
 constexpr std::size_t storiesShown = 5;
 constexpr std::chrono::seconds timeForAllThumbnails{8};
+/// On their way to the host there are four copies of them.
+constexpr std::size_t roomForAllThumbnails = 2U << 20;
 
 bool holdsOnlyTexts(const PropertyList::Dictionary& dictionary) {
     return std::ranges::all_of(dictionary,
                                [](const auto& member) { return member.second.text() != nullptr; });
 }
 
-/// Reads pictures until the time for all of them is over.
+/// Reads pictures until the time or the room for all of them is over.
 ThumbnailReader thumbnailReader(const Runtime& runtime, bool allowsPrivateHosts) {
     const auto deadline = steady_clock::now() + timeForAllThumbnails;
-    return [&runtime, allowsPrivateHosts, deadline](const platform::URL& url) -> std::optional<Bytes> {
+    return [&runtime, allowsPrivateHosts, deadline,
+            room = roomForAllThumbnails](const platform::URL& url) mutable -> std::optional<Bytes> {
         if (steady_clock::now() >= deadline) return std::nullopt;
         Result<Bytes> bytes = platform::contentsOf(url, runtime.urls(), allowsPrivateHosts, deadline);
-        if (!bytes) return std::nullopt;
+        if (!bytes || bytes->size() > room) return std::nullopt;
+        room -= bytes->size();
         return *std::move(bytes);
     };
 }

@@ -25,8 +25,8 @@ struct NewsEntryHolder {
 /// thread when the address is none. Every failure is an empty list.
 ///
 /// A fetch reads the thumbnails too, one after another, all together for 8 seconds at most; those that are
-/// late are absent. A thumbnail on this machine or on a private network is read only when the
-/// feed's own address is on one.
+/// late are absent, and so are those that would make more than 2 MiB of all. A thumbnail on this machine or
+/// on a private network is read only when the feed's own address is on one.
 class NewsViewModel {
 public:
     /// `runtime` must outlive the fetches; the view model need not.

@@ -83,6 +83,7 @@ TEST(NewsTimeline, EveryFailureIsAnEmptyEntryThatIsAskedForAgain) {
         {.body = document({story("good")}), .ending = tests::Answer::Ending::cut},
         {.body = document({story("good")}), .declaredLength = 100'000},
         {.body = std::string(1000, '[')},
+        {.body = document({story(std::string(1U << 20, 'x'))})},
         {.ending = tests::Answer::Ending::noAnswerReset},
     };
     for (const tests::Answer& answer : answers) {
@@ -221,6 +222,22 @@ TEST(NewsThumbnails, AreReadOneAfterAnotherAndKeptAsTheyCome) {
     for (const auto& request : service.requests()) targets.push_back(request.target);
     targets.resize(4);
     EXPECT_THAT(targets, ElementsAre(rankingTarget, "/picture", "/missing", "/large"));
+}
+
+TEST(NewsThumbnails, AllTogetherHaveRoomForTwoMebibytes) {
+    LoopbackServer service;
+    service.answer("/half", {.body = std::string(1U << 20, 'x')});
+    service.answer("/small", {.body = "x"});
+    const auto withThumbnail = [&](const char* path) { return json{{"thumbnail", service.origin() + path}}; };
+    service.answer(rankingTarget,
+                   {.body = document({withThumbnail("/half"), withThumbnail("/small"), withThumbnail("/half"),
+                                      withThumbnail("/small"), withThumbnail("/half")})});
+    const TestRuntime runtime{{.webHost = service.origin()}};
+    std::vector<std::size_t> sizes;
+    for (const NewsUIVM& item : entryOf(runtime).newsUIVM) {
+        sizes.push_back(item.thumbnailData.value_or(Bytes()).size());
+    }
+    EXPECT_THAT(sizes, ElementsAre(1U << 20, 1, 0, 1, 0));
 }
 
 TEST(NewsThumbnails, AllTogetherHaveEightSecondsAndDelayNoOtherAnswer) {
