@@ -229,6 +229,11 @@ asio::awaitable<void> HttpServer::Implementation::push(beast::tcp_stream& stream
     auto [error, bytes] = co_await http::async_write_header(stream, serializer, quiet);
 
     const std::shared_ptr<EventStream::Wire> wire = response.stream->wire_;
+    // However this ends, by the reader's going or by the server's: nobody must be woken any more.
+    const struct Closing {
+        ~Closing() { wire->close(); }
+        std::shared_ptr<EventStream::Wire> wire;
+    } closing{wire};
     const auto timer = std::make_shared<asio::steady_timer>(network);
     {
         const std::lock_guard lock(wire->mutex);
@@ -256,7 +261,6 @@ asio::awaitable<void> HttpServer::Implementation::push(beast::tcp_stream& stream
             wire->waiting += ":\n\n";
         }
     }
-    wire->close();
 }
 
 platform::Result<std::unique_ptr<HttpServer>> HttpServer::start(std::uint16_t port, Handler handler,
