@@ -17,9 +17,9 @@ platform::Result<void> drawGalleryFolder(const platform::ProcessOptions& process
                                    (options.folder / "index.html").string() + "\n");
     if (!printed || outcome->isLikeBefore()) return printed;
     return platform::failure("GalleryError", 2,
-                             std::to_string(outcome->changed) + " pictures changed, " +
-                                 std::to_string(outcome->added) + " are new and " +
-                                 std::to_string(outcome->missing) + " are no longer drawn");
+                             "pictures: " + std::to_string(outcome->changed) + " changed, " +
+                                 std::to_string(outcome->added) + " new, " +
+                                 std::to_string(outcome->missing) + " no longer drawn");
 }
 
 }  // namespace host
