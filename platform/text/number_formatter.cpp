@@ -75,7 +75,9 @@ bool isTooLarge(std::string_view number) {
         const auto read = std::from_chars(text.data(), text.data() + text.size(), exponent);
         if (read.ec != std::errc()) return !text.starts_with('-');
     }
-    return point - first + exponent > 0;
+    // Further than any digits reach, and not so far that the sum leaves the type.
+    constexpr std::int64_t farthest = std::int64_t{1} << 60;
+    return point - first + std::clamp(exponent, -farthest, farthest) > 0;
 }
 
 }  // namespace

@@ -114,13 +114,15 @@ TEST(ParseDecimal, OverflowIsNoNumberAndUnderflowIsZeroWithItsSign) {
     const std::string zeros(400, '0');
     for (const std::string& text :
          {std::string("1e400"), std::string("-1e400"), "1" + zeros, "1" + zeros + ".5",
-          std::string("0.01e999"), std::string("1e99999999999999999999")}) {
+          std::string("0.01e999"), std::string("1e9223372036854775807"),
+          std::string("1e99999999999999999999")}) {
         double value = -1.0;
         EXPECT_FALSE(parseDecimal(text, value)) << text;
     }
-    for (const std::string& text : {std::string("1e-400"), "0." + zeros + "1", "." + zeros + "7",
-                                    std::string("1000e-999"), std::string("1e-99999999999999999999"),
-                                    std::string("0e400"), std::string("0e99999999999999999999")}) {
+    for (const std::string& text :
+         {std::string("1e-400"), "0." + zeros + "1", "." + zeros + "7", std::string("1000e-999"),
+          std::string("1e-99999999999999999999"), std::string("0.01e-9223372036854775808"),
+          std::string("0e400"), std::string("0e99999999999999999999")}) {
         double value = -1.0;
         EXPECT_TRUE(parseDecimal(text, value)) << text;
         EXPECT_EQ(value, 0.0) << text;
