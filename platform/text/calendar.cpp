@@ -49,18 +49,21 @@ constexpr std::string_view zoneFolder = "/usr/share/zoneinfo/";
 
 /// Looks at the file alone: listing all zones takes milliseconds, and most runs never need one.
 bool isZone(const std::string& identifier) {
-    if (identifier.empty() || identifier.front() == '/' || identifier.find("..") != std::string::npos) {
-        return false;
-    }
+    // In lower case stand lists and rules; "Factory" says that nobody has chosen a zone yet.
+    const bool isName = !identifier.empty() && identifier.front() >= 'A' && identifier.front() <= 'Z';
+    if (!isName || identifier == "Factory" || identifier.find("..") != std::string::npos) return false;
     struct stat file{};
     return stat((std::string(zoneFolder) + identifier).c_str(), &file) == 0 && S_ISREG(file.st_mode);
 }
 
-/// The identifier in ":Asia/Kolkata" or "/usr/share/zoneinfo/Asia/Kolkata".
+/// The identifier in ":Asia/Kolkata", "/usr/share/zoneinfo/Asia/Kolkata" or "posix/Asia/Kolkata".
 std::string identifierIn(std::string_view text) {
     if (text.starts_with(':')) text.remove_prefix(1);
     const std::size_t folder = text.find("/zoneinfo/");
     if (folder != std::string_view::npos) text.remove_prefix(folder + std::string_view("/zoneinfo/").size());
+    for (const std::string_view variant : {"posix/", "right/"}) {
+        if (text.starts_with(variant)) text.remove_prefix(variant.size());
+    }
     return std::string(text);
 }
 

@@ -152,7 +152,8 @@ private:
 };
 
 TEST(SystemSettings, TheZoneIsTheOneThatTZNames) {
-    for (const char* value : {"Asia/Tokyo", ":Asia/Tokyo", "/usr/share/zoneinfo/Asia/Tokyo"}) {
+    for (const char* value :
+         {"Asia/Tokyo", ":Asia/Tokyo", "/usr/share/zoneinfo/Asia/Tokyo", "posix/Asia/Tokyo"}) {
         const Variable zone("TZ", value);
         EXPECT_EQ(systemTimeZone(), TimeZone{"Asia/Tokyo"}) << value;
     }
@@ -160,7 +161,7 @@ TEST(SystemSettings, TheZoneIsTheOneThatTZNames) {
         const Variable zone("TZ", nullptr);
         return systemTimeZone();
     }();
-    for (const char* value : {"", "Mars/Olympus", "../../../etc/hostname", "Asia"}) {
+    for (const char* value : {"", "Mars/Olympus", "../../../etc/hostname", "Asia", "zone.tab", "Factory"}) {
         const Variable zone("TZ", value);
         EXPECT_EQ(systemTimeZone(), withoutVariable) << value;
     }
