@@ -42,7 +42,7 @@ struct Runtime::State {
           osVersion(options.osVersion),
           dataDirectory(std::move(options.dataDirectory)),
           ids(options.idSeed ? IdSource(*options.idSeed) : IdSource()),
-          log(std::move(options.log)),
+          log(std::make_shared<DebugLog>(std::move(options.log))),
           widgetCenter(options.widgetCenter ? std::move(options.widgetCenter)
                                             : std::make_shared<NoWidgetCenter>()) {
         if (options.now) clock.set(*options.now, 0.0);
@@ -59,7 +59,8 @@ struct Runtime::State {
     int osVersion;
     std::filesystem::path dataDirectory;
     IdSource ids;
-    DebugLog log;
+    // Shared with the suites' stores, which may be held for longer than this.
+    std::shared_ptr<DebugLog> log;
     std::shared_ptr<WidgetCenter> widgetCenter;
 
     std::once_flag formatterOnce;
@@ -86,7 +87,7 @@ const BundleInformation& Runtime::bundle() const { return state_->bundle; }
 int Runtime::osVersion() const { return state_->osVersion; }
 const std::filesystem::path& Runtime::dataDirectory() const { return state_->dataDirectory; }
 IdSource& Runtime::ids() const { return state_->ids; }
-DebugLog& Runtime::log() const { return state_->log; }
+DebugLog& Runtime::log() const { return *state_->log; }
 WidgetCenter& Runtime::widgetCenter() const { return *state_->widgetCenter; }
 
 const NumberFormatter& Runtime::numberFormatter() const {
@@ -105,11 +106,13 @@ Result<std::shared_ptr<UserDefaults>> Runtime::defaults(std::string_view suiteNa
     if (const auto found = state_->suites.find(suiteName); found != state_->suites.end()) {
         return found->second;
     }
-    Result<std::shared_ptr<UserDefaults>> opened = UserDefaults::open(state_->dataDirectory, suiteName);
+    Result<std::shared_ptr<UserDefaults>> opened =
+        UserDefaults::open(state_->dataDirectory, suiteName,
+                           [log = state_->log](const Error& error) { log->write(error.message); });
     if (opened) {
         state_->suites.emplace(suiteName, *opened);
     } else if (state_->complainedSuites.emplace(suiteName).second) {
-        state_->log.write(opened.error().message);
+        state_->log->write(opened.error().message);
     }
     return opened;
 }

@@ -58,7 +58,7 @@ public:
     WidgetCenter& widgetCenter() const;
 
     /// The suite's store, opened with the first use and kept; a suite that could not be opened is tried
-    /// anew each time, and said once in the log.
+    /// anew each time. That, and damage found later, is said once in the log.
     Result<std::shared_ptr<UserDefaults>> defaults(std::string_view suiteName) const;
 
     /// The one that `main()` has made current. Only the one-line doors of shared instances and

@@ -145,12 +145,21 @@ struct UserDefaults::Connection {
     std::array<std::unique_ptr<Statement>, queryCount> statements;
 };
 
-UserDefaults::UserDefaults(std::unique_ptr<Connection> connection) : connection_(std::move(connection)) {}
+UserDefaults::UserDefaults(std::unique_ptr<Connection> connection, Complaint complain)
+    : connection_(std::move(connection)), complain_(std::move(complain)) {}
 
 UserDefaults::~UserDefaults() = default;
 
+template <typename T>
+Result<T> UserDefaults::noted(Result<T> result) const {
+    if (!result && isDamage(result.error()) && complain_) {
+        std::call_once(complainOnce_, complain_, result.error());
+    }
+    return result;
+}
+
 Result<std::shared_ptr<UserDefaults>> UserDefaults::open(const fs::path& directory,
-                                                         std::string_view suiteName) {
+                                                         std::string_view suiteName, Complaint complain) {
     if (const auto objection = objectionToSuiteName(suiteName); !objection.empty()) {
         return settingsFailure(SQLITE_CANTOPEN, std::string(objection));
     }
@@ -168,13 +177,13 @@ Result<std::shared_ptr<UserDefaults>> UserDefaults::open(const fs::path& directo
     auto connection = std::make_unique<Connection>(std::move(lock), std::move(*database));
     // Reads the schema too, so that a damaged one is found here.
     if (const auto ready = connection->statement(readOne); !ready) return tl::unexpected(ready.error());
-    return std::shared_ptr<UserDefaults>(new UserDefaults(std::move(connection)));
+    return std::shared_ptr<UserDefaults>(new UserDefaults(std::move(connection), std::move(complain)));
 }
 
 Result<std::optional<PropertyList>> UserDefaults::object(std::string_view key) const {
     if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
     const std::lock_guard lock(connection_->mutex);
-    return connection_->object(key);
+    return noted(connection_->object(key));
 }
 
 Result<std::vector<std::optional<PropertyList>>> UserDefaults::objects(
@@ -191,7 +200,7 @@ Result<std::vector<std::optional<PropertyList>>> UserDefaults::objects(
         }
         return {};
     });
-    if (!read) return tl::unexpected(read.error());
+    if (!noted(read)) return tl::unexpected(read.error());
     return values;
 }
 
@@ -203,7 +212,7 @@ Result<PropertyList::Dictionary> UserDefaults::dictionaryRepresentation() const 
     auto run = (*prepared)->run();
     PropertyList::Dictionary entries;
     for (Result<bool> row = run.step(); !row || *row; row = run.step()) {
-        if (!row) return tl::unexpected(row.error());
+        if (!row) return noted<PropertyList::Dictionary>(tl::unexpected(row.error()));
         std::string key(run.bytes(0).value_or(""));
         Result<PropertyList> value = decoded(key, run.bytes(1));
         if (!value) return tl::unexpected(value.error());
@@ -215,13 +224,13 @@ Result<PropertyList::Dictionary> UserDefaults::dictionaryRepresentation() const 
 Result<void> UserDefaults::set(std::string_view key, const PropertyList& value) {
     if (const auto usable = connection_->check(); !usable) return usable;
     const std::lock_guard lock(connection_->mutex);
-    return connection_->set(key, value);
+    return noted(connection_->set(key, value));
 }
 
 Result<void> UserDefaults::remove(std::string_view key) {
     if (const auto usable = connection_->check(); !usable) return usable;
     const std::lock_guard lock(connection_->mutex);
-    return connection_->remove(key);
+    return noted(connection_->remove(key));
 }
 
 Result<void> UserDefaults::transaction(const std::function<Result<void>(Transaction&)>& work) {
@@ -229,7 +238,7 @@ Result<void> UserDefaults::transaction(const std::function<Result<void>(Transact
     const std::lock_guard lock(connection_->mutex);
     Connection::OpenTransaction open(*connection_);
     // Asks for the right to write at once: a reader that asks later is refused when another has written.
-    return connection_->together("BEGIN IMMEDIATE", [&] { return work(open); });
+    return noted(connection_->together("BEGIN IMMEDIATE", [&] { return work(open); }));
 }
 
 Result<std::int64_t> UserDefaults::dataVersion() const {

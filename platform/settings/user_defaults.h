@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,10 +31,13 @@ public:
         virtual Result<void> remove(std::string_view key) = 0;
     };
 
+    using Complaint = std::function<void(const Error&)>;
+
     /// Opens (and creates where needed: folder mode 0700, file mode 0600) the suite's file in
-    /// `directory`. Fails when it cannot be opened or is damaged; the file is then left as it is.
+    /// `directory`. Fails when it cannot be opened or is damaged; the file is then left as it is. Damage
+    /// that only a later read or write comes upon is said to `complain`, once, on the thread that did.
     static Result<std::shared_ptr<UserDefaults>> open(const std::filesystem::path& directory,
-                                                      std::string_view suiteName);
+                                                      std::string_view suiteName, Complaint complain = {});
 
     ~UserDefaults();
     UserDefaults(const UserDefaults&) = delete;
@@ -57,8 +61,14 @@ public:
 
 private:
     struct Connection;
-    explicit UserDefaults(std::unique_ptr<Connection> connection);
+    UserDefaults(std::unique_ptr<Connection> connection, Complaint complain);
+    /// The result as it is; complains when it tells of damage.
+    template <typename T>
+    Result<T> noted(Result<T> result) const;
+
     std::unique_ptr<Connection> connection_;
+    const Complaint complain_;
+    mutable std::once_flag complainOnce_;
 };
 
 /// How the platform's typed getters read a stored value: with conversions, and with a default for what

@@ -37,6 +37,25 @@ TEST(ARuntime, SaysOnceThatAStoreCannotBeOpenedAndTriesAnewEachTime) {
     EXPECT_NE(*runtime.defaults("group.other"), *store);
 }
 
+TEST(ARuntime, SaysOnceThatAStoreIsDamagedBehindItsFirstPage) {
+    const TemporaryDirectory folder;
+    ASSERT_TRUE(UserDefaults::open(folder.path(), "group.test").value()->set("key", "value"));
+    const auto file = storeFile(folder.path(), "group.test");
+    const std::string noise(std::filesystem::file_size(file) - 4096, 'Z');
+    std::fstream(file, std::ios::in | std::ios::out | std::ios::binary).seekp(4096) << noise;
+    auto lines = std::make_shared<std::vector<std::string>>();
+    const Runtime runtime({.dataDirectory = folder.path(),
+                           .log = [lines](std::string_view line) { lines->emplace_back(line); }});
+
+    const auto store = runtime.defaults("group.test");
+    ASSERT_TRUE(store);
+    EXPECT_THAT(*lines, testing::IsEmpty());
+    EXPECT_FALSE((*store)->object("key"));
+    EXPECT_FALSE((*store)->objects({"key"}));
+    EXPECT_FALSE((*store)->set("key", "other"));
+    EXPECT_THAT(*lines, ElementsAre(HasSubstr("malformed")));
+}
+
 TEST(ARuntime, MakesItsPartsOnceHoweverManyThreadsAskFirst) {
     const TemporaryDirectory folder;
     const Runtime runtime({.dataDirectory = folder.path(), .locale = {"en_IN"}});
