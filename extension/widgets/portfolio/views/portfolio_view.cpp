@@ -61,8 +61,7 @@ View PortfolioMediumView::body() const {
     const auto endLine = [&] {
         if (line.empty()) return;
         if (!lines.empty()) {
-            lines.push_back(
-                PWDivider{.color = pwTimelineEntry.textColor, .isCompact = isCompact}.body().opacity(0.4));
+            lines.push_back(PWDivider{.color = pwTimelineEntry.textColor, .isCompact = isCompact});
         }
         lines.push_back(HStack({.alignment = VerticalAlignment::top, .spacing = 0.0}, std::move(line)));
         line.clear();

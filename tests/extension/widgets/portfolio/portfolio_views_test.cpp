@@ -74,6 +74,15 @@ TEST(PortfolioViews, ColourGainsAndLossesByTheThemeOfTheEntry) {
     }
 }
 
+TEST(PortfolioViews, PartTheLinesOfTheMediumFamilyByALineOfHalfTheTextsStrength) {
+    const tests::TestRuntime runtime;
+    const PWTimelineEntry entry(runtime, runtime.now(), rows(runtime.ids()), PWAPIError::success);
+    const std::string tree = treeOf(entry, WidgetFamily::systemMedium).dump();
+    EXPECT_THAT(tree, testing::HasSubstr(R"("type":"opacity","value":0.5)"));
+    const std::size_t first = tree.find(R"("type":"opacity")");
+    EXPECT_EQ(tree.find(R"("type":"opacity")", first + 1), std::string::npos) << "nothing weakens it further";
+}
+
 TEST(PortfolioViews, LeadWhereTheStateAsksTo) {
     struct Case {
         PWAPIError state;
