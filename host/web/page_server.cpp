@@ -196,6 +196,8 @@ Response PageServer::post(const Request& request) {
 
 Response PageServer::events() {
     auto stream = std::make_shared<serving::EventStream>();
+    // No change may fall between the first state and the first push.
+    const std::lock_guard order(pushMutex_);
     stream->send("state", home_.stateText());
     const std::lock_guard lock(mutex_);
     std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
@@ -208,7 +210,15 @@ void PageServer::push() {
         // Without a reader nobody needs the work of telling the state.
         const std::lock_guard lock(mutex_);
         std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
-        if (readers_.empty()) return;
+        // Whoever waits to push will tell the state as it is by then.
+        if (readers_.empty() || isPushWaiting_) return;
+        isPushWaiting_ = true;
+    }
+    // One at a time, or an older state might be told after a newer one and stay on the page.
+    const std::lock_guard order(pushMutex_);
+    {
+        const std::lock_guard lock(mutex_);
+        isPushWaiting_ = false;
     }
     const std::string state = home_.stateText();
     const std::lock_guard lock(mutex_);

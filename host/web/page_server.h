@@ -46,6 +46,9 @@ private:
     std::string cookie_;
     std::mutex mutex_;
     std::vector<std::shared_ptr<serving::EventStream>> readers_;
+    bool isPushWaiting_ = false;
+    /// Taken before `mutex_`.
+    std::mutex pushMutex_;
     std::uint16_t port_ = 0;
     std::unique_ptr<serving::HttpServer> server_;
 };
