@@ -35,7 +35,8 @@ export function pictureScale() {
 
 async function act(action, details = {}) {
   const answer = await fetch("/act", { method: "POST", body: JSON.stringify({ action, ...details }) }).catch(() => null);
-  element("notice").textContent = !answer ? "The home screen is not running." : answer.ok ? "" : await answer.text();
+  // What went well shows in the state that follows it, and that one may be here already.
+  if (!answer?.ok) element("notice").textContent = answer ? await answer.text() : "The home screen is not running.";
 }
 
 const place = (style, frame) => Object.assign(style, { left: `${frame.x}px`, top: `${frame.y}px`, width: `${frame.width}px`, height: `${frame.height}px` });
@@ -179,7 +180,8 @@ function updateControls() {
   element("extension").textContent = state.extension.process ? `The extension runs as process ${state.extension.process}, peak ${peak} MB.` : "The extension is not running.";
   const failing = state.widgets.filter((widget) => widget.lastError);
   if (state.app.error) element("notice").textContent = state.app.error;
-  else if (failing.length) element("notice").textContent = `${failing[0].displayName}: ${failing[0].lastError}. The last good picture stays.`;
+  else if (failing.length) element("notice").textContent = `${failing[0].displayName}: ${failing[0].lastError}. The last good picture stays${failing[0].next?.hold ? `; ${failing[0].next.hold}` : ""}.`;
+  else if (state.hasDemo && state.fault !== "none") element("notice").textContent = `The service is ${element("fault").selectedOptions[0].textContent}.`;
   else element("notice").textContent = "";
 
   const keys = state.app.assets.map((asset) => asset.key);
