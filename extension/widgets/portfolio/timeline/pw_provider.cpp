@@ -1,8 +1,9 @@
 #include "extension/widgets/portfolio/timeline/pw_provider.h"
 
 #include <chrono>
-#include <mutex>
+#include <memory>
 #include <optional>
+#include <thread>
 #include <utility>
 #include "extension/net/network_manager.h"
 #include "platform/base/fatal.h"
@@ -28,14 +29,6 @@ bool isInRefreshWindow(const platform::Calendar& calendar, Instant now) {
     return opening <= now && now <= closing;
 }
 
-/// What a placeholder hands out, while its fetch may still write to it.
-struct PlaceholderBox {
-    explicit PlaceholderBox(PWTimelineEntry first) : entry(std::move(first)) {}
-
-    std::mutex mutex;
-    PWTimelineEntry entry;
-};
-
 }  // namespace
 
 PWProvider::PWProvider(const platform::Runtime& runtime)
@@ -44,15 +37,14 @@ PWProvider::PWProvider(const platform::Runtime& runtime)
       pwViewModel_(std::make_shared<PWViewModel>(runtime, *network_)) {}
 
 PWTimelineEntry PWProvider::placeholder(const platform::TimelineProviderContext&) {
-    const auto box =
-        std::make_shared<PlaceholderBox>(PWTimelineEntry(runtime_, runtime_.now(), {}, PWAPIError::failed));
-    // A fetch that finds nobody signed in answers before it returns; any other answer comes too late.
-    pwViewModel_->fetch([box](PWTimelineEntry entry) {
-        const std::lock_guard lock(box->mutex);
-        box->entry = std::move(entry);
+    const auto placeholder =
+        std::make_shared<PWTimelineEntry>(PWTimelineEntry(runtime_, runtime_.now(), {}, PWAPIError::failed));
+    // A fetch that finds nobody signed in answers before it returns, on this thread. An answer from the
+    // service, however quick, is not for the placeholder.
+    pwViewModel_->fetch([placeholder, caller = std::this_thread::get_id()](PWTimelineEntry entry) {
+        if (std::this_thread::get_id() == caller) *placeholder = std::move(entry);
     });
-    const std::lock_guard lock(box->mutex);
-    return box->entry;
+    return *placeholder;
 }
 
 void PWProvider::getSnapshot(const platform::TimelineProviderContext&,

@@ -2,7 +2,6 @@
 
 #include <string>
 #include "extension/app/settings/deep_links.h"
-#include "extension/theme/hex_codec.h"
 #include "extension/widgets/portfolio/views/portfolio_texts.h"
 
 namespace extension {
@@ -12,8 +11,6 @@ using namespace platform;
 
 constexpr FlexibleFrameSize wholeWidget{
     .minWidth = 0.0, .maxWidth = infinity, .minHeight = 0.0, .maxHeight = infinity};
-
-Color buttonColor() { return colorFromHexString("#28659D"); }
 
 /// Text whose lines are centred.
 View message(const char* text, double size, FontWeight weight, const Color& color) {
@@ -26,7 +23,7 @@ View message(const char* text, double size, FontWeight weight, const Color& colo
 
 View AddPortfolioCTAView::body() const {
     return outlined(Text("Add to Portfolio", Font::system(12.0, FontWeight::medium))
-                        .foregroundColor(buttonColor())
+                        .foregroundColor(pwTimelineEntry.textColor)
                         .body()
                         .padding(10.0));
 }
@@ -47,8 +44,8 @@ View NoPortfolioRecordView::body() const {
 }
 
 View LoginToCheckView::body() const {
+    // Without a colour of its own: the outline's blue is too dark to be read on the dark background.
     return outlined(Text("Login", Font::system(14.0, FontWeight::medium))
-                        .foregroundColor(buttonColor())
                         .body()
                         .padding({.top = 8.0, .leading = 20.0, .bottom = 8.0, .trailing = 20.0}));
 }
