@@ -32,17 +32,20 @@ bool hasPortfolio(const PortfolioDataModel& portfolio) {
 PWViewModel::PWViewModel(const platform::Runtime& runtime, NetworkManager& network)
     : runtime_(runtime), network_(network) {}
 
-std::optional<std::string> PWViewModel::requestAddress() const {
+std::optional<PWViewModel::Session> PWViewModel::session() const {
     const auto defaults = sharedDefaults(runtime_);
     if (!defaults) return std::nullopt;
-    const auto token = storedText(**defaults, keys::token);
-    const auto userId = storedText(**defaults, keys::userId);
-    const auto portfolio = storedText(**defaults, keys::userPortfolio);
+    auto token = storedText(**defaults, keys::token);
+    auto userId = storedText(**defaults, keys::userId);
+    auto portfolio = storedText(**defaults, keys::userPortfolio);
     if (!token || token->empty() || !userId || userId->empty() || !portfolio) return std::nullopt;
+    return Session{std::move(*token), std::move(*userId), std::move(*portfolio)};
+}
 
+std::string PWViewModel::requestAddress(const Session& session) const {
     // The service reads these values as they stand: nothing is encoded.
     const auto seconds = std::chrono::floor<std::chrono::seconds>(runtime_.now().time_since_epoch());
-    return *portfolio + "&ctype=2&uname=" + *userId + "&token=" + *token +
+    return session.portfolio + "&ctype=2&uname=" + session.userId + "&token=" + session.token +
            "&test=false&ts=" + std::to_string(seconds.count()) + "&t_device=iphone&t_app=BL&t_version=193";
 }
 
@@ -50,7 +53,7 @@ PWTimelineEntry PWViewModel::entry(PWAPIError state, std::vector<PortfolioWidget
     return {runtime_, runtime_.now(), std::move(rows), state};
 }
 
-PWTimelineEntry PWViewModel::entryFor(std::string_view body) const {
+PWTimelineEntry PWViewModel::entryFor(std::string_view body, const Session& asked) const {
     const Result<PortfolioDataModel> portfolio = decodePortfolio(body);
     if (!portfolio) {
         runtime_.log().write(portfolio.error().message);
@@ -58,25 +61,26 @@ PWTimelineEntry PWViewModel::entryFor(std::string_view body) const {
     }
     if (!hasPortfolio(*portfolio)) return entry(PWAPIError::noPortfolio);
     auto rows = makeRows(*portfolio->portfoliosummary->networthDetails, runtime_.ids());
-    saveRows(rows);
+    // Rows that were asked for before a sign-out must not outlive it.
+    if (session() == asked) saveRows(rows);
     return entry(PWAPIError::success, std::move(rows));
 }
 
 void PWViewModel::fetch(Completion completion) {
-    const auto address = requestAddress();
-    if (!address) {
+    const auto asked = session();
+    if (!asked) {
         completion(entry(PWAPIError::nonLogin));
         return;
     }
-    network_.sendRequest(*address, RequestMethod::get, std::nullopt,
-                         [weak = weak_from_this(), &runtime = runtime_,
+    network_.sendRequest(requestAddress(*asked), RequestMethod::get, std::nullopt,
+                         [weak = weak_from_this(), &runtime = runtime_, asked = *asked,
                           completion = std::move(completion)](Result<platform::Bytes> answer) {
                              const auto viewModel = weak.lock();
                              if (!viewModel || !answer) {
                                  completion({runtime, runtime.now(), {}, PWAPIError::failed});
                                  return;
                              }
-                             completion(viewModel->entryFor(answer->view()));
+                             completion(viewModel->entryFor(answer->view(), asked));
                          });
 }
 

@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 #include "extension/widgets/portfolio/model/pw_timeline_entry.h"
 #include "platform/runtime/runtime.h"
@@ -25,7 +27,7 @@ public:
 
     /// Calls `completion` exactly once, also when the view model has gone by then: before it returns
     /// when nobody is signed in or the address is none, else on the session's queue. Never fails but
-    /// through the entry's state. A `success` is saved.
+    /// through the entry's state. A `success` is saved, unless another user has signed in meanwhile.
     void fetch(Completion completion);
 
     void saveRows(const std::vector<PortfolioWidgetVM>& rows) const;
@@ -34,8 +36,18 @@ public:
 
 private:
     PWTimelineEntry entry(PWAPIError state, std::vector<PortfolioWidgetVM> rows = {}) const;
-    PWTimelineEntry entryFor(std::string_view body) const;
-    std::optional<std::string> requestAddress() const;
+    /// What the phone app leaves of the user who is signed in.
+    struct Session {
+        std::string token;
+        std::string userId;
+        std::string portfolio;
+
+        bool operator==(const Session&) const = default;
+    };
+
+    std::optional<Session> session() const;
+    std::string requestAddress(const Session& session) const;
+    PWTimelineEntry entryFor(std::string_view body, const Session& asked) const;
 
     const platform::Runtime& runtime_;
     NetworkManager& network_;

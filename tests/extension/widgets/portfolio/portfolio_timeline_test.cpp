@@ -148,6 +148,21 @@ TEST(PortfolioAnswer, ReachesItsCompletionAlsoWhenTheViewModelHasGone) {
     EXPECT_EQ(saved(runtime), std::nullopt);
 }
 
+TEST(PortfolioAnswer, ThatComesAfterASignOutIsNotKept) {
+    LoopbackServer service;
+    service.answer({.body = goodPortfolio, .delay = std::chrono::milliseconds(200)});
+    const TestRuntime runtime;
+    signIn(runtime, service);
+
+    Awaited<PWTimelineEntry> entry;
+    PWProvider provider(runtime);
+    provider.getSnapshot({}, entry.taker());
+    ASSERT_TRUE(service.waitForRequests(1));
+    ASSERT_TRUE((*sharedDefaults(runtime))->remove(keys::token));
+    EXPECT_EQ(entry.value().apiError, PWAPIError::success);
+    EXPECT_EQ(saved(runtime), std::nullopt);
+}
+
 TEST(PortfolioTimeline, AsksFromNineToFourInclusiveAndShowsSavedRowsOtherwise) {
     struct Case {
         const char* now;
