@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include "companion/operations.h"
+#include "companion/user_choices.h"
 #include "host/cli/output.h"
 #include "host/cli/surroundings.h"
 #include "platform/runtime/runtime.h"
@@ -47,6 +48,28 @@ Result<void> callLines(companion::PhoneApp& app, std::istream& input) {
     return {};
 }
 
+/// Of the user of that name, by the service that the information dictionary names.
+Result<companion::Session> sessionOf(const std::string& name, const platform::Runtime& runtime) {
+    const auto origin = runtime.bundle().text("ProductionWebHost");
+    const auto address = platform::URL::parse(origin.value_or("") + "/demo/users");
+    const auto answer =
+        address ? runtime.urls().load({.url = *address}, std::chrono::steady_clock::now() + waitingLimit)
+                : tl::unexpected(platform::urlError(platform::url_error::badURL));
+    if (!answer || answer->statusCode != 200 || !answer->body) {
+        return platform::failure("UserError", 1,
+                                 "no home screen is running, and the web host knows no users by name");
+    }
+    const auto users = nlohmann::json::parse(answer->body->view(), nullptr, false);
+    if (users.is_array()) {
+        for (const auto& user : users) {
+            if (user.value("name", "") != name) continue;
+            return companion::Session{user.value("token", ""), user.value("userId", ""),
+                                      user.value("userPortfolio", "")};
+        }
+    }
+    return platform::failure("UserError", 2, "nobody of that name is known");
+}
+
 Result<void> printOperations() {
     std::string lines;
     for (const std::string& line : companion::listOperations()) lines += line + "\n";
@@ -64,6 +87,24 @@ Result<void> callOperation(const ProcessOptions& process, const std::vector<std:
     runtime.makeCurrent();
     companion::PhoneApp app(runtime);
     return words == std::vector<std::string>{"-"} ? callLines(app, std::cin) : callWords(app, words);
+}
+
+Result<void> signInUser(const ProcessOptions& process, const std::string& name) {
+    auto resolved = surroundings(process);
+    if (!resolved) return tl::unexpected(resolved.error());
+    const std::filesystem::path socket = platform::hostSocketPath(resolved->dataDirectory);
+    if (platform::askHost(socket, "placed", waitingLimit)) {
+        const auto answer = platform::askHost(socket, "user " + name, waitingLimit);
+        return answer ? Result<void>() : tl::unexpected(answer.error());
+    }
+    const platform::Runtime runtime(std::move(*resolved));
+    std::optional<companion::Session> session;
+    if (name != "none") {
+        auto found = sessionOf(name, runtime);
+        if (!found) return tl::unexpected(found.error());
+        session = std::move(*found);
+    }
+    return companion::setSession(runtime, session);
 }
 
 Result<void> explainReloads(const ProcessOptions& process, const std::string& kind) {

@@ -14,6 +14,11 @@ namespace host {
 platform::Result<void> callOperation(const platform::ProcessOptions& process,
                                      const std::vector<std::string>& words);
 
+/// Signs a user of the demo service in, as the phone app would, or whoever is signed in out when the name
+/// is "none". A running home screen knows its service; otherwise the information dictionary's web host is
+/// asked for its users.
+platform::Result<void> signInUser(const platform::ProcessOptions& process, const std::string& name);
+
 /// Prints what the running home screen has noted about a widget's last reload.
 platform::Result<void> explainReloads(const platform::ProcessOptions& process, const std::string& kind);
 

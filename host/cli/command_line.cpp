@@ -99,6 +99,10 @@ private:
                              [this] { return exitCode(becomeDemo(demoPort_)); });
         demo->add_option("--port", demoPort_, "0 takes any free one")->check(CLI::Range(0, 65535));
 
+        CLI::App* user = add("user", "sign a user of the demo service in, or out with \"none\"",
+                             [this] { return exitCode(signInUser(process_, userName_)); });
+        user->add_option("NAME", userName_, "a user's name, or none")->required();
+
         CLI::App* why = add("why", "tell from a running home screen why a widget was reloaded, or not",
                             [this] { return exitCode(explainReloads(process_, question_.kind)); });
         why->add_option("KIND", question_.kind)->required();
@@ -229,6 +233,7 @@ private:
     std::string service_ = "demo";
     std::optional<long> seconds_;
     int demoPort_ = 0;
+    std::string userName_;
     std::optional<std::string> galleryFolder_;
     std::optional<std::string> earlierGallery_;
     WidgetQuestion question_;

@@ -684,6 +684,12 @@ std::string HomeScreen::answerProcess(std::string_view question) {
         changed();
         return "ok\n";
     }
+    if (question.starts_with("user ")) {
+        const std::string_view name = question.substr(5);
+        const auto done = setUser({{"user", name == "none" ? "" : name}});
+        changed();
+        return done ? "ok\n" : "error\n" + done.error().message;
+    }
     if (question.starts_with("why ")) {
         const std::string_view kind = question.substr(4);
         if (std::ranges::find(gallery_, kind, &WidgetListing::kind) == gallery_.end())

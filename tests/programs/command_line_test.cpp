@@ -279,6 +279,25 @@ TEST_F(CommandLineTest, OperationsOfTheAppAreCalledOneByOneOrLineByLineInOneProc
     EXPECT_THAT(lines.complaint, StartsWith("brightledger: line 3: "));
 }
 
+TEST_F(CommandLineTest, AUserIsSignedInAndOutAndTheirRowsGoWithThem) {
+    EXPECT_EQ(run("user asha").exitCode, 1);  // no service knows them
+    const auto service = demo::DemoService::start();
+    ASSERT_TRUE(service);
+    serve((*service)->origin());
+    EXPECT_EQ(run("user nobody").exitCode, 1);
+    ASSERT_EQ(run("user asha").exitCode, 0);
+
+    const ordered_json timeline = json("timeline PortfolioWidget --family systemMedium");
+    EXPECT_EQ(timeline["entries"][0]["apiError"], "success");
+    EXPECT_EQ(run("store get portfolioArray").exitCode, 0);
+
+    ASSERT_EQ(run("user none").exitCode, 0);
+    for (const char* key : {"token", "userId", "userPortfolio", "portfolioArray"}) {
+        EXPECT_EQ(run(std::string("store get ") + key).exitCode, 1) << key;
+    }
+    EXPECT_EQ(json("timeline PortfolioWidget --family systemMedium")["entries"][0]["apiError"], "nonLogin");
+}
+
 /// The quotes' answer for one index whose link holds a blank, so that it is no address.
 class BrokenLinkTest : public CommandLineTest {
 protected:
