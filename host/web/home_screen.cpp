@@ -677,10 +677,10 @@ std::string HomeScreen::answerProcess(std::string_view question) {
             answer += placement.kind + " " + std::string(platform::description(placement.family)) + "\n";
         return answer;
     }
-    if (question.starts_with("reload ")) {
-        const std::string_view kind = question.substr(7);
+    if (question == "reload" || question.starts_with("reload ")) {
         noticeUser();
-        schedule_->reload(kind == "all" ? std::nullopt : std::optional(kind), Asker::app);
+        schedule_->reload(question == "reload" ? std::nullopt : std::optional(question.substr(7)),
+                          Asker::app);
         changed();
         return "ok\n";
     }

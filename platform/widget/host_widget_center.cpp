@@ -158,7 +158,7 @@ void HostWidgetCenter::reloadTimelines(std::string_view ofKind) {
     static_cast<void>(askHost(socket_, "reload " + std::string(ofKind), usualLimit));
 }
 
-void HostWidgetCenter::reloadAllTimelines() { static_cast<void>(askHost(socket_, "reload all", usualLimit)); }
+void HostWidgetCenter::reloadAllTimelines() { static_cast<void>(askHost(socket_, "reload", usualLimit)); }
 
 void HostWidgetCenter::getCurrentConfigurations(
     std::function<void(Result<std::vector<PlacedWidget>>)> completion) {

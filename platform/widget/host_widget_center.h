@@ -20,7 +20,7 @@ std::filesystem::path hostSocketPath(const std::filesystem::path& dataDirectory)
 /// Asks the host one question and waits for its answer. Errors (domain "WidgetCenterError"): no host
 /// is running, it did not answer in time, or it refused, with its words as the message.
 ///
-/// Questions are short texts: "reload all", "reload KIND", "placed" (one "KIND FAMILY" a line),
+/// Questions are short texts: "reload", "reload KIND", "placed" (one "KIND FAMILY" a line),
 /// "user NAME" or "user none", and "why KIND". An answer begins with "ok\n" or "error\n".
 Result<std::string> askHost(const std::filesystem::path& socket, std::string_view question,
                             std::chrono::milliseconds limit);
