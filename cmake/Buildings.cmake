@@ -98,6 +98,5 @@ function(brightledger_tests name)
     target_compile_definitions(${name} PRIVATE
         BRIGHTLEDGER_PROGRAM_DIR="${BRIGHTLEDGER_PROGRAM_DIR}"
         BRIGHTLEDGER_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120
-        ENVIRONMENT "${BRIGHTLEDGER_TEST_ENVIRONMENT}")
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 endfunction()
