@@ -8,6 +8,11 @@ target_compile_options(brightledger_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror
     # GCC 12 sees an overlap in `"text" + string` where there is none.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+if(CMAKE_UNITY_BUILD)
+    # Several sources stand in one: what is private to each is no longer private to the compiler. The
+    # debug build, one source at a time, still warns of both.
+    target_compile_options(brightledger_options INTERFACE -Wno-subobject-linkage -Wno-shadow)
+endif()
 if(BRIGHTLEDGER_SANITIZE)
     target_compile_options(brightledger_options INTERFACE
         -fsanitize=${BRIGHTLEDGER_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined

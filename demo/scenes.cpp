@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
+#include "demo/json_response.h"
 #include "demo/market.h"
 #include "extension/widgets/perch/proto/market_package.h"
 
@@ -117,10 +117,6 @@ const std::vector<Scene>& scenes() {
              ScenePortfolio{"10,42,218.00", "10,42,218.00", {"0.00", "0.00", "0"}, {"0.00", "0.00", ""}}},
     };
     return all;
-}
-
-Response jsonResponse(const ordered_json& json) {
-    return {.contentType = "application/json", .body = platform::Bytes(json.dump())};
 }
 
 void addQuote(extension::MarketPackage_MultiAssetInfo& info, const std::string& identifier,

@@ -4,13 +4,12 @@
 #include <cmath>
 #include <map>
 #include <mutex>
-#include <nlohmann/json.hpp>
 #include <optional>
+#include "demo/json_response.h"
 #include "demo/market.h"
 #include "demo/pictures.h"
 #include "demo/scenes.h"
 #include "extension/widgets/perch/proto/market_package.h"
-#include "serving/http_server.h"
 
 namespace demo {
 
@@ -38,10 +37,6 @@ constexpr std::string_view newsPath = "/newsapi/app/get_news_ranking/main_home_p
 constexpr std::string_view quotesPath = "/swiftapi/v1/markets/multi-asset-info";
 constexpr std::string_view portfolioPath = "/portfolioapi/summary";
 constexpr std::string_view thumbnailPath = "/thumbnails/";
-
-Response jsonResponse(const ordered_json& json, int status = 200) {
-    return {.status = status, .contentType = "application/json", .body = platform::Bytes(json.dump())};
-}
 
 Response missing() { return {.status = 404, .body = platform::Bytes("nothing here\n")}; }
 

@@ -22,7 +22,7 @@ namespace {
 using platform::ProcessOptions;
 using platform::Result;
 
-constexpr std::chrono::seconds waitingLimit{5};
+constexpr std::chrono::seconds answerLimit{5};
 
 Result<void> callWords(companion::PhoneApp& app, const std::vector<std::string>& words) {
     if (words.size() < 2) return platform::failure("UsageError", 2, "a call needs a class and a selector");
@@ -53,7 +53,7 @@ Result<companion::Session> sessionOf(const std::string& name, const platform::Ru
     const auto origin = runtime.bundle().text("ProductionWebHost");
     const auto address = platform::URL::parse(origin.value_or("") + "/demo/users");
     const auto answer =
-        address ? runtime.urls().load({.url = *address}, std::chrono::steady_clock::now() + waitingLimit)
+        address ? runtime.urls().load({.url = *address}, std::chrono::steady_clock::now() + answerLimit)
                 : tl::unexpected(platform::urlError(platform::url_error::badURL));
     if (!answer || answer->statusCode != 200 || !answer->body) {
         return platform::failure("UserError", 1,
@@ -93,8 +93,8 @@ Result<void> signInUser(const ProcessOptions& process, const std::string& name) 
     auto resolved = surroundings(process);
     if (!resolved) return tl::unexpected(resolved.error());
     const std::filesystem::path socket = platform::hostSocketPath(resolved->dataDirectory);
-    if (platform::askHost(socket, "placed", waitingLimit)) {
-        const auto answer = platform::askHost(socket, "user " + name, waitingLimit);
+    if (platform::askHost(socket, "placed", answerLimit)) {
+        const auto answer = platform::askHost(socket, "user " + name, answerLimit);
         return answer ? Result<void>() : tl::unexpected(answer.error());
     }
     const platform::Runtime runtime(std::move(*resolved));
@@ -111,7 +111,7 @@ Result<void> explainReloads(const ProcessOptions& process, const std::string& ki
     const auto resolved = surroundings(process);
     if (!resolved) return tl::unexpected(resolved.error());
     Result<std::string> answer =
-        platform::askHost(platform::hostSocketPath(resolved->dataDirectory), "why " + kind, waitingLimit);
+        platform::askHost(platform::hostSocketPath(resolved->dataDirectory), "why " + kind, answerLimit);
     if (!answer) return tl::unexpected(answer.error());
     if (!answer->ends_with('\n')) *answer += '\n';
     return printText(*answer);

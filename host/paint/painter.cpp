@@ -28,8 +28,6 @@ constexpr int smallestScale = 1;
 constexpr int largestScale = 3;
 // An SVG has no pixels of its own: its frames stand where the sharpest screen has them.
 constexpr int vectorScale = largestScale;
-constexpr double mostPixels = 16'000'000.0;
-constexpr double longestSide = 32'767.0;
 constexpr std::size_t keptSurfaces = 4;
 
 /// Both corners on the nearest pixel, ties up.
@@ -233,11 +231,6 @@ tl::unexpected<platform::Error> drawingFailed(cairo_status_t status) {
                    std::string("the list could not be drawn: ") + cairo_status_to_string(status));
 }
 
-bool isDrawable(double width, double height) {
-    return width >= 1.0 && height >= 1.0 && width <= longestSide && height <= longestSide &&
-           width * height <= mostPixels;
-}
-
 }  // namespace
 
 struct Painter::Implementation {
@@ -290,7 +283,7 @@ Result<std::string> Painter::png(const DisplayList& list, int scale, Timing* tim
     const auto start = std::chrono::steady_clock::now();
     const double width = std::round(list.size.width * scale);
     const double height = std::round(list.size.height * scale);
-    if (!isDrawable(width, height)) return drawingFailed(CAIRO_STATUS_INVALID_SIZE);
+    if (!isSurfaceSize(width, height)) return drawingFailed(CAIRO_STATUS_INVALID_SIZE);
 
     cairo_surface_t* surface = implementation_->surface(static_cast<int>(width), static_cast<int>(height));
     const Canvas canvas(cairo_create(surface));
@@ -312,7 +305,7 @@ Result<std::string> Painter::png(const DisplayList& list, int scale, Timing* tim
 }
 
 Result<std::string> Painter::svg(const DisplayList& list) {
-    if (!isDrawable(list.size.width, list.size.height)) return drawingFailed(CAIRO_STATUS_INVALID_SIZE);
+    if (!isSurfaceSize(list.size.width, list.size.height)) return drawingFailed(CAIRO_STATUS_INVALID_SIZE);
     std::string text;
     const auto append = [](void* target, const unsigned char* bytes, unsigned length) {
         static_cast<std::string*>(target)->append(reinterpret_cast<const char*>(bytes), length);

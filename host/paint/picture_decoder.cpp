@@ -9,14 +9,9 @@
 namespace host {
 namespace {
 
-constexpr std::int64_t mostPixels = 16'000'000;
-// The longest side that a surface can have.
-constexpr std::int64_t longestSide = 32'767;
-
-bool isAcceptable(std::int64_t width, std::int64_t height) {
-    return width > 0 && height > 0 && width <= longestSide && height <= longestSide &&
-           width * height <= mostPixels;
-}
+constexpr double mostPixels = 16'000'000.0;
+// The longest side that cairo takes.
+constexpr double longestSide = 32'767.0;
 
 Surface makeSurface(cairo_format_t format, int width, int height) {
     Surface surface(cairo_image_surface_create(format, width, height));
@@ -88,7 +83,7 @@ std::optional<DecodedPicture> decodePng(std::string_view bytes) {
     // Frees what the reader holds, whatever way is taken out of here.
     const Owned<png_image, png_image_free> guard(&image);
     if (!png_image_begin_read_from_memory(&image, bytes.data(), bytes.size())) return std::nullopt;
-    if (!isAcceptable(image.width, image.height)) return std::nullopt;
+    if (!isSurfaceSize(image.width, image.height)) return std::nullopt;
 
     image.format = PNG_FORMAT_BGRA;
     const int width = static_cast<int>(image.width);
@@ -123,7 +118,7 @@ std::optional<DecodedPicture> decodeJpeg(std::string_view bytes, int wantedWidth
                                        &colorspace) != 0) {
         return std::nullopt;
     }
-    if (!isAcceptable(width, height)) return std::nullopt;
+    if (!isSurfaceSize(width, height)) return std::nullopt;
 
     const tjscalingfactor factor{1, 1 << halvings(width, height, wantedWidth, wantedHeight)};
     const int drawnWidth = TJSCALED(width, factor);
@@ -145,7 +140,7 @@ std::optional<DecodedPicture> decodeWebP(std::string_view bytes, int wantedWidth
     }
     const int width = config.input.width;
     const int height = config.input.height;
-    if (config.input.has_animation || !isAcceptable(width, height)) return std::nullopt;
+    if (config.input.has_animation || !isSurfaceSize(width, height)) return std::nullopt;
 
     const int shift = halvings(width, height, wantedWidth, wantedHeight);
     const int drawnWidth = width >> shift;
@@ -166,6 +161,11 @@ std::optional<DecodedPicture> decodeWebP(std::string_view bytes, int wantedWidth
 }
 
 }  // namespace
+
+bool isSurfaceSize(double width, double height) {
+    return width >= 1.0 && height >= 1.0 && width <= longestSide && height <= longestSide &&
+           width * height <= mostPixels;
+}
 
 std::optional<DecodedPicture> decodePicture(std::string_view bytes, int wantedWidth, int wantedHeight) {
     if (bytes.starts_with("\x89PNG\r\n\x1a\n")) return decodePng(bytes);

@@ -11,6 +11,9 @@ namespace host {
 
 using Surface = Owned<cairo_surface_t, cairo_surface_destroy>;
 
+/// Whether a surface can have these sides, in pixels, and is not larger than any screen asks for.
+bool isSurfaceSize(double width, double height);
+
 struct DecodedPicture {
     /// In pixels, as the picture declares them.
     int width = 0;

@@ -39,15 +39,25 @@ bool makeFolder(const fs::path& folder) {
     return makeFolder(folder.parent_path()) && (mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST);
 }
 
-bool hold(int descriptor, int kind, milliseconds patience) {
+/// Tries `take`, a system call that does not wait, until it has the lock.
+template <typename Take>
+bool hold(const Take& take, milliseconds patience) {
     const auto end = std::chrono::steady_clock::now() + patience;
-    while (flock(descriptor, kind | LOCK_NB) != 0) {
+    while (take() != 0) {
         // A file system that knows no locks has nobody who waits for one.
-        if (errno != EWOULDBLOCK && errno != EINTR) return true;
+        if (errno != EWOULDBLOCK && errno != EACCES && errno != EINTR) return true;
         if (std::chrono::steady_clock::now() >= end) return false;
         std::this_thread::sleep_for(milliseconds(2));
     }
     return true;
+}
+
+/// Of a range of bytes that nobody reads: it tells nothing of the lock on the file as a whole.
+int lockBytes(int descriptor, short kind) {
+    struct flock range{};
+    range.l_type = kind;
+    range.l_whence = SEEK_SET;
+    return fcntl(descriptor, F_OFD_SETLK, &range);
 }
 
 /// So that a power cut does not bring the old names back.
@@ -132,11 +142,19 @@ StoreLock::~StoreLock() {
 }
 
 bool StoreLock::holdShared(milliseconds patience) const {
-    return !exists() || hold(descriptor_, LOCK_SH, patience);
+    return !exists() || hold([this] { return flock(descriptor_, LOCK_SH | LOCK_NB); }, patience);
 }
 
 bool StoreLock::holdAlone(milliseconds patience) const {
-    return !exists() || hold(descriptor_, LOCK_EX, patience);
+    return !exists() || hold([this] { return flock(descriptor_, LOCK_EX | LOCK_NB); }, patience);
+}
+
+bool StoreLock::holdMaking(milliseconds patience) const {
+    return !exists() || hold([this] { return lockBytes(descriptor_, F_WRLCK); }, patience);
+}
+
+void StoreLock::releaseMaking() const {
+    if (exists()) lockBytes(descriptor_, F_UNLCK);
 }
 
 bool isThere(const fs::path& file) {

@@ -33,16 +33,14 @@ Result<PropertyList> decoded(std::string_view key, const std::optional<std::stri
                            "settings store: the value of \"" + std::string(key) + "\" is not one of ours");
 }
 
-/// Holds the lock shared, over a store that is there: a missing one is made first, alone.
+/// Holds the lock shared, over a store that is there: the first to find it missing makes it.
 Result<void> takePart(const StoreLock& lock, const fs::path& file) {
-    if (!isThere(file)) {
-        if (!lock.holdAlone(patience)) return settingsFailure(SQLITE_BUSY, "settings store: in use");
-        if (!isThere(file)) {
-            if (const auto made = createStore(file); !made) return made;
-        }
-    }
     if (!lock.holdShared(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being repaired");
-    return {};
+    if (isThere(file)) return {};
+    if (!lock.holdMaking(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being made");
+    const Result<void> made = isThere(file) ? Result<void>() : createStore(file);
+    lock.releaseMaking();
+    return made;
 }
 
 }  // namespace

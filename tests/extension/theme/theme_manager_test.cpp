@@ -10,6 +10,7 @@
 #include "extension/theme/entry_theme.h"
 #include "extension/theme/hex_codec.h"
 #include "extension/theme/palette.h"
+#include "tests/extension/shared_settings.h"
 #include "tests/support/test_runtime.h"
 
 namespace extension {
@@ -20,15 +21,8 @@ using platform::PropertyList;
 using tests::TestRuntime;
 
 /// A phone of its own.
-struct Phone {
-    explicit Phone(const tests::TestRuntimeOptions& options = {}) : runtime(options) {}
-
-    std::optional<PropertyList> stored(std::string_view key) const {
-        return sharedDefaults(runtime).value()->object(key).value();
-    }
-    void store(std::string_view key, const PropertyList& value) const {
-        ASSERT_TRUE(sharedDefaults(runtime).value()->set(key, value));
-    }
+struct ThemedPhone {
+    explicit ThemedPhone(const tests::TestRuntimeOptions& options = {}) : runtime(options) {}
 
     TestRuntime runtime;
     ProcessState state{runtime};
@@ -36,7 +30,7 @@ struct Phone {
 };
 
 TEST(ThemeManager, AnEmptyStoreIsDarkAndAllItsColoursAreGray) {
-    Phone phone;
+    ThemedPhone phone;
     EXPECT_EQ(phone.themes.selectedThemeType(), 0);
     EXPECT_EQ(phone.themes.displayThemeKey(), "dark");
     EXPECT_TRUE(isDarkTheme(phone.runtime));
@@ -66,9 +60,9 @@ TEST(ThemeManager, EveryChoiceIsStoredAndShownAsItsNumberSays) {
         {-1, -1, 0, 0, 0, "dark", "#111111", true},
     };
     for (const auto& expected : cases) {
-        Phone phone;
+        ThemedPhone phone;
         phone.themes.setSelectedThemeType(expected.chosen);
-        EXPECT_EQ(phone.stored("ThemeType"), PropertyList(expected.stored)) << expected.chosen;
+        EXPECT_EQ(stored(phone.runtime, "ThemeType"), PropertyList(expected.stored)) << expected.chosen;
         EXPECT_EQ(phone.themes.selectedThemeType(), expected.selected) << expected.chosen;
         EXPECT_EQ(phone.themes.displayTheme(), expected.display) << expected.chosen;
         EXPECT_EQ(phone.themes.finalSelectedThemeType(), expected.final) << expected.chosen;
@@ -83,16 +77,16 @@ TEST(ThemeManager, AStoredChoiceOfAnyOtherTypeOrRangeReadsAsDark) {
     for (const PropertyList& value :
          {PropertyList(4), PropertyList(-2), PropertyList(1'000'000), PropertyList("abc"),
           PropertyList(PropertyList::Array{PropertyList(1)}), PropertyList(platform::Bytes("1"))}) {
-        Phone phone;
-        phone.store("ThemeType", value);
+        ThemedPhone phone;
+        store(phone.runtime, "ThemeType", value);
         EXPECT_EQ(phone.themes.selectedThemeType(), 0);
         EXPECT_TRUE(isDarkTheme(phone.runtime));
     }
     // The platform reads a text as the number that it begins with, and cuts a real number.
-    Phone phone;
-    phone.store("ThemeType", "1");
+    ThemedPhone phone;
+    store(phone.runtime, "ThemeType", "1");
     EXPECT_EQ(phone.themes.selectedThemeType(), 1);
-    phone.store("ThemeType", 1.9);
+    store(phone.runtime, "ThemeType", 1.9);
     EXPECT_EQ(phone.themes.selectedThemeType(), 1);
 }
 
@@ -114,8 +108,8 @@ TEST(ThemeManager, TheAutomaticThemeIsLightByDayInIndiaWhateverTheDevicesZone) {
     };
     for (const char* zone : {"Asia/Kolkata", "America/Los_Angeles", "Pacific/Kiritimati", "No/Zone"}) {
         for (const auto& [now, theme] : cases) {
-            Phone phone({.now = now, .timeZone = {zone}});
-            phone.store("ThemeType", 2);
+            ThemedPhone phone({.now = now, .timeZone = {zone}});
+            store(phone.runtime, "ThemeType", 2);
             EXPECT_EQ(phone.themes.themeForAutoMode(), theme) << now << " " << zone;
             EXPECT_EQ(phone.themes.displayTheme(), theme) << now << " " << zone;
             EXPECT_EQ(phone.themes.displayThemeKey(), theme == 1 ? "light" : "dark") << now << " " << zone;
@@ -125,7 +119,7 @@ TEST(ThemeManager, TheAutomaticThemeIsLightByDayInIndiaWhateverTheDevicesZone) {
 }
 
 TEST(ThemeManager, ApplyingWritesThePaletteAndReplacesTheCurrentTheme) {
-    Phone phone;
+    ThemedPhone phone;
     const auto before = phone.themes.currentTheme();
     phone.themes.setSelectedThemeType(1);
     EXPECT_NE(phone.themes.currentTheme(), before);
@@ -134,44 +128,44 @@ TEST(ThemeManager, ApplyingWritesThePaletteAndReplacesTheCurrentTheme) {
     const auto light = phone.themes.currentTheme();
     for (const PaletteColor& color : palette()) {
         EXPECT_EQ(light->color(color.name), color.light) << color.name;
-        EXPECT_EQ(decodedColor(phone.stored(color.name)), color.light) << color.name;
+        EXPECT_EQ(decodedColor(stored(phone.runtime, color.name)), color.light) << color.name;
     }
     EXPECT_EQ(light->refreshControlColor(), light->color("refreshControlColor"));
     EXPECT_EQ(light->color("noSuchColor"), std::nullopt);
-    EXPECT_EQ(phone.stored("AutoThemeType"), std::nullopt);
+    EXPECT_EQ(stored(phone.runtime, "AutoThemeType"), std::nullopt);
 }
 
 TEST(ThemeManager, AutomaticStoresItsResultAndThreeLeavesThePaletteAlone) {
-    Phone phone({.now = "2026-11-22T13:30:01Z"});
+    ThemedPhone phone({.now = "2026-11-22T13:30:01Z"});
     phone.themes.setSelectedThemeType(1);
     phone.themes.setSelectedThemeType(2);
-    EXPECT_EQ(phone.stored("AutoThemeType"), PropertyList(0));
+    EXPECT_EQ(stored(phone.runtime, "AutoThemeType"), PropertyList(0));
     EXPECT_EQ(hexString(phone.themes.currentTheme()->backgroundColor()), "#1A1A22");
 
     phone.themes.setSelectedThemeType(3);
-    EXPECT_EQ(phone.stored("ThemeType"), PropertyList(3));
+    EXPECT_EQ(stored(phone.runtime, "ThemeType"), PropertyList(3));
     EXPECT_EQ(hexString(phone.themes.currentTheme()->backgroundColor()), "#1A1A22");
 }
 
 TEST(ThemeManager, TheFirstDefaultIsDarkAndALaterOneAppliesTheChoiceAgain) {
-    Phone phone({.now = "2026-11-22T13:30:00Z"});
+    ThemedPhone phone({.now = "2026-11-22T13:30:00Z"});
     phone.themes.setDefaultThemeIfNotSet();
-    EXPECT_EQ(phone.stored("ThemeType"), PropertyList(0));
-    EXPECT_EQ(phone.stored("IsThemeTypeSet"), PropertyList(true));
+    EXPECT_EQ(stored(phone.runtime, "ThemeType"), PropertyList(0));
+    EXPECT_EQ(stored(phone.runtime, "IsThemeTypeSet"), PropertyList(true));
     EXPECT_EQ(hexString(phone.themes.currentTheme()->textColor()), "#FFFFFF");
 
     phone.themes.setSelectedThemeType(2);
-    EXPECT_EQ(phone.stored("AutoThemeType"), PropertyList(1));
+    EXPECT_EQ(stored(phone.runtime, "AutoThemeType"), PropertyList(1));
     // Night falls.
     phone.runtime.clock().set(*platform::parseInstant("2026-11-22T13:30:01Z"), 0.0);
     phone.themes.setDefaultThemeIfNotSet();
-    EXPECT_EQ(phone.stored("ThemeType"), PropertyList(2));
-    EXPECT_EQ(phone.stored("AutoThemeType"), PropertyList(0));
+    EXPECT_EQ(stored(phone.runtime, "ThemeType"), PropertyList(2));
+    EXPECT_EQ(stored(phone.runtime, "AutoThemeType"), PropertyList(0));
     EXPECT_EQ(hexString(phone.themes.currentTheme()->textColor()), "#FFFFFF");
 }
 
 TEST(ThemeManager, AnotherProcessSeesTheNewPaletteWholeOrTheOldOne) {
-    Phone writer;
+    ThemedPhone writer;
     writer.themes.setSelectedThemeType(0);
     const TestRuntime reader({.dataDirectory = writer.runtime.dataDirectory()});
 
@@ -193,7 +187,7 @@ TEST(ThemeManager, AnotherProcessSeesTheNewPaletteWholeOrTheOldOne) {
 }
 
 TEST(ThemeManager, ThreadsMayReadWhileOthersApply) {
-    Phone phone;
+    ThemedPhone phone;
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 3; ++thread) {
         threads.emplace_back([&phone, thread] {
@@ -208,17 +202,17 @@ TEST(ThemeManager, ThreadsMayReadWhileOthersApply) {
 }
 
 TEST(ThemeManager, ARequestForReloadsIsKeptInTheStore) {
-    Phone phone;
+    ThemedPhone phone;
     EXPECT_FALSE(phone.themes.reloadsWidgets());
     phone.themes.setReloadsWidgets(true);
     EXPECT_TRUE(phone.themes.reloadsWidgets());
-    EXPECT_EQ(phone.stored("reloadWidgetOnThemeChange"), PropertyList(true));
+    EXPECT_EQ(stored(phone.runtime, "reloadWidgetOnThemeChange"), PropertyList(true));
     phone.themes.setReloadsWidgets(false);
     EXPECT_FALSE(phone.themes.reloadsWidgets());
 }
 
 TEST(ThemeManager, AStoreThatCannotBeOpenedIsDarkWithGrayColours) {
-    Phone phone;
+    ThemedPhone phone;
     std::ofstream(platform::storeFile(phone.runtime.dataDirectory(), keys::GROUP_TODAY_EXTENSION))
         << std::string(8192, 'x');
     phone.themes.setSelectedThemeType(1);
@@ -231,7 +225,7 @@ TEST(ThemeManager, AStoreThatCannotBeOpenedIsDarkWithGrayColours) {
 }
 
 TEST(DirectionColor, ComparesTheCodeExactly) {
-    Phone phone;
+    ThemedPhone phone;
     phone.themes.setSelectedThemeType(0);
     const Theme theme(phone.runtime);
     const struct {

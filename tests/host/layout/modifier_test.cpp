@@ -8,8 +8,6 @@ namespace {
 
 using namespace platform;
 
-View color() { return ColorFill(Color::gray()); }
-
 constexpr Alignment topLeading{HorizontalAlignment::leading, VerticalAlignment::top};
 constexpr Alignment bottomTrailing{HorizontalAlignment::trailing, VerticalAlignment::bottom};
 

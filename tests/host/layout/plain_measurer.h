@@ -83,9 +83,11 @@ inline platform::Text words(std::string text) {
     return platform::Text(std::move(text), platform::Font::system(10.0));
 }
 
+/// Takes what it is offered.
+inline platform::View color() { return platform::ColorFill(platform::Color::gray()); }
+
 inline platform::View box(double width, double height) {
-    return platform::ColorFill(platform::Color::gray())
-        .frame({.width = width, .height = height, .alignment = {}});
+    return color().frame({.width = width, .height = height, .alignment = {}});
 }
 
 }  // namespace host

@@ -8,8 +8,6 @@ namespace {
 
 using namespace platform;
 
-View color() { return ColorFill(Color::gray()); }
-
 View flexible(double minWidth, double maxWidth) {
     FlexibleFrameSize size;
     size.minWidth = minWidth;

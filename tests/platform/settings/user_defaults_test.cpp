@@ -8,8 +8,10 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <barrier>
 #include <cmath>
 #include <functional>
+#include <future>
 #include <limits>
 #include <string>
 #include <thread>
@@ -70,7 +72,7 @@ bool inChildren(int count, const std::function<bool(int)>& work) {
     return isGood;
 }
 
-PropertyList nested(int levels) {
+PropertyList nestedDictionaries(int levels) {
     PropertyList value = Array{};
     for (int i = 1; i < levels; ++i) value = Dictionary{{"inner", std::move(value)}};
     return value;
@@ -91,7 +93,7 @@ TEST(ASettingsStore, KeepsEveryTypeAndEveryBit) {
         {"moment", Instant(std::chrono::nanoseconds(1'234'567'890'123'456'789))},
         {"no bytes", Bytes()},
         {"many bytes", Bytes(std::string(5U << 20, '\xA7'))},
-        {"nested", nested(31)},
+        {"nested", nestedDictionaries(31)},
         {"list", Array{1, true, "x", Dictionary{}, Array{}}},
     };
     for (const auto& [key, value] : values) ASSERT_TRUE(opened(folder.path())->set(key, value)) << key;
@@ -106,8 +108,8 @@ TEST(ASettingsStore, KeepsEveryTypeAndEveryBit) {
     EXPECT_TRUE(std::signbit(*all->at("minus zero").real()));
     EXPECT_EQ(store->object("one")->value().boolean(), nullptr);
 
-    EXPECT_FALSE(store->set("nested", nested(32)));
-    EXPECT_EQ(store->object("nested")->value(), nested(31));
+    EXPECT_FALSE(store->set("nested", nestedDictionaries(32)));
+    EXPECT_EQ(store->object("nested")->value(), nestedDictionaries(31));
 }
 
 TEST(ASettingsStore, ForgetsWhatIsRemoved) {
@@ -135,6 +137,26 @@ TEST(ASettingsStore, ShowsAWriteAtOnceToEverybodyAndTellsOfTheWritesOfOthers) {
 
     ASSERT_TRUE(inChild([&] { return opened(folder.path())->set("theme", 2).has_value(); }));
     EXPECT_EQ(*app->object("theme"), PropertyList(2));
+}
+
+TEST(ASettingsStore, IsMadeByOneOfManyWhoComeAtOnceAndStay) {
+    const TemporaryDirectory directory;
+    std::barrier together(8);
+    std::vector<std::future<bool>> visits;
+    for (int i = 0; i < 8; ++i) {
+        visits.push_back(std::async(std::launch::async, [&, i] {
+            together.arrive_and_wait();
+            const auto store = UserDefaults::open(directory.path(), suite);
+            const bool isWritten = store && (*store)->set("key" + std::to_string(i), i);
+            together.arrive_and_wait();
+            return isWritten;
+        }));
+    }
+    for (auto& visit : visits) EXPECT_TRUE(visit.get());
+    const auto store = opened(directory.path());
+    EXPECT_EQ(store->dictionaryRepresentation()->size(), 8U);
+    fs::remove(storeFile(directory.path(), suite));
+    EXPECT_TRUE(opened(directory.path())->dictionaryRepresentation()->empty()) << "lost under its user";
 }
 
 TEST(ASettingsStore, IsForItsOwnerOnly) {

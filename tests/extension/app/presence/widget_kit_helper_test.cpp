@@ -40,7 +40,7 @@ private:
     std::vector<std::function<void(Result<std::vector<PlacedWidget>>)>> waiting_;
 };
 
-struct Phone {
+struct PhoneWithHomeScreen {
     WidgetPresence ask() {
         queryPlacedWidgets(state);
         homeScreen->answerAll();
@@ -53,7 +53,7 @@ struct Phone {
 };
 
 TEST(WidgetKitHelper, TheFirstOfEachKindTellsTheFamily) {
-    Phone phone;
+    PhoneWithHomeScreen phone;
     EXPECT_EQ(phone.state.presence->get(), WidgetPresence{});
     phone.homeScreen->place({{"PortfolioWidget", std::nullopt},
                              {"PerchWidget", WidgetFamily::systemMedium},
@@ -70,7 +70,7 @@ TEST(WidgetKitHelper, TheFirstOfEachKindTellsTheFamily) {
 }
 
 TEST(WidgetKitHelper, WhatWasOnceSeenStaysAndAnErrorChangesNothing) {
-    Phone phone;
+    PhoneWithHomeScreen phone;
     phone.homeScreen->place({{"NewsWidget", WidgetFamily::systemLarge}});
     const WidgetPresence seen = phone.ask();
     EXPECT_TRUE(seen.isNewsWidgetAdded);
@@ -95,7 +95,7 @@ TEST(WidgetKitHelper, AnAnswerMayComeWhenNobodyWaitsAnyMoreAndOnAnotherThread) {
 }
 
 TEST(WidgetKitHelper, ReloadsOneKindOrAll) {
-    Phone phone;
+    PhoneWithHomeScreen phone;
     reloadWidgets(phone.runtime, "NewsWidget");
     reloadWidgets(phone.runtime, std::nullopt);
     EXPECT_THAT(phone.homeScreen->reloads, testing::ElementsAre("NewsWidget", "all"));

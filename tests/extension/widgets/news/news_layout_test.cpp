@@ -18,7 +18,7 @@ const std::string oneLine = "Short";
 const std::string threeLines(99, 'x');
 const std::string eightLines(264, 'x');
 
-NewsUIVM story(const std::string& headline, bool isLive = false) {
+NewsUIVM anyStory(const std::string& headline, bool isLive = false) {
     NewsUIVM item;
     item.headline = headline;
     item.deeplink = "brightledgerwidget://news/";
@@ -49,7 +49,7 @@ std::vector<std::string> framesOf(const std::string& type, std::vector<NewsUIVM>
 }
 
 TEST(NewsLayout, AThumbnailIsThreeToTwoWhereThereIsRoom) {
-    const auto thumbnails = framesOf("clipShape", {story(oneLine)}, 354);
+    const auto thumbnails = framesOf("clipShape", {anyStory(oneLine)}, 354);
     ASSERT_EQ(thumbnails.size(), 1U);
     EXPECT_TRUE(thumbnails[0].starts_with("25,")) << thumbnails[0];
     EXPECT_TRUE(thumbnails[0].ends_with(" 75x50")) << thumbnails[0];
@@ -59,14 +59,14 @@ TEST(NewsLayout, ThumbnailsGiveWayInHeightAndAPlaceholderExactlyAsAPicture) {
     // 314 points less the header's 37.5, five gaps of 8 and 6.5 around each row.
     const std::vector<std::string> expected{"25,66 75x40.8", "25,121.3 75x40.8", "25,176.6 75x40.8",
                                             "25,231.9 75x40.8", "25,287.2 75x40.8"};
-    std::vector<NewsUIVM> stories(5, story(oneLine));
+    std::vector<NewsUIVM> stories(5, anyStory(oneLine));
     EXPECT_EQ(framesOf("clipShape", stories, 354), expected);
     for (NewsUIVM& each : stories) each.thumbnailData = Bytes("PICTURE");
     EXPECT_EQ(framesOf("clipShape", stories, 354), expected);
 }
 
 TEST(NewsLayout, NoHeadlineIsCutAndWhatIsTooMuchGoesEvenlyIntoTheMargins) {
-    const std::vector<NewsUIVM> stories(5, story(threeLines));
+    const std::vector<NewsUIVM> stories(5, anyStory(threeLines));
     for (const double height : {330.0, 320.0, 310.0}) {
         const auto texts = framesOf("text", stories, height);
         ASSERT_EQ(texts.size(), 6U);
@@ -79,14 +79,14 @@ TEST(NewsLayout, NoHeadlineIsCutAndWhatIsTooMuchGoesEvenlyIntoTheMargins) {
 }
 
 TEST(NewsLayout, ALiveHeadlineIsShortenedToTheRoomThatFiveStoriesLeave) {
-    std::vector<NewsUIVM> stories(5, story(threeLines));
-    stories[1] = story(eightLines, true);
+    std::vector<NewsUIVM> stories(5, anyStory(threeLines));
+    stories[1] = anyStory(eightLines, true);
     const auto texts = framesOf("text", stories, 330);
     EXPECT_TRUE(texts.at(2).ends_with("x36")) << texts[2];
     EXPECT_EQ(texts.at(1), "110,66 198x36") << "nothing is pushed out of the widget";
 
     // Alone it shows all that it has to say.
-    EXPECT_TRUE(framesOf("text", {story(eightLines, true)}, 354).at(1).ends_with("x108"));
+    EXPECT_TRUE(framesOf("text", {anyStory(eightLines, true)}, 354).at(1).ends_with("x108"));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "extension/theme/hex_codec.h"
 #include "platform/settings/keyed_archive.h"
 #include "platform/widget/widget.h"
+#include "tests/extension/shared_settings.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/test_runtime.h"
 #include "tests/support/waiting.h"
@@ -37,14 +38,10 @@ constexpr const char* rankingTarget = "/newsapi/app/get_news_ranking/main_home_p
 
 std::string document(const std::vector<json>& stories) { return json{{"list", stories}}.dump(); }
 
-json story(const std::string& headline) { return {{"headline", headline}}; }
+json feedStory(const std::string& headline) { return {{"headline", headline}}; }
 
 NewsTimelineEntry entryOf(const TestRuntime& runtime) {
     return timelineOf(NewsProvider(runtime)).entries.at(0);
-}
-
-void store(const TestRuntime& runtime, std::string_view key, const PropertyList& value) {
-    ASSERT_TRUE(sharedDefaults(runtime).value()->set(key, value));
 }
 
 PropertyList archived(const PropertyList& root) { return Bytes(platform::archivedObject(root)); }
@@ -52,7 +49,7 @@ PropertyList archived(const PropertyList& root) { return Bytes(platform::archive
 TEST(NewsTimeline, ShowsTheFirstFiveStoriesInTheirOrder) {
     LoopbackServer service;
     std::vector<json> stories;
-    for (const char* headline : {"1", "2", "3", "4", "5", "6", "7"}) stories.push_back(story(headline));
+    for (const char* headline : {"1", "2", "3", "4", "5", "6", "7"}) stories.push_back(feedStory(headline));
     service.answer(rankingTarget, {.body = document(stories)});
     const TestRuntime runtime{{.webHost = service.origin()}};
 
@@ -73,17 +70,17 @@ TEST(NewsTimeline, EveryFailureIsAnEmptyEntryThatIsAskedForAgain) {
     LoopbackServer service;
     const TestRuntime runtime{{.webHost = service.origin()}};
     const tests::Answer answers[] = {
-        {.status = 500, .body = document({story("good")})},
+        {.status = 500, .body = document({feedStory("good")})},
         {.status = 304},
         {.status = 200},
         {.body = "<html></html>"},
         {.body = "{}"},
         {.body = document({})},
-        {.body = document({story("good"), {{"story_type", "sonnet"}}})},
-        {.body = document({story("good")}), .ending = tests::Answer::Ending::cut},
-        {.body = document({story("good")}), .declaredLength = 100'000},
+        {.body = document({feedStory("good"), {{"story_type", "sonnet"}}})},
+        {.body = document({feedStory("good")}), .ending = tests::Answer::Ending::cut},
+        {.body = document({feedStory("good")}), .declaredLength = 100'000},
         {.body = std::string(1000, '[')},
-        {.body = document({story(std::string(1U << 20, 'x'))})},
+        {.body = document({feedStory(std::string(1U << 20, 'x'))})},
         {.ending = tests::Answer::Ending::noAnswerReset},
     };
     for (const tests::Answer& answer : answers) {
@@ -99,7 +96,7 @@ TEST(NewsTimeline, EveryFailureIsAnEmptyEntryThatIsAskedForAgain) {
 
 TEST(NewsTimeline, ThePlaceholderIsEmptyWhateverTheServiceAnswers) {
     LoopbackServer service;
-    service.answer({.body = document({story("good")})});
+    service.answer({.body = document({feedStory("good")})});
     const TestRuntime runtime{{.webHost = service.origin()}};
     const NewsTimelineEntry entry = NewsProvider(runtime).placeholder({});
     EXPECT_THAT(entry.newsUIVM, IsEmpty());
@@ -150,8 +147,7 @@ TEST(NewsAddress, IsTheWebHostsUnlessTheAppHasPutAnotherInItsPlace) {
         EXPECT_EQ(newsViewModel.newsAddress(),
                   isReplaced ? "http://other/feed" : std::string("http://web.invalid") + rankingTarget)
             << name;
-        EXPECT_EQ(sharedDefaults(runtime).value()->object(keys::extraLinks).value(), stored)
-            << "the key is kept";
+        EXPECT_EQ(extension::stored(runtime, keys::extraLinks), stored) << "the key is kept";
     }
     EXPECT_TRUE(runtime.logged("Failed to unarchive object for key extra_links: "));
 }

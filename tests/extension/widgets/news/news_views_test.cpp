@@ -9,6 +9,7 @@
 #include "extension/theme/hex_codec.h"
 #include "extension/widgets/news/views/news_cell_view.h"
 #include "extension/widgets/news/views/news_widget_entry_view.h"
+#include "tests/extension/shared_settings.h"
 #include "tests/support/test_runtime.h"
 
 namespace extension {
@@ -146,7 +147,7 @@ TEST(NewsViews, ALiveStoryIsPulledUp) {
 TEST(NewsViews, TheHeaderFollowsTheTheme) {
     const TestRuntime runtime;
     for (const bool isDark : {true, false}) {
-        ASSERT_TRUE(sharedDefaults(runtime).value()->set(keys::themeType, isDark ? 0 : 1));
+        store(runtime, keys::themeType, isDark ? 0 : 1);
         const View view = viewOf(runtime, {}, WidgetFamily::systemLarge);
         EXPECT_THAT(imageNames(view), ElementsAre("AppLogo", isDark ? "ArrowDark" : "ArrowLight"));
         const auto texts = nodes<node::Text>(view);

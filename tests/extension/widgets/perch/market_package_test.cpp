@@ -8,7 +8,7 @@
 namespace extension {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 std::string message(int field, std::string_view content) {
     return std::string{static_cast<char>(field << 3 | 2), static_cast<char>(content.size())} +

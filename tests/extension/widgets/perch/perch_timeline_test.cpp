@@ -9,6 +9,7 @@
 #include "extension/app/settings/store_keys.h"
 #include "extension/widgets/perch/timeline/perch_timeline_provider.h"
 #include "platform/widget/widget.h"
+#include "tests/extension/shared_settings.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/test_runtime.h"
 #include "tests/support/waiting.h"
@@ -17,7 +18,6 @@ namespace extension {
 namespace {
 
 using namespace std::chrono_literals;
-using namespace std::string_literals;
 using platform::PropertyList;
 using platform::TimelineReloadPolicy;
 using testing::ElementsAre;
@@ -42,10 +42,6 @@ std::string quotes(const std::vector<std::pair<std::string, std::string>>& price
 }
 
 std::string threeQuotes() { return quotes({{"23", "52345.6"}, {"4", "80123.45"}, {"9", "24350.4"}}); }
-
-void store(const TestRuntime& runtime, std::string_view key, const PropertyList& value) {
-    ASSERT_TRUE(sharedDefaults(runtime).value()->set(key, value));
-}
 
 void chooseStocks(const TestRuntime& runtime, const std::vector<std::string>& priceIdentifiers) {
     PropertyList::Array stocks;
@@ -92,7 +88,7 @@ TEST(PerchTimeline, AnyFaultOfTheServiceIsAnEntryWithoutRows) {
         {"no body", {.body = ""}},
         {"noise", {.body = "<html>"}},
         {"cut message", {.body = threeQuotes().substr(0, 20)}},
-        {"no quotes", {.body = "\x12"s + '\0'}},
+        {"no quotes", {.body = std::string("\x12\0", 2)}},
         {"quotes of other assets", {.body = quotes({{"77", "1"}})}},
         {"cut connection", {.body = threeQuotes(), .ending = Answer::Ending::cut}},
         {"reset connection", {.body = threeQuotes(), .ending = Answer::Ending::reset}},

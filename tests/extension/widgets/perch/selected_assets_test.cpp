@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 #include "extension/app/settings/store_keys.h"
+#include "tests/extension/shared_settings.h"
 #include "tests/support/test_runtime.h"
 
 namespace extension {
@@ -15,18 +16,6 @@ using platform::PropertyList;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::TestRuntime;
-
-std::shared_ptr<platform::UserDefaults> storeOf(const TestRuntime& runtime) {
-    return sharedDefaults(runtime).value();
-}
-
-std::optional<PropertyList> stored(const TestRuntime& runtime, std::string_view key) {
-    return storeOf(runtime)->object(key).value();
-}
-
-void store(const TestRuntime& runtime, std::string_view key, const PropertyList& value) {
-    ASSERT_TRUE(storeOf(runtime)->set(key, value));
-}
 
 PropertyList records(const std::vector<std::string>& ids) {
     PropertyList::Array list;

@@ -7,6 +7,7 @@
 #include "extension/theme/hex_codec.h"
 #include "extension/widgets/portfolio/timeline/pw_provider.h"
 #include "extension/widgets/portfolio/timeline/pw_view_model.h"
+#include "tests/extension/shared_settings.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/test_runtime.h"
 #include "tests/support/waiting.h"
@@ -24,10 +25,6 @@ using testing::SizeIs;
 
 constexpr const char* goodPortfolio = R"({"portfoliosummary":{"networth_details":{"investments":"10,00,000",
     "networth":"12,50,000","over_change":"2,50,000","over_percentchange":"25","over_direction":"1"}}})";
-
-void store(const platform::Runtime& runtime, std::string_view key, const PropertyList& value) {
-    ASSERT_TRUE((*sharedDefaults(runtime))->set(key, value));
-}
 
 /// As the phone app leaves it after signing in.
 void signIn(const platform::Runtime& runtime, const LoopbackServer& service) {

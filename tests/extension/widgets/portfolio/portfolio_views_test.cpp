@@ -5,6 +5,7 @@
 #include "extension/app/settings/store_keys.h"
 #include "extension/widgets/portfolio/views/portfolio_widget_entry_view.h"
 #include "platform/view/view_json.h"
+#include "tests/extension/shared_settings.h"
 #include "tests/support/test_runtime.h"
 
 namespace {
@@ -66,7 +67,7 @@ TEST(PortfolioViews, ShowARupeeSignBeforeEveryAmountAnEmptyOneToo) {
 TEST(PortfolioViews, ColourGainsAndLossesByTheThemeOfTheEntry) {
     for (const auto& [themeType, gain] : {std::pair{0, "#31D300"}, std::pair{1, "#097100"}}) {
         const tests::TestRuntime runtime;
-        ASSERT_TRUE((*sharedDefaults(runtime))->set(keys::themeType, themeType));
+        store(runtime, keys::themeType, themeType);
         const PWTimelineEntry entry(runtime, runtime.now(), rows(runtime.ids()), PWAPIError::success);
         const std::string tree = treeOf(entry, WidgetFamily::systemMedium).dump();
         EXPECT_THAT(tree, testing::HasSubstr(gain));

@@ -1,0 +1,14 @@
+#pragma once
+
+// What the service and its scenes answer with.
+
+#include <nlohmann/json.hpp>
+#include "serving/http_server.h"
+
+namespace demo {
+
+inline serving::Response jsonResponse(const nlohmann::ordered_json& json, int status = 200) {
+    return {.status = status, .contentType = "application/json", .body = platform::Bytes(json.dump())};
+}
+
+}  // namespace demo
