@@ -196,12 +196,14 @@ Response PageServer::post(const Request& request) {
 
 Response PageServer::events() {
     auto stream = std::make_shared<serving::EventStream>();
-    // No change may fall between the first state and the first push.
     const std::lock_guard order(pushMutex_);
+    {
+        // A reader before its first state is told, so that no change falls between the two.
+        const std::lock_guard lock(mutex_);
+        std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
+        readers_.push_back(stream);
+    }
     stream->send("state", home_.stateText());
-    const std::lock_guard lock(mutex_);
-    std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
-    readers_.push_back(stream);
     return {.contentType = "text/event-stream", .stream = stream};
 }
 
