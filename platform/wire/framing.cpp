@@ -41,13 +41,11 @@ tl::unexpected<Error> tooLong(std::uint64_t size) {
 
 }  // namespace
 
-Result<std::string> framed(std::string_view message) {
-    if (message.size() > maximumMessageSize) return tooLong(message.size());
-    std::string frame;
-    frame.reserve(message.size() + 4);
-    appendVarint(frame, message.size());
-    frame.append(message);
-    return frame;
+Result<std::string> frameLength(std::size_t size) {
+    if (size > maximumMessageSize) return tooLong(size);
+    std::string length;
+    appendVarint(length, size);
+    return length;
 }
 
 void FrameReader::append(std::string_view bytes) {

@@ -13,8 +13,8 @@ namespace platform {
 /// The longest message that either side sends or takes, in bytes.
 inline constexpr std::size_t maximumMessageSize = 16U << 20;
 
-/// `message` behind its length. Fails (domain "WireError") when it is too long.
-Result<std::string> framed(std::string_view message);
+/// What stands before a message of `size` bytes. Fails (domain "WireError") when that is too long.
+Result<std::string> frameLength(std::size_t size);
 
 /// Takes a stream in pieces of any size and gives its messages. One thread at a time.
 class FrameReader {

@@ -22,7 +22,7 @@ constexpr std::string_view rankingPath =
     "/newsapi/app/get_news_ranking/main_home_page/allnews/?start=0&limit=5";
 constexpr std::size_t storiesShown = 5;
 constexpr std::chrono::seconds timeForAllThumbnails{8};
-/// On their way to the host there are four copies of them.
+/// On their way to the host there are three copies of them.
 constexpr std::size_t roomForAllThumbnails = 2U << 20;
 
 bool holdsOnlyTexts(const PropertyList::Dictionary& dictionary) {
