@@ -20,7 +20,7 @@ Result<void> change(const platform::Runtime& runtime, const std::function<Result
 }
 
 Result<std::vector<std::optional<PropertyList>>> read(const platform::Runtime& runtime,
-                                                      std::vector<std::string> names) {
+                                                      const std::vector<std::string>& names) {
     const auto defaults = extension::sharedDefaults(runtime);
     if (!defaults) return tl::unexpected(defaults.error());
     return (*defaults)->objects(names);

@@ -51,7 +51,7 @@ int main(int count, char** arguments) {
         std::cerr << "brightledger-demo: " << service.error().message << "\n";
         return 1;
     }
-    std::cout << (*service)->origin() << std::endl;
+    std::cout << (*service)->origin() << '\n' << std::flush;
     int received = 0;
     sigwait(&signals, &received);
     return 0;

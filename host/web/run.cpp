@@ -16,7 +16,7 @@ namespace host {
 namespace {
 
 int fail(const platform::Error& error) {
-    std::cerr << "brightledger: " << error.message << std::endl;
+    std::cerr << "brightledger: " << error.message << '\n' << std::flush;
     return error.domain == "UsageError" ? 2 : 1;
 }
 
@@ -86,7 +86,7 @@ int runHomeScreen(const RunOptions& options) {
         const std::lock_guard lock(mutex);
         answering = home->get();
     }
-    std::cout << (*page)->address() << std::endl;
+    std::cout << (*page)->address() << '\n' << std::flush;
     waitForEnd(signals, options.duration);
     const std::lock_guard lock(mutex);
     answering = nullptr;
