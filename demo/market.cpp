@@ -10,7 +10,6 @@ namespace demo {
 
 namespace {
 
-using std::chrono::duration_cast;
 using std::chrono::seconds;
 
 // India has had one offset and no daylight saving since long before anything here.

@@ -22,8 +22,8 @@ struct Instrument {
     /// How far a price strays in a day, as a fraction of it.
     double liveliness = 0.01;
     /// Of futures: "FUTIDX" or "FUTSTK", and the underlying's identifier.
-    std::string_view instrument = "";
-    std::string_view underlying = "";
+    std::string_view instrument = {};
+    std::string_view underlying = {};
 };
 
 const std::vector<Instrument>& catalogue();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -28,7 +29,8 @@ class Canvas {
 public:
     Canvas(Tone top, Tone foot) : pixels_(static_cast<std::size_t>(width) * height) {
         for (int y = 0; y < height; ++y)
-            std::fill_n(pixels_.begin() + y * width, width, mix(top, foot, double(y) / height));
+            std::fill_n(pixels_.begin() + std::ptrdiff_t{y} * width, width,
+                        mix(top, foot, double(y) / height));
     }
 
     void disc(double x, double y, double radius, Tone tone, double opacity = 1.0) {
@@ -60,7 +62,7 @@ public:
         bytes.reserve(pixels_.size() * 3);
         for (const Tone& tone : pixels_) {
             for (const double part : {tone.red, tone.green, tone.blue})
-                bytes.push_back(static_cast<unsigned char>(std::clamp(part, 0.0, 1.0) * 255.0 + 0.5));
+                bytes.push_back(static_cast<unsigned char>(std::lround(std::clamp(part, 0.0, 1.0) * 255.0)));
         }
         const std::unique_ptr<void, int (*)(tjhandle)> encoder(tjInitCompress(), tjDestroy);
         unsigned char* encoded = nullptr;
@@ -104,7 +106,8 @@ Canvas skylineAtDusk() {
     for (int i = 0; i < 14; ++i) {
         const double tall = 70 + 130 * scatter(i);
         canvas.box(i * 36 - 8, height - tall, 30, tall, mix(night, {0.22, 0.20, 0.42}, scatter(i + 40)));
-        for (double y = height - tall + 12; y < height - 10; y += 18) {
+        for (int floor = 0; floor * 18 < tall - 22; ++floor) {
+            const double y = height - tall + 12 + floor * 18;
             if (scatter(i * 31 + int(y)) > 0.4) canvas.box(i * 36 - 2, y, 6, 7, gold, 0.9);
             if (scatter(i * 17 + int(y)) > 0.5) canvas.box(i * 36 + 9, y, 6, 7, gold, 0.7);
         }

@@ -15,6 +15,8 @@ namespace demo {
 
 namespace {
 
+using namespace std::string_literals;
+
 using nlohmann::ordered_json;
 using serving::Request;
 using serving::Response;
@@ -230,7 +232,7 @@ Response withFault(Response response, Fault fault) {
         case Fault::serverError: response.status = 500; break;
         case Fault::empty: response.body = {}; break;
         case Fault::noise:
-            response.body = platform::Bytes("\x07\xFF\x00\x13 this is neither a quote nor a story \xC3");
+            response.body = platform::Bytes("\x07\xFF\x00\x13 this is neither a quote nor a story \xC3"s);
             break;
         case Fault::cut:
             response.body =

@@ -16,7 +16,7 @@ namespace host {
 namespace {
 
 int fail(const platform::Error& error) {
-    std::cerr << "brightledger: " << error.message << '\n' << std::flush;
+    std::cerr << "brightledger: " << error.message << '\n';
     return error.domain == "UsageError" ? 2 : 1;
 }
 

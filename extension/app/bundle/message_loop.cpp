@@ -171,7 +171,7 @@ std::string kindComplaint(const PerchWidgetBundle& bundle, const std::string& ki
 }
 
 void ask(WidgetConfiguration& widget, platform::WidgetFamily family,
-         std::shared_ptr<const Question> question) {
+         const std::shared_ptr<const Question>& question) {
     const platform::TimelineProviderContext context{.family = family,
                                                     .displaySize = platform::widgetSize(family),
                                                     .isPreview = question->ask.is_preview()};
