@@ -3,6 +3,7 @@
 #include <charconv>
 #include <nlohmann/json.hpp>
 #include <vector>
+#include "platform/settings/utf8.h"
 #include "platform/text/number_formatter.h"
 #include "platform/view/view_json.h"
 
@@ -15,15 +16,6 @@ using platform::Result;
 
 tl::unexpected<platform::Error> noSuch(const std::string& text, std::string_view kind) {
     return platform::failure("UsageError", 0, "'" + text + "' is no " + std::string(kind));
-}
-
-bool isUTF8(const std::string& text) {
-    try {
-        static_cast<void>(nlohmann::json(text).dump());
-        return true;
-    } catch (const nlohmann::json::exception&) {
-        return false;
-    }
 }
 
 /// None, white and alpha, or red, green, blue and alpha.
@@ -45,7 +37,7 @@ std::optional<Color> colorOf(const ordered_json& components) {
 }  // namespace
 
 Result<std::string> Argument<std::string>::read(const std::string& text) {
-    if (!isUTF8(text)) return platform::failure("UsageError", 0, "a text is no UTF-8");
+    if (!platform::isUtf8(text)) return platform::failure("UsageError", 0, "a text is no UTF-8");
     return text;
 }
 

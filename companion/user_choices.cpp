@@ -49,10 +49,15 @@ constexpr std::array assetLists{&ChosenAssets::indices, &ChosenAssets::stocks, &
                                 &ChosenAssets::cryptos};
 
 /// The other links of the phone app, which share an archive with the address of the news.
-PropertyList::Dictionary linksIn(const std::optional<PropertyList>& stored) {
-    const auto* data = stored ? stored->data() : nullptr;
-    const auto root = data ? platform::unarchivedObject(data->view()) : Result<PropertyList>();
-    return root && root->dictionary() ? *root->dictionary() : PropertyList::Dictionary();
+Result<PropertyList::Dictionary> linksIn(const std::optional<PropertyList>& stored) {
+    if (!stored) return PropertyList::Dictionary();
+    if (const auto* data = stored->data()) {
+        const auto root = platform::unarchivedObject(data->view());
+        if (root && root->dictionary()) return *root->dictionary();
+    }
+    return platform::failure("SettingsError", 1,
+                             "the phone app's links (\"" + std::string(keys::extraLinks) +
+                                 "\") cannot be read and stay as they are");
 }
 
 }  // namespace
@@ -104,19 +109,21 @@ Result<void> setNewsFeedAddress(const platform::Runtime& runtime, const std::opt
     return change(runtime, [&](Transaction& store) -> Result<void> {
         const auto stored = store.object(keys::extraLinks);
         if (!stored) return tl::unexpected(stored.error());
-        PropertyList::Dictionary links = linksIn(*stored);
+        Result<PropertyList::Dictionary> links = linksIn(*stored);
+        if (!links) return tl::unexpected(links.error());
         const std::string key(keys::newsWidgetApiUrl);
-        links.erase(key);
-        if (address) links.emplace(key, *address);
-        if (links.empty()) return store.remove(keys::extraLinks);
-        return store.set(keys::extraLinks, platform::Bytes(platform::archivedObject(links)));
+        links->erase(key);
+        if (address) links->emplace(key, *address);
+        if (links->empty()) return store.remove(keys::extraLinks);
+        return store.set(keys::extraLinks, platform::Bytes(platform::archivedObject(*links)));
     });
 }
 
 Result<std::optional<std::string>> newsFeedAddress(const platform::Runtime& runtime) {
     const auto stored = read(runtime, {std::string(keys::extraLinks)});
     if (!stored) return tl::unexpected(stored.error());
-    const PropertyList::Dictionary links = linksIn(stored->front());
+    // As the widget does: links that cannot be read name no feed.
+    const PropertyList::Dictionary links = linksIn(stored->front()).value_or(PropertyList::Dictionary());
     const auto address = links.find(keys::newsWidgetApiUrl);
     const std::string* text = address == links.end() ? nullptr : address->second.text();
     return text && !text->empty() ? std::optional(*text) : std::nullopt;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 #include "demo/service.h"
+#include "platform/base/ending_signals.h"
 
 namespace {
 
@@ -21,16 +22,6 @@ int usage() {
     return 2;
 }
 
-/// Blocked before any thread is there, so that none is interrupted by them.
-sigset_t blockedSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return signals;
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -43,7 +34,7 @@ int main(int count, char** arguments) {
         if (!given) return usage();
         port = *given;
     }
-    const sigset_t signals = blockedSignals();
+    const sigset_t signals = platform::blockEndingSignals();
     std::signal(SIGPIPE, SIG_IGN);
 
     const auto service = demo::DemoService::start(port);

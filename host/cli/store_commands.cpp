@@ -8,6 +8,7 @@
 #include "host/cli/surroundings.h"
 #include "platform/settings/property_list.h"
 #include "platform/settings/user_defaults.h"
+#include "platform/settings/utf8.h"
 #include "platform/text/number_formatter.h"
 
 namespace host {
@@ -50,6 +51,11 @@ tl::unexpected<Error> wrongValue(const std::string& value, std::string_view expe
     return platform::failure("UsageError", 2, "\"" + value + "\" is " + std::string(expected));
 }
 
+Result<PropertyList> parseText(const std::string& text) {
+    if (!platform::isUtf8(text)) return platform::failure("UsageError", 2, "the text is no UTF-8");
+    return PropertyList(text);
+}
+
 Result<PropertyList> parseInteger(const std::string& text) {
     std::int64_t integer = 0;
     const char* end = text.data() + text.size();
@@ -88,7 +94,7 @@ Result<PropertyList> parsePlist(const std::string& text) {
 }
 
 Result<PropertyList> parseValue(const std::string& type, const std::string& text) {
-    if (type == "string") return PropertyList(text);
+    if (type == "string") return parseText(text);
     if (type == "integer") return parseInteger(text);
     if (type == "real") return parseReal(text);
     if (type == "boolean") return parseBoolean(text);
@@ -145,6 +151,7 @@ Result<void> getKey(const ProcessOptions& process, const std::string& key) {
 
 Result<void> setKey(const ProcessOptions& process, const std::string& key, const std::string& type,
                     const std::string& value) {
+    if (!platform::isUtf8(key)) return platform::failure("UsageError", 2, "the key is no UTF-8");
     const Result<PropertyList> parsed = parseValue(type, value);
     if (!parsed) return tl::unexpected(parsed.error());
     const auto store = openStore(process);

@@ -33,30 +33,14 @@ constexpr milliseconds watchInterval{250};
 constexpr seconds silenceBeforePing{1};
 constexpr seconds pingLimit{2};
 constexpr seconds startLimit{15};
-constexpr seconds idleLimit{60};
 constexpr seconds endLimit{1};
 constexpr std::size_t longestLogLine = 16384;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-// The sanitizer alone takes more.
-constexpr long residentLimitKiB = 0;
-#else
-// A phone ends an extension above 30 MB.
-constexpr long residentLimitKiB = 30L * 1024;
-#endif
 
 platform::Error extensionError(std::string message) { return {"ExtensionError", 1, std::move(message)}; }
 
 /// A descriptor that becomes readable with the end of the process. The library's own function has no
 /// declaration for C++.
 int openProcess(int processId) { return static_cast<int>(syscall(SYS_pidfd_open, processId, 0)); }
-
-/// Above the three standard ones, which a child's own go over.
-FileDescriptor aboveStandard(int number) {
-    FileDescriptor original(number);
-    if (number > STDERR_FILENO || number < 0) return original;
-    return FileDescriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-}
 
 std::string timeText(milliseconds time) {
     if (time.count() % 1000 != 0) return std::to_string(time.count()) + " ms";
@@ -252,7 +236,7 @@ void ExtensionChild::converse() {
 int ExtensionChild::pollTimeout() {
     const std::lock_guard lock(mutex_);
     if (!questions_.empty() || endBegun_ || silent_) return static_cast<int>(watchInterval.count());
-    const auto left = lastUse_ + idleLimit - steady_clock::now();
+    const auto left = lastUse_ + options_.idleLimit - steady_clock::now();
     return static_cast<int>(
         std::max<milliseconds::rep>(0, std::chrono::duration_cast<milliseconds>(left).count() + 1));
 }
@@ -267,7 +251,7 @@ void ExtensionChild::watch() {
     } else if (questions_.empty()) {
         pinged_.reset();
         heard_ = now;
-        if (now - lastUse_ >= idleLimit) closeInput();
+        if (now - lastUse_ >= options_.idleLimit) closeInput();
     } else {
         watchAsked(now);
     }
@@ -284,8 +268,9 @@ void ExtensionChild::watchAsked(SteadyTime now) {
         ping.mutable_ping();
         if (send(ping)) pinged_ = now;
     }
-    if (residentLimitKiB > 0 && memoryOf(processId_).resident > residentLimitKiB) {
-        kill("the extension's memory passed " + std::to_string(residentLimitKiB / 1024) + " MB");
+    const long residentLimit = options_.residentLimitKiB;
+    if (residentLimit > 0 && memoryOf(processId_).resident > residentLimit) {
+        kill("the extension's memory passed " + std::to_string(residentLimit / 1024) + " MB");
     }
 }
 

@@ -36,6 +36,17 @@ struct ExtensionOptions {
     std::vector<std::string> arguments;
     /// Takes the child's log, line by line, on a thread of the process's own.
     std::function<void(std::string line)> log;
+    /// A child that nobody has asked for so long is asked to go.
+    std::chrono::milliseconds idleLimit = std::chrono::minutes(1);
+    /// A child that holds more while it is asked is killed, as a phone does above 30 MB. 0: no limit, as a
+    /// sanitizer alone takes more.
+    long residentLimitKiB = isSanitized ? 0 : 30L * 1024;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    static constexpr bool isSanitized = true;
+#else
+    static constexpr bool isSanitized = false;
+#endif
 };
 
 enum class EntryRequest { placeholder, snapshot, timeline };
@@ -73,8 +84,8 @@ struct WidgetListing {
 
 /// One child. Starts with the first question; after its death or end the next question starts a new one.
 /// It runs with a clean environment and no open file but its three pipes, and dies with the host.
-/// Idle for a minute it is asked to go; while it is asked it is killed when it answers no ping for two
-/// seconds or when its resident memory passes 30 MB.
+/// Idle for long it is asked to go; while it is asked it is killed when it answers no ping for two
+/// seconds or when its resident memory passes the limit.
 ///
 /// Questions may overlap; any thread. Errors (domain "ExtensionError") are one line that says how the
 /// child ended or how long it was waited for; a kind or family that there is not is a "UsageError".

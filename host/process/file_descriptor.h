@@ -2,6 +2,7 @@
 
 // A file descriptor that closes itself.
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <utility>
@@ -33,5 +34,12 @@ public:
 private:
     int number_ = -1;
 };
+
+/// Takes it over, above the three standard ones, which a child's own go over.
+inline FileDescriptor aboveStandard(int number) {
+    FileDescriptor original(number);
+    if (number > STDERR_FILENO || number < 0) return original;
+    return FileDescriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
 
 }  // namespace host

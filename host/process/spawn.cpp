@@ -3,12 +3,15 @@
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <system_error>
+#include "host/process/file_descriptor.h"
 
 namespace host {
 namespace {
@@ -32,8 +35,8 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 }
 
 /// Between fork and exec nothing may allocate or lock: other threads' locks stay locked here.
-[[noreturn]] void becomeProgram(const SpawnOptions& options, pid_t parent, char* const* arguments,
-                                char* const* environment) {
+[[noreturn]] void becomeProgram(const SpawnOptions& options, pid_t parent, int trouble,
+                                char* const* arguments, char* const* environment) {
     setpgid(0, 0);
     for (int signal = 1; signal < NSIG; ++signal) std::signal(signal, SIG_DFL);
     sigset_t none;
@@ -47,9 +50,25 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     dup2(options.messages, STDIN_FILENO);
     dup2(options.messages, STDOUT_FILENO);
     dup2(options.log, STDERR_FILENO);
-    close_range(STDERR_FILENO + 1, ~0U, 0);
+    close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
     execve(arguments[0], arguments, environment);
+    const int error = errno;
+    [[maybe_unused]] const ssize_t written = write(trouble, &error, sizeof error);
     _exit(127);
+}
+
+tl::unexpected<platform::Error> cannotStart(const std::string& program, int error) {
+    return platform::failure(
+        "ExtensionError", error,
+        "the extension " + program + " cannot be started: " + std::generic_category().message(error));
+}
+
+/// What the child wrote before its end; 0 when it became the program, which closes the pipe.
+int readError(const FileDescriptor& trouble) {
+    int error = 0;
+    while (read(trouble.number(), &error, sizeof error) < 0 && errno == EINTR) {
+    }
+    return error;
 }
 
 }  // namespace
@@ -62,19 +81,24 @@ platform::Result<int> spawn(const SpawnOptions& options) {
     const std::vector<char*> arguments = pointers(argumentTexts);
     const std::vector<char*> environment = pointers(environmentTexts);
 
-    if (access(argumentTexts.front().c_str(), X_OK) != 0) {
-        return platform::failure("ExtensionError", errno,
-                                 "the extension " + argumentTexts.front() +
-                                     " cannot be started: " + std::generic_category().message(errno));
-    }
+    std::array<int, 2> ends{-1, -1};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return cannotStart(argumentTexts.front(), errno);
+    const FileDescriptor trouble(ends[0]);
+    FileDescriptor childsTrouble = aboveStandard(ends[1]);
     const pid_t parent = getpid();
     const pid_t child = fork();
-    if (child == 0) becomeProgram(options, parent, arguments.data(), environment.data());
+    if (child == 0) {
+        becomeProgram(options, parent, childsTrouble.number(), arguments.data(), environment.data());
+    }
     if (child < 0) {
         return platform::failure("ExtensionError", errno,
                                  "no process can be started: " + std::generic_category().message(errno));
     }
-    return child;
+    childsTrouble.reset();
+    const int error = readError(trouble);
+    if (error == 0) return child;
+    waitpid(child, nullptr, 0);
+    return cannotStart(argumentTexts.front(), error);
 }
 
 }  // namespace host

@@ -21,8 +21,8 @@ struct SpawnOptions {
 
 /// The process id of the new child. It has next to no environment, no other open file, no way to gain
 /// privileges, leaves no core file, stands in a process group of its own and dies with the *thread*
-/// that calls this. A program that cannot be executed ends with exit code 127; one that is
-/// not there or not executable is an error (domain "ExtensionError").
+/// that calls this. Waits until the child is the program and no copy of ours any more: its memory
+/// is its own then. A program that is not there or cannot be executed is an error (domain "ExtensionError").
 platform::Result<int> spawn(const SpawnOptions& options);
 
 }  // namespace host

@@ -35,6 +35,7 @@ void Ledger::finish(std::uint64_t number, LedgerEntry::Result result, std::strin
     const auto found = std::ranges::find(entries_, number, &LedgerEntry::number);
     if (found == entries_.end()) return;
     found->result = result;
+    if (!reason.empty() && !found->reason.empty()) reason += "; " + found->reason;
     if (!reason.empty()) found->reason = std::move(reason);
     found->durationMs = durationMs;
     found->peakRssKiB = peakRssKiB;

@@ -25,7 +25,7 @@ struct LedgerEntry {
     platform::Instant due;
     platform::Instant decided;
     Result result = Result::running;
-    /// Why it was held, or what went wrong; empty when there is nothing to say.
+    /// What went wrong, and why it was held; empty when there is nothing to say.
     std::string reason;
     double durationMs = 0.0;
     long peakRssKiB = 0;
@@ -36,7 +36,7 @@ class Ledger {
 public:
     /// Answers the entry's number, which counts from 1.
     std::uint64_t add(LedgerEntry entry);
-    /// Tells how the reload of that number ended; one that has been forgotten stays so.
+    /// Tells how the reload of that number ended, and what went wrong; one that has been forgotten stays so.
     void finish(std::uint64_t number, LedgerEntry::Result result, std::string reason, double durationMs,
                 long peakRssKiB);
     /// Those after `number`, of all kinds when `kind` is empty.

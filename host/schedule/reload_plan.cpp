@@ -24,13 +24,14 @@ std::string reason(Hold hold, ReloadMode mode) {
         case Hold::floor: return mode == ReloadMode::live ? "at least 5 s apart" : "at least 15 min apart";
         case Hold::budget: return "budget of 60 a day is used up";
         case Hold::backOff: return "waiting after a failure";
+        case Hold::busy: return "the extension was busy";
     }
     return "";
 }
 
 void ReloadPlan::ask(Asker asker, const Moment& now) {
     // A person's word weighs most: nothing holds it.
-    if (!request_ || asker == Asker::person) request_ = Request{asker, now.shown};
+    if (!request_ || asker == Asker::person) request_ = Request{asker, now, isRunning_};
 }
 
 void ReloadPlan::clockMoved(const Moment& now) {
@@ -46,17 +47,24 @@ std::optional<Instant> ReloadPlan::budgetFrees() const {
 std::optional<NextReload> ReloadPlan::next(const Moment& now) const {
     if (isRunning_) return std::nullopt;
     if (request_) {
-        NextReload next{request_->asker, request_->at, now, Hold::none};
-        if (failures_ > 0 && request_->asker != Asker::person && backOffEnd_ > now.real) {
+        const auto& [asker, asked, cameDuringAnother] = *request_;
+        NextReload next{asker,
+                        asked.shown,
+                        {std::min(asked.shown, now.shown), asked.real},
+                        cameDuringAnother ? Hold::busy : Hold::none};
+        if (failures_ > 0 && asker != Asker::person && backOffEnd_ > asked.real) {
             next.at.real = backOffEnd_;
             next.hold = Hold::backOff;
         }
         return next;
     }
-    if (failures_ > 0) return NextReload{Asker::policy, now.shown, {now.shown, backOffEnd_}, Hold::backOff};
+    if (failures_ > 0) {
+        return NextReload{
+            Asker::policy, failedAt_, {std::min(failedAt_, now.shown), backOffEnd_}, Hold::backOff};
+    }
     if (!policyDue_) return std::nullopt;
 
-    NextReload next{Asker::policy, *policyDue_, {*policyDue_, now.real}, Hold::none};
+    NextReload next{Asker::policy, *policyDue_, {*policyDue_, {}}, Hold::none};
     const auto holdUntil = [&next](Instant moment, Hold hold) {
         if (moment <= next.at.shown) return;
         next.at.shown = moment;
@@ -94,6 +102,7 @@ void ReloadPlan::failed(const Moment& now) {
     isRunning_ = false;
     const auto pause =
         std::min<std::chrono::seconds>(std::chrono::seconds(1 << std::min(failures_, 9)), longestBackOff);
+    failedAt_ = now.shown;
     backOffEnd_ = now.real + pause;
     ++failures_;
 }

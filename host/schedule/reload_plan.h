@@ -25,7 +25,7 @@ enum class Asker {
 };
 
 /// What keeps a reload from happening when it is due.
-enum class Hold { none, floor, budget, backOff };
+enum class Hold { none, floor, budget, backOff, busy };
 
 std::string_view description(ReloadMode mode);
 std::string_view description(Asker asker);
@@ -73,7 +73,8 @@ public:
     void clockMoved(const Moment& now);
 
     /// Nothing while an answer is awaited, or when nobody asks. Requests of people are never held; those of
-    /// the app, of a placement and of a set clock are held by back-off alone and cost no budget.
+    /// the app, of a placement and of a set clock are held by back-off alone and cost no budget. The hold
+    /// still stands there when it is over, for the ledger to tell what was waited for.
     std::optional<NextReload> next(const Moment& now) const;
 
     /// The reload that `next` told begins.
@@ -94,10 +95,12 @@ private:
     ReloadMode mode_;
     bool isRunning_ = false;
     int failures_ = 0;
+    platform::Instant failedAt_;
     std::chrono::steady_clock::time_point backOffEnd_{};
     struct Request {
         Asker asker;
-        platform::Instant at;
+        Moment at;
+        bool cameDuringAnother;
     };
     std::optional<Request> request_;
     std::optional<platform::Instant> policyDue_;

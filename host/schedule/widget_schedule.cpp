@@ -14,6 +14,13 @@ double millisecondsSince(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
+std::string endOfHold(const NextReload& next, const Moment& now) {
+    if (next.hold != Hold::backOff) return "until " + platform::formatInstant(next.at.shown);
+    // A failure is waited out in real time, whatever the widgets' clock shows.
+    const auto rest = std::chrono::ceil<std::chrono::seconds>(next.at.real - now.real);
+    return "for " + std::to_string(rest.count()) + " s";
+}
+
 }  // namespace
 
 std::string visibleText(const platform::View& view) {
@@ -43,7 +50,7 @@ struct WidgetSchedule::Widget {
     std::string visible;
     std::string lastError;
     /// The hold that the ledger already tells of.
-    std::optional<platform::Instant> notedHold;
+    std::optional<std::pair<Asker, platform::Instant>> notedHold;
 
     /// The entry to be shown at that moment; null when all lie in the future.
     const AnsweredEntry* entryAt(platform::Instant moment) const {
@@ -165,6 +172,7 @@ void WidgetSchedule::setClock(std::optional<platform::Instant> instant, double r
             surroundings_.clock.followSystem();
         }
         clockRate_ = instant ? rate : 1.0;
+        cameFree_.reset();
     }
     // After our own, so that no entry of the extension's is ahead of our time. A child that cannot be told
     // now is started anew later and is then told by its keeper.
@@ -218,7 +226,9 @@ void WidgetSchedule::work() {
         if (!justChanged_.empty()) {
             tellOfChanges(lock);
         } else if (widget) {
+            ++busyWorkers_;
             reload(widget, lock);
+            if (busyWorkers_-- == workerCount) cameFree_ = now();
         } else if (pause) {
             wake_.wait_for(lock, *pause);
         } else {
@@ -263,19 +273,23 @@ std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextWork(
     return nullptr;
 }
 
+Hold WidgetSchedule::holdOf(const NextReload& next) const {
+    if (next.hold != Hold::none) return next.hold;
+    return cameFree_ && next.isReady(*cameFree_) ? Hold::busy : Hold::none;
+}
+
 void WidgetSchedule::noteHold(Widget& widget, const NextReload& next, const Moment& now) {
-    const bool isKnown = next.hold == Hold::backOff || widget.notedHold == next.due;
-    if (next.hold == Hold::none || isKnown) return;
-    widget.notedHold = next.due;
-    surroundings_.ledger.add(
-        {.widget = widget.id,
-         .kind = widget.kind,
-         .family = widget.family,
-         .asker = next.asker,
-         .due = next.due,
-         .decided = now.shown,
-         .result = LedgerEntry::Result::held,
-         .reason = reason(next.hold, mode_) + "; until " + platform::formatInstant(next.at.shown)});
+    const std::pair hold{next.asker, next.due};
+    if (next.hold == Hold::none || widget.notedHold == hold) return;
+    widget.notedHold = hold;
+    surroundings_.ledger.add({.widget = widget.id,
+                              .kind = widget.kind,
+                              .family = widget.family,
+                              .asker = next.asker,
+                              .due = next.due,
+                              .decided = now.shown,
+                              .result = LedgerEntry::Result::held,
+                              .reason = reason(next.hold, mode_) + "; " + endOfHold(next, now)});
 }
 
 void WidgetSchedule::showEntryOf(Widget& widget, const Moment& now) {
@@ -325,6 +339,7 @@ void WidgetSchedule::reload(const std::shared_ptr<Widget>& widget, std::unique_l
     widget->plan.start(start);
     widget->notedHold.reset();
     const int generation = widget->generation;
+    const Hold hold = holdOf(next);
     const std::uint64_t number = surroundings_.ledger.add(
         {.widget = widget->id,
          .kind = widget->kind,
@@ -332,7 +347,7 @@ void WidgetSchedule::reload(const std::shared_ptr<Widget>& widget, std::unique_l
          .asker = next.asker,
          .due = next.due,
          .decided = start.shown,
-         .reason = next.hold == Hold::none ? "" : "after " + reason(next.hold, mode_)});
+         .reason = hold == Hold::none ? "" : "held until now: " + reason(hold, mode_)});
     if (widget->needsPlaceholder) showPlaceholder(widget, lock);
     if (isEnding_) return;
     lock.unlock();

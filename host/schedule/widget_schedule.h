@@ -104,6 +104,7 @@ private:
     /// The next widget with something to do; otherwise how long to wait for one.
     std::shared_ptr<Widget> nextWork(const Moment& now, std::optional<std::chrono::nanoseconds>& pause);
     void tellOfChanges(std::unique_lock<std::mutex>& lock);
+    Hold holdOf(const NextReload& next) const;
     void noteHold(Widget& widget, const NextReload& next, const Moment& now);
     void showEntryOf(Widget& widget, const Moment& now);
     void reload(const std::shared_ptr<Widget>& widget, std::unique_lock<std::mutex>& lock);
@@ -118,6 +119,9 @@ private:
     double clockRate_ = 1.0;
     bool isEnding_ = false;
     int lastVersion_ = 0;
+    int busyWorkers_ = 0;
+    /// When a worker last came back while all of them were out: what was ready then had to wait for it.
+    std::optional<Moment> cameFree_;
     Widgets widgets_;
     /// Widgets that show another entry and whose followers are yet to be told.
     std::vector<int> justChanged_;

@@ -9,6 +9,7 @@
 #include "host/web/demo_child.h"
 #include "host/web/home_screen.h"
 #include "host/web/page_server.h"
+#include "platform/base/ending_signals.h"
 #include "platform/widget/host_widget_center.h"
 
 namespace host {
@@ -18,15 +19,6 @@ namespace {
 int fail(const platform::Error& error) {
     std::cerr << "brightledger: " << error.message << '\n';
     return error.domain == "UsageError" ? 2 : 1;
-}
-
-sigset_t blockedSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return signals;
 }
 
 void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::seconds>& duration) {
@@ -47,7 +39,7 @@ void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::second
 }  // namespace
 
 int runHomeScreen(const RunOptions& options) {
-    const sigset_t signals = blockedSignals();
+    const sigset_t signals = platform::blockEndingSignals();
     const std::filesystem::path resources = platform::resourcesDirectory();
     auto runtime = platform::runtimeOptions(options.process, resources / "Info.plist");
     if (!runtime) return fail(runtime.error());

@@ -61,8 +61,6 @@ Result<BundleInformation> readBundle(const std::optional<std::string>& named, co
     return BundleInformation::read(installed);
 }
 
-bool isKnown(const TimeZone& zone, Instant at) { return Calendar(zone).offsetFromUTC(at).has_value(); }
-
 }  // namespace
 
 Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::path& installedInfoPlist) {
@@ -93,7 +91,7 @@ Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::p
 
     const Setting zone = choose(options.timeZone, "--time-zone", "BRIGHTLEDGER_TIME_ZONE");
     result.timeZone = zone.value ? TimeZone{*zone.value} : systemTimeZone();
-    if (zone.value && !isKnown(result.timeZone, Clock().now())) return wrongUsage(zone, "no known time zone");
+    if (zone.value && !isTimeZone(*zone.value)) return wrongUsage(zone, "no known time zone");
 
     const Setting infoPlist = choose(options.infoPlist, "--info-plist", "BRIGHTLEDGER_INFO_PLIST");
     Result<BundleInformation> bundle = readBundle(infoPlist.value, installedInfoPlist);

@@ -47,15 +47,6 @@ Instant clampedInstant(date::sys_seconds moment) {
 
 constexpr std::string_view zoneFolder = "/usr/share/zoneinfo/";
 
-/// Looks at the file alone: listing all zones takes milliseconds, and most runs never need one.
-bool isZone(const std::string& identifier) {
-    // In lower case stand lists and rules; "Factory" says that nobody has chosen a zone yet.
-    const bool isName = !identifier.empty() && identifier.front() >= 'A' && identifier.front() <= 'Z';
-    if (!isName || identifier == "Factory" || identifier.find("..") != std::string::npos) return false;
-    struct stat file{};
-    return stat((std::string(zoneFolder) + identifier).c_str(), &file) == 0 && S_ISREG(file.st_mode);
-}
-
 /// The identifier in ":Asia/Kolkata", "/usr/share/zoneinfo/Asia/Kolkata" or "posix/Asia/Kolkata".
 std::string identifierIn(std::string_view text) {
     if (text.starts_with(':')) text.remove_prefix(1);
@@ -149,12 +140,24 @@ std::optional<std::chrono::year_month_day> parseDay(std::string_view text) {
     return date.ok() ? std::optional(date) : std::nullopt;
 }
 
+bool isTimeZone(const std::string& identifier) {
+    // In lower case stand lists and rules; "Factory" says that nobody has chosen a zone yet.
+    const bool isName = !identifier.empty() && identifier.front() >= 'A' && identifier.front() <= 'Z';
+    if (!isName || identifier == "Factory") return false;
+    // Other ways to the same file are no other names of the zone.
+    for (const char* detour : {"//", "/."}) {
+        if (identifier.find(detour) != std::string::npos) return false;
+    }
+    struct stat file{};
+    return stat((std::string(zoneFolder) + identifier).c_str(), &file) == 0 && S_ISREG(file.st_mode);
+}
+
 TimeZone systemTimeZone() {
     std::error_code error;
     for (const std::string& identifier :
          {identifierIn(environmentVariable("TZ")),
           identifierIn(std::filesystem::read_symlink("/etc/localtime", error).string())}) {
-        if (isZone(identifier)) return {identifier};
+        if (isTimeZone(identifier)) return {identifier};
     }
     return {};
 }

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
 #include <string_view>
 #include "platform/base/clock.h"
 #include "platform/base/locale.h"
@@ -42,6 +43,10 @@ std::optional<TimeZone> timeZoneForAbbreviation(std::string_view abbreviation);
 /// Reads the pattern "yyyy-MM-dd": a four-digit year, one or two digits of month and day, a real
 /// day, and nothing before or after it.
 std::optional<std::chrono::year_month_day> parseDay(std::string_view text);
+
+/// Whether the system has a zone of that name. Looks for its file alone: listing all zones takes
+/// milliseconds, and most runs never need one.
+bool isTimeZone(const std::string& identifier);
 
 /// The device's zone: `TZ`, then the system's setting, else UTC.
 TimeZone systemTimeZone();

@@ -75,6 +75,17 @@ TEST(UserChoices, TheNewsAddressComesAndGoesWithoutTheOtherLinks) {
     const auto stored = storeOf(runtime)->object("extra_links").value();
     EXPECT_EQ(platform::unarchivedObject(stored->data()->view()).value(),
               PropertyList(PropertyList::Dictionary{{"help", "https://help.invalid"}}));
+
+    for (const PropertyList& unreadable : {PropertyList("text"), PropertyList(Bytes("noise")),
+                                           PropertyList(Bytes(platform::archivedObject("text")))}) {
+        ASSERT_TRUE(storeOf(runtime)->set("extra_links", unreadable));
+        EXPECT_EQ(newsFeedAddress(runtime).value(), std::nullopt);
+        const auto refused = setNewsFeedAddress(runtime, "http://127.0.0.1:1/feed");
+        ASSERT_FALSE(refused);
+        EXPECT_EQ(refused.error().message,
+                  "the phone app's links (\"extra_links\") cannot be read and stay as they are");
+        EXPECT_EQ(storeOf(runtime)->object("extra_links").value(), unreadable);
+    }
 }
 
 TEST(UserChoices, AStoreThatCannotBeOpenedIsAnError) {

@@ -179,6 +179,8 @@ TEST_F(CommandLineTest, WrongUsageIsExitCode2AndOneLine) {
                               "store set k integer 1.5",
                               "store set k integer 9223372036854775808",
                               "store set k color red",
+                              "store set k string 'a\xff'",
+                              "store set 'k\xff' integer 1",
                               "store set k data '*'",
                               "store set k date today",
                               "store set k plist '<plist>'",

@@ -9,9 +9,4 @@ std::string moreNewsLink(const platform::Runtime& runtime) {
            "/sports/All-News/news/";
 }
 
-const std::string& moreNewsLink() {
-    static const std::string link = moreNewsLink(platform::Runtime::process());
-    return link;
-}
-
 }  // namespace extension

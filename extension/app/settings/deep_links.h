@@ -17,7 +17,5 @@ inline constexpr std::string_view configureWidgetLink = "brightledgerwidget://co
 
 /// The link to all news: a page of the production web host, in staging too.
 std::string moreNewsLink(const platform::Runtime& runtime);
-/// The process's own, built once.
-const std::string& moreNewsLink();
 
 }  // namespace extension

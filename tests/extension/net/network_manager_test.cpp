@@ -96,6 +96,18 @@ TEST(NetworkManager, OnlyStatus200WithABodyIsSuccess) {
     }
 }
 
+TEST(NetworkManager, ABodyIsAtMostOneMebibyteLong) {
+    LoopbackServer service;
+    const TestRuntime runtime;
+    const std::string largest(1U << 20, 'x');
+    service.answer({.body = largest, .isChunked = true});
+    EXPECT_EQ(answerTo(runtime, service.origin()), Bytes(largest));
+    service.answer({.body = largest + "x", .isChunked = true});
+    const auto tooLong = answerTo(runtime, service.origin());
+    ASSERT_FALSE(tooLong);
+    EXPECT_EQ(tooLong.error().code, platform::url_error::dataLengthExceedsMaximum);
+}
+
 TEST(NetworkManager, AnInvalidAddressIsAnsweredHereAndNowAndOtherFailuresLater) {
     LoopbackServer service;
     const TestRuntime runtime;

@@ -166,6 +166,40 @@ TEST_F(ExtensionTest, AChildThatStandsStillIsEndedWhenItAnswersNoPing) {
     EXPECT_TRUE(extension.ping(patience));
 }
 
+TEST_F(ExtensionTest, AnIdleChildGoesButNotWhileItIsAsked) {
+    service_.answer({.status = 500, .delay = 600ms});
+    ExtensionOptions impatient = options();
+    impatient.idleLimit = 200ms;
+    ExtensionProcess extension(impatient);
+    const auto answer = extension.ask(perch(EntryRequest::timeline), patience);
+    ASSERT_TRUE(answer) << answer.error().message;
+    EXPECT_GE(answer->networkMs, 600.0);
+
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (extension.processId() != 0 && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(5ms);
+    }
+    EXPECT_EQ(extension.processId(), 0);
+    EXPECT_TRUE(hasNoChild());
+    EXPECT_TRUE(extension.ping(patience));
+}
+
+TEST_F(ExtensionTest, AChildWhoseOwnMemoryPassesTheLimitIsKilled) {
+    const std::vector<char> ours(64U << 20, 'x');
+    for (int start = 0; start < 5; ++start) {
+        ExtensionProcess extension(options());
+        const auto pong = extension.ping(patience);
+        EXPECT_TRUE(pong) << pong.error().message;
+    }
+    service_.answer({.ending = tests::Answer::Ending::silence});
+    ExtensionOptions narrow = options();
+    narrow.residentLimitKiB = 2048;
+    ExtensionProcess extension(narrow);
+    const auto answer = extension.ask(perch(EntryRequest::timeline), patience);
+    ASSERT_FALSE(answer);
+    EXPECT_EQ(answer.error().message, "the extension's memory passed 2 MB");
+}
+
 TEST_F(ExtensionTest, ItsClockFollowsTheHostsAlsoInAChildThatStartsLater) {
     ExtensionProcess extension(options());
     const auto reloadAfter = [&] {
@@ -216,12 +250,22 @@ TEST_F(ExtensionTest, TheChildsLogArrivesLineByLine) {
                 testing::ElementsAre("brightledger-extension: cannot use the argument --no-such-option"));
 }
 
-TEST(ExtensionProcess, AProgramThatIsNotThereIsAnErrorAndNotAWait) {
-    ExtensionProcess extension({.program = "/no/such/program", .arguments = {}, .log = {}});
-    const auto answer = extension.ping(patience);
-    ASSERT_FALSE(answer);
-    EXPECT_EQ(answer.error().message,
-              "the extension /no/such/program cannot be started: No such file or directory");
+TEST_F(ExtensionTest, AProgramThatIsNotThereOrCannotRunIsAnErrorAndNotAWait) {
+    std::filesystem::permissions(informationFile(), std::filesystem::perms::owner_all);
+    const struct {
+        std::filesystem::path program;
+        std::string reason;
+    } cases[] = {{"/no/such/program", "No such file or directory"},
+                 {directory_.path(), "Permission denied"},
+                 {informationFile(), "Exec format error"}};
+    for (const auto& [program, reason] : cases) {
+        ExtensionProcess extension({.program = program, .arguments = {}, .log = {}});
+        const auto answer = extension.ping(patience);
+        ASSERT_FALSE(answer);
+        EXPECT_EQ(answer.error().message,
+                  "the extension " + program.string() + " cannot be started: " + reason);
+        EXPECT_TRUE(hasNoChild());
+    }
 }
 
 struct BadSpeaker {

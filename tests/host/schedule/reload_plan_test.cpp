@@ -23,8 +23,8 @@ struct Desk {
     /// Seconds from now to the next reload, on both clocks.
     double wait() const {
         const NextReload next = plan.next(now).value();
-        return std::max(std::chrono::duration<double>(next.at.shown - now.shown).count(),
-                        std::chrono::duration<double>(next.at.real - now.real).count());
+        return std::max({0.0, std::chrono::duration<double>(next.at.shown - now.shown).count(),
+                         std::chrono::duration<double>(next.at.real - now.real).count()});
     }
     Hold hold() const { return plan.next(now).value().hold; }
 
@@ -109,8 +109,12 @@ TEST(ReloadPlan, WaitsLongerAfterEveryFailureAndNotAtAllAfterASuccess) {
 
     desk.plan.ask(Asker::app, desk.now);
     EXPECT_EQ(desk.wait(), 300);
+    desk.pass(301s);
+    EXPECT_EQ(desk.wait(), 0);
+    EXPECT_EQ(desk.hold(), Hold::backOff);
     desk.plan.ask(Asker::person, desk.now);
     EXPECT_EQ(desk.wait(), 0);
+    EXPECT_EQ(desk.hold(), Hold::none);
     desk.reload(30s);
     EXPECT_EQ(desk.wait(), 30);
     desk.plan.start(desk.now);
@@ -138,6 +142,7 @@ TEST(ReloadPlan, MergesRequestsAndKeepsOneThatComesWhileItIsAnswered) {
     desk.plan.ask(Asker::app, desk.now);
     desk.plan.answered(TimelineReloadPolicy::after(desk.now.shown + 30s), 1, desk.now.shown, desk.now);
     EXPECT_EQ(desk.wait(), 0);
+    EXPECT_EQ(desk.hold(), Hold::busy);
     desk.reload(30s);
     EXPECT_EQ(desk.wait(), 30);
 }

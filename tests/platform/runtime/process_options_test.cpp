@@ -100,15 +100,12 @@ TEST(ProcessOptions, ComeFromTheSystemWhenNobodySaysOtherwise) {
 TEST(ProcessOptions, ThatMakeNoSenseAreWrongUsage) {
     const Variables variables;
     const std::vector<std::pair<ProcessOptions, std::string>> cases{
-        {{.now = "2026-11-22T09:00:00"}, "--now"},
-        {{.now = "noon"}, "--now"},
-        {{.osVersion = "eighteen"}, "--os-version"},
-        {{.osVersion = "17.1"}, "--os-version"},
-        {{.osVersion = "0"}, "--os-version"},
-        {{.osVersion = ""}, "--os-version"},
-        {{.timeZone = "Nowhere/City"}, "--time-zone"},
-        {{.dataDirectory = ""}, "--data-dir"},
-        {{.locale = ""}, "--locale"},
+        {{.now = "2026-11-22T09:00:00"}, "--now"},      {{.now = "noon"}, "--now"},
+        {{.osVersion = "eighteen"}, "--os-version"},    {{.osVersion = "17.1"}, "--os-version"},
+        {{.osVersion = "0"}, "--os-version"},           {{.osVersion = ""}, "--os-version"},
+        {{.timeZone = "Nowhere/City"}, "--time-zone"},  {{.timeZone = "Asia"}, "--time-zone"},
+        {{.timeZone = "Asia//Kolkata"}, "--time-zone"}, {{.timeZone = ""}, "--time-zone"},
+        {{.dataDirectory = ""}, "--data-dir"},          {{.locale = ""}, "--locale"},
     };
     for (const auto& [options, name] : cases) {
         const auto result = runtimeOptions(options, "");

@@ -1,0 +1,74 @@
+// What the page is shown: widgets as they stand, as they would be, and through a day.
+
+#include <nlohmann/json.hpp>
+#include "host/web/day_strip.h"
+#include "host/web/home_screen.h"
+#include "host/web/page_answers.h"
+
+namespace host {
+
+namespace {
+
+using nlohmann::ordered_json;
+using platform::Result;
+using platform::WidgetFamily;
+
+}  // namespace
+
+Result<std::string> HomeScreen::picture(int id, int scale) {
+    const std::optional<WidgetState> state = schedule_->state(id);
+    if (!state || !state->picture) return refusal("there is no picture yet");
+    return studio_.png(state->picture->sitter, scale);
+}
+
+Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily family, int scale) {
+    const EntryQuestion question{.kind = kind,
+                                 .family = family,
+                                 .request = EntryRequest::snapshot,
+                                 .isPreview = true,
+                                 .wantsViews = true};
+    auto answer = extension_->ask(question, WidgetSchedule::snapshotLimit);
+    const bool isRedacted = !answer;
+    if (!answer) {
+        EntryQuestion simple = question;
+        simple.request = EntryRequest::placeholder;
+        answer = extension_->ask(simple, WidgetSchedule::placeholderLimit);
+    }
+    if (!answer) return tl::unexpected(answer.error());
+    if (answer->entries.empty() || !answer->entries.front().view) return refusal("there is nothing to draw");
+    return studio_.png({*answer->entries.front().view, kind, family, isRedacted}, scale);
+}
+
+std::string HomeScreen::dayText() {
+    const std::lock_guard one(dayMutex_);
+    ExtensionProcess extension(
+        {.program = options_.extensionProgram, .arguments = options_.extensionArguments, .log = {}});
+    const auto rows = lookThroughDay(extension, gallery_, clock_.now(), runtime_->calendar());
+    std::vector<std::string> pictures;
+    ordered_json list = ordered_json::array();
+    for (const DayRow& row : rows) {
+        ordered_json looks = ordered_json::array();
+        for (const DayLook& look : row.looks) {
+            looks.push_back({{"from", platform::formatInstant(look.from)},
+                             {"cause", look.cause},
+                             {"picture", pictures.size()}});
+            pictures.push_back(studio_.png(look.sitter, 1).value_or(""));
+        }
+        list.push_back({{"kind", row.kind},
+                        {"family", platform::description(row.family)},
+                        {"questions", row.questions},
+                        {"error", row.error},
+                        {"looks", looks}});
+    }
+    const std::lock_guard lock(mutex_);
+    dayPictures_ = std::move(pictures);
+    return dumped(list);
+}
+
+std::optional<std::string> HomeScreen::dayPicture(std::size_t number) const {
+    const std::lock_guard lock(mutex_);
+    if (number >= dayPictures_.size()) return std::nullopt;
+    return dayPictures_[number];
+}
+
+}  // namespace host

@@ -1,0 +1,81 @@
+#include "host/schedule/widget_schedule.h"
+#include <gmock/gmock.h>
+
+namespace host {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// A schedule before an extension that is a shell script.
+struct Schedule {
+    explicit Schedule(const char* script)
+        : studio(std::move(*Painter::make(std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources")), 18),
+          extension({.program = "/bin/sh", .arguments = {"-c", script}, .log = {}}),
+          schedule({extension, studio, clock, ledger, [](int) {}}, ReloadMode::live) {}
+    ~Schedule() {
+        schedule.stopAsking();
+        extension.end();
+    }
+
+    /// The ledger's lines from who asked on, once there are so many and none is under way.
+    std::vector<std::string> lines(std::size_t count) const {
+        const auto isRunning = [](const LedgerEntry& entry) {
+            return entry.result == LedgerEntry::Result::running;
+        };
+        std::vector<LedgerEntry> entries;
+        const auto end = std::chrono::steady_clock::now() + 30s;
+        do {
+            std::this_thread::sleep_for(5ms);
+            entries = ledger.entries();
+        } while ((entries.size() < count || std::ranges::any_of(entries, isRunning)) &&
+                 std::chrono::steady_clock::now() < end);
+        std::vector<std::string> lines;
+        for (const LedgerEntry& entry : entries) {
+            const std::string line = ledgerLine(entry);
+            lines.push_back(line.substr(line.find("asked by")));
+        }
+        return lines;
+    }
+
+    PictureStudio studio;
+    ExtensionProcess extension;
+    platform::Clock clock;
+    Ledger ledger;
+    WidgetSchedule schedule;
+};
+
+TEST(WidgetSchedule, TellsOfEveryRequestThatAFailureHeldAndOfItsGrant) {
+    Schedule house("exit 7");
+    house.schedule.place(1, "NewsWidget", platform::WidgetFamily::systemLarge);
+    house.lines(2);
+    house.schedule.reload(1, Asker::app);
+    const auto lines = house.lines(5);
+    const auto line = [](const char* asker, const char* result) {
+        return testing::AllOf(testing::StartsWith(std::string("asked by ") + asker), HasSubstr(result));
+    };
+    EXPECT_THAT(
+        lines,
+        ElementsAre(line("placement", ": failed (the extension ended with exit code 7)"),
+                    line("policy", ": held (waiting after a failure; for 1 s)"),
+                    line("app", ": held (waiting after a failure; for 1 s)"),
+                    line("app",
+                         ": failed (the extension ended with exit code 7; held until now: waiting after a "
+                         "failure)"),
+                    line("policy", ": held (waiting after a failure; for 2 s)")));
+}
+
+TEST(WidgetSchedule, TellsThatAllWorkersWereBusy) {
+    Schedule house("sleep 0.3; exit 7");
+    for (int id = 1; id <= 4; ++id) {
+        house.schedule.place(id, "NewsWidget", platform::WidgetFamily::systemLarge);
+    }
+    const auto lines = house.lines(7);
+    EXPECT_EQ(std::ranges::count_if(
+                  lines, [](const std::string& line) { return line.find("extension was busy)") != std::string::npos; }),
+              1);
+}
+
+}  // namespace
+}  // namespace host
