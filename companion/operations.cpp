@@ -55,6 +55,9 @@ ordered_json answer(const std::shared_ptr<const extension::Theme>& theme) {
     for (const auto& [name, color] : theme->colors()) colors[std::string(name)] = platform::colorJson(color);
     return colors;
 }
+Result<ordered_json> answer(const Result<void>& done) {
+    return done.map([] { return ordered_json(); });
+}
 Result<ordered_json> answer(const Result<std::string>& text) {
     return text.map([](const std::string& value) { return ordered_json(value); });
 }
@@ -166,8 +169,9 @@ void addPresence(std::vector<Operation>& all) {
                                           "reloadAllWidgets:", [](ProcessState& s, const OptionalText& kind) {
                                               extension::reloadWidgets(s.runtime, viewOf(kind));
                                           }));
-    all.push_back(operation<>("WidgetKitHelper", "updatePortfolioArrayUserDefaults",
-                              [](ProcessState& s) { extension::removeSavedPortfolioRows(s.runtime); }));
+    all.push_back(operation<>("WidgetKitHelper", "updatePortfolioArrayUserDefaults", [](ProcessState& s) {
+        return extension::removeSavedPortfolioRows(s.runtime);
+    }));
 }
 
 void addThemes(std::vector<Operation>& all) {
@@ -193,11 +197,11 @@ void addThemes(std::vector<Operation>& all) {
 
     all.push_back(operation<std::int64_t>(
         name, "setCurrentSelectedThemeTypeWithType:", [](ProcessState& s, std::int64_t type) {
-            ThemeService(s).setSelectedThemeType(type);
+            return ThemeService(s).setSelectedThemeType(type);
         }));
     all.push_back(
         operation<bool>(name, "setReloadWidgetExtensionWithReload:", [](ProcessState& s, bool reload) {
-            ThemeService(s).setReloadsWidgets(reload);
+            return ThemeService(s).setReloadsWidgets(reload);
         }));
     all.push_back(operation<OptionalText, OptionalText>(
         name, "getThemeColorFromHexString:lightHex:",

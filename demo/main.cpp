@@ -7,6 +7,7 @@
 #include <string_view>
 #include "demo/service.h"
 #include "platform/base/ending_signals.h"
+#include "platform/base/standard_streams.h"
 
 namespace {
 
@@ -25,6 +26,7 @@ int usage() {
 }  // namespace
 
 int main(int count, char** arguments) {
+    platform::fillStandardStreams();
     std::uint16_t port = 0;
     for (int i = 1; i < count; ++i) {
         const std::string_view argument = arguments[i];

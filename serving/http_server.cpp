@@ -274,9 +274,10 @@ platform::Result<std::unique_ptr<HttpServer>> HttpServer::start(std::uint16_t po
         server->acceptor.listen();
         asio::co_spawn(server->network, server->accept(), asio::detached);
         server->thread = std::thread([&network = server->network] { network.run(); });
-    } catch (const std::exception& exception) {
-        return platform::failure("ServerError", 1,
-                                 "cannot listen on port " + std::to_string(port) + ": " + exception.what());
+    } catch (const boost::system::system_error& error) {
+        return platform::failure(
+            "ServerError", 1,
+            "cannot listen on port " + std::to_string(port) + ": " + error.code().message());
     }
     return std::unique_ptr<HttpServer>(new HttpServer(std::move(server)));
 }

@@ -13,11 +13,24 @@ namespace {
 
 using platform::Color;
 
+/// Unicode's white space and line breaks.
+constexpr std::string_view blanks[] = {" ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085",
+                                       "\u00A0", "\u1680", "\u2000", "\u2001", "\u2002", "\u2003", "\u2004",
+                                       "\u2005", "\u2006", "\u2007", "\u2008", "\u2009", "\u200A", "\u2028",
+                                       "\u2029", "\u202F", "\u205F", "\u3000"};
+
+/// The length of the blank that `text` starts with, or ends with; 0 for none.
+std::size_t blankAt(std::string_view text, bool isAtEnd) {
+    const auto* const found = std::ranges::find_if(blanks, [&](std::string_view blank) {
+        return isAtEnd ? text.ends_with(blank) : text.starts_with(blank);
+    });
+    return found == std::end(blanks) ? 0 : found->size();
+}
+
 std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\n\r\v\f";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    while (const std::size_t size = blankAt(text, false)) text.remove_prefix(size);
+    while (const std::size_t size = blankAt(text, true)) text.remove_suffix(size);
+    return text;
 }
 
 /// UTF-8 characters: bytes that continue none.

@@ -47,8 +47,14 @@ Result<void> chooseDefault(Transaction& store, const platform::Runtime& runtime)
     return chooseThemeType(store, numberOf(themeTypeOf(platform::coercedInteger(*stored))), runtime);
 }
 
-void logFailure(const Result<void>& done, const platform::Runtime& runtime) {
+/// Does `work` in the shared store; what fails is in the log too.
+template <typename Work>
+Result<void> inStore(const platform::Runtime& runtime, const Work& work) {
+    const auto defaults = sharedDefaults(runtime);
+    const Result<void> done =
+        defaults ? (*defaults)->transaction(work) : Result<void>(tl::unexpected(defaults.error()));
     if (!done) runtime.log().write("The theme could not be stored: " + done.error().message);
+    return done;
 }
 
 }  // namespace
@@ -57,22 +63,22 @@ std::int64_t ThemeService::selectedThemeType() const {
     return numberOf(extension::selectedThemeType(state_.runtime));
 }
 
-void ThemeService::setSelectedThemeType(std::int64_t number) {
-    if (const auto defaults = sharedDefaults(state_.runtime)) {
-        logFailure((*defaults)->transaction(
-                       [&](Transaction& store) { return chooseThemeType(store, number, state_.runtime); }),
-                   state_.runtime);
-    }
+Result<void> ThemeService::setSelectedThemeType(std::int64_t number) {
+    const Result<void> done = inStore(state_.runtime, [&](Transaction& transaction) {
+        return chooseThemeType(transaction, number, state_.runtime);
+    });
     readCurrentTheme();
+    return done;
 }
 
-void ThemeService::setDefaultThemeIfNotSet() {
-    const auto defaults = sharedDefaults(state_.runtime);
-    if (!defaults) return;
-    logFailure(
-        (*defaults)->transaction([&](Transaction& store) { return chooseDefault(store, state_.runtime); }),
-        state_.runtime);
+Result<void> ThemeService::setDefaultThemeIfNotSet() {
+    if (const auto defaults = sharedDefaults(state_.runtime); !defaults) {
+        return tl::unexpected(defaults.error());
+    }
+    const Result<void> done = inStore(
+        state_.runtime, [&](Transaction& transaction) { return chooseDefault(transaction, state_.runtime); });
     readCurrentTheme();
+    return done;
 }
 
 std::int64_t ThemeService::themeForAutoMode() const { return numberOf(automaticThemeType(state_.runtime)); }
@@ -109,9 +115,10 @@ platform::Color ThemeService::themeColor(std::optional<std::string_view> darkHex
     return colorFromHexString(effectiveThemeType(state_.runtime) == ThemeType::dark ? darkHex : lightHex);
 }
 
-void ThemeService::setReloadsWidgets(bool reload) {
-    const auto defaults = sharedDefaults(state_.runtime);
-    if (defaults) logFailure((*defaults)->set(keys::reloadWidgetOnThemeChange, reload), state_.runtime);
+Result<void> ThemeService::setReloadsWidgets(bool reload) {
+    return inStore(state_.runtime, [&](Transaction& transaction) {
+        return transaction.set(keys::reloadWidgetOnThemeChange, reload);
+    });
 }
 
 bool ThemeService::reloadsWidgets() const {

@@ -26,10 +26,10 @@ public:
     /// The stored choice as a number from 0 to 3.
     std::int64_t selectedThemeType() const;
     /// Stores the choice (4 and more as 0), writes its palette and makes it the current theme.
-    void setSelectedThemeType(std::int64_t number);
+    platform::Result<void> setSelectedThemeType(std::int64_t number);
     /// Dark when nothing was ever set; else applies the stored choice again, so that an automatic one
-    /// goes by the clock of this moment. Does nothing when the store cannot be opened.
-    void setDefaultThemeIfNotSet();
+    /// goes by the clock of this moment.
+    platform::Result<void> setDefaultThemeIfNotSet();
 
     /// 1 or 0, by the clock in India.
     std::int64_t themeForAutoMode() const;
@@ -48,7 +48,7 @@ public:
                                std::optional<std::string_view> lightHex) const;
 
     /// Whether widgets are to be reloaded after a change of theme.
-    void setReloadsWidgets(bool reload);
+    platform::Result<void> setReloadsWidgets(bool reload);
     bool reloadsWidgets() const;
 
 private:

@@ -16,6 +16,7 @@
 #include "host/cli/store_commands.h"
 #include "host/cli/widget_commands.h"
 #include "host/web/run.h"
+#include "platform/base/standard_streams.h"
 #include "platform/runtime/command_line.h"
 
 namespace host {
@@ -37,6 +38,8 @@ constexpr const char* commonOptionsHelp =
 
 /// What a subcommand does once it has been read, in the exit code's terms.
 using Command = std::function<int()>;
+
+constexpr long longestRun = 366L * 24 * 60 * 60;
 
 int exitCode(const Result<void>& result) { return result ? 0 : complain(result.error()); }
 
@@ -60,6 +63,10 @@ public:
         if (!words.empty() && (words.front() == "call" || words.front() == "store")) {
             const auto dashes = std::find(words.begin(), words.end(), "--");
             if (dashes != words.end()) words.erase(dashes);
+        }
+        const auto isNamed = [&](const CLI::App* command) { return command->get_name() == words.front(); };
+        if (!words.empty() && !words.front().starts_with('-') && app_.get_subcommands(isNamed).empty()) {
+            return complain({"UsageError", 2, "there is no command \"" + words.front() + "\""});
         }
         // The parser takes its words from the end.
         std::reverse(words.begin(), words.end());
@@ -93,7 +100,7 @@ private:
         run->add_option("--port", run_.port, "of the page; 0 takes any free one");
         run->add_option("--service", service_, "demo (the default) or configured")
             ->check(CLI::IsMember({"demo", "configured"}));
-        run->add_option("--for", seconds_, "stop after so many seconds")->check(CLI::NonNegativeNumber);
+        run->add_option("--for", seconds_, "stop after so many seconds")->check(CLI::Range(0L, longestRun));
 
         CLI::App* demo = add("demo", "start the demo service alone and print its origin",
                              [this] { return exitCode(becomeDemo(demoPort_)); });
@@ -247,6 +254,7 @@ private:
 }  // namespace
 
 int runCommandLine(int count, char** words) {
+    platform::fillStandardStreams();
     // A reader that has gone is an error of the writing command.
     std::signal(SIGPIPE, SIG_IGN);
     std::vector<std::string> arguments(words + 1, words + count);

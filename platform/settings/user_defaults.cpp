@@ -260,8 +260,13 @@ Result<std::optional<fs::path>> repairStore(const fs::path& directory, std::stri
     }
     std::error_code missing;
     const fs::path folder = fs::canonical(directory, missing);
+    if (missing == std::errc::no_such_file_or_directory) return std::nullopt;
+    if (missing || !fs::is_directory(folder, missing)) {
+        const std::string reason = missing ? missing.message() : "Not a directory";
+        return settingsFailure(SQLITE_CANTOPEN, "cannot use " + directory.string() + ": " + reason);
+    }
     const fs::path file = storeFile(folder, suiteName);
-    if (missing || !isThere(file)) return std::nullopt;
+    if (!isThere(file)) return std::nullopt;
 
     const StoreLock lock(file);
     if (!lock.exists()) return settingsFailure(SQLITE_CANTOPEN, "cannot lock " + file.string());

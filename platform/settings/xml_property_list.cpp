@@ -290,16 +290,18 @@ private:
         return path;
     }
 
-    bool fail(std::string_view problem) {
+    bool fail(std::string_view problem, std::string_view what = "value under") {
         problem_ = path_.empty() ? std::string(problem)
-                                 : "the value under \"" + path() + "\" " + std::string(problem);
+                                 : "the " + std::string(what) + " \"" + path() + "\" " + std::string(problem);
         return false;
     }
 
     void indent(std::size_t depth) { xml_.append(depth, '\t'); }
 
     bool appendText(std::string_view element, std::string_view text) {
-        if (holdsForbidden(text)) return fail("holds a character that XML cannot hold");
+        if (holdsForbidden(text)) {
+            return fail("holds a character that XML cannot hold", element == "key" ? "key" : "value under");
+        }
         xml_.append("<").append(element).append(">");
         appendEscaped(xml_, text);
         xml_.append("</").append(element).append(">\n");

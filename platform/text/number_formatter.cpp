@@ -49,6 +49,8 @@ Format makeFormat(const Locale& locale) {
     unum_setAttribute(format.get(), UNUM_MINIMUM_GROUPING_DIGITS, 1);
     unum_setSymbol(format.get(), UNUM_DECIMAL_SEPARATOR_SYMBOL, u".", 1, &status);
     unum_setSymbol(format.get(), UNUM_GROUPING_SEPARATOR_SYMBOL, u",", 1, &status);
+    // Some languages have a longer dash of their own, or a mark of direction before it.
+    unum_setSymbol(format.get(), UNUM_MINUS_SIGN_SYMBOL, u"-", 1, &status);
     return U_SUCCESS(status) ? std::move(format) : nullptr;
 }
 

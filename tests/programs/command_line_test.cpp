@@ -202,6 +202,8 @@ TEST_F(CommandLineTest, WhatCannotBeDoneIsExitCode1AndOneLine) {
           "layout " + path("noise") + " --size 10x10", "layout " + path("nowhere") + " --size 10x10",
           "gallery --info-plist " + path("noise"),
           "draw PerchWidget --family systemSmall -o " + path("no/folder/w.png"),
+          "store repair --data-dir " + path("file"),
+          "call --data-dir " + path("file") + " ThemeManager setCurrentSelectedThemeTypeWithType: 1",
           std::string("store export /dev/full"), std::string("why PerchWidget")}) {
         const Outcome outcome = run(words);
         EXPECT_EQ(outcome.exitCode, 1) << words;

@@ -10,6 +10,7 @@
 #include <vector>
 #include "extension/app/bundle/message_loop.h"
 #include "extension/app/bundle/perch_widget_bundle.h"
+#include "platform/base/standard_streams.h"
 #include "platform/runtime/command_line.h"
 #include "platform/runtime/process_options.h"
 
@@ -24,6 +25,7 @@ int complain(const platform::Error& error) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    platform::fillStandardStreams();
     // Few threads that allocate little: arenas of their own would only cost memory.
     mallopt(M_ARENA_MAX, 1);  // NOLINT(concurrency-mt-unsafe): no other thread runs yet
     std::signal(SIGPIPE, SIG_IGN);

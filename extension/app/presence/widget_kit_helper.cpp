@@ -55,13 +55,14 @@ void reloadWidgets(const platform::Runtime& runtime, std::optional<std::string_v
     }
 }
 
-void removeSavedPortfolioRows(const platform::Runtime& runtime) {
+platform::Result<void> removeSavedPortfolioRows(const platform::Runtime& runtime) {
     const auto defaults = sharedDefaults(runtime);
-    if (!defaults) return;
+    if (!defaults) return tl::unexpected(defaults.error());
     const auto removed = (*defaults)->remove(keys::portfolioArray);
     if (!removed) {
         runtime.log().write("Saved portfolio rows could not be removed: " + removed.error().message);
     }
+    return removed;
 }
 
 bool WidgetKitHelper::isWigetAdded() { return read(&WidgetPresence::isWigetAdded); }

@@ -19,7 +19,7 @@ void queryPlacedWidgets(ProcessState& state, std::function<void()> completion = 
 void reloadWidgets(const platform::Runtime& runtime, std::optional<std::string_view> kind);
 
 /// Drops the saved portfolio rows, so that the widget fetches afresh.
-void removeSavedPortfolioRows(const platform::Runtime& runtime);
+platform::Result<void> removeSavedPortfolioRows(const platform::Runtime& runtime);
 
 /// The operations and properties by the names that the phone app knows, misspelt ones included.
 class WidgetKitHelper {

@@ -10,6 +10,9 @@ namespace {
 using platform::HTTPResponse;
 using platform::Result;
 
+/// Some ten thousand quotes, and no danger to the memory that an extension may have.
+constexpr std::size_t largestAnswer = 2U << 20;
+
 std::string quotesAddress(const platform::Runtime& runtime, const std::vector<std::string>& identifiers) {
     std::string address = apiHost(runtime) + "/swiftapi/v1/markets/multi-asset-info?asset_ids=";
     for (std::size_t i = 0; i < identifiers.size(); ++i) {
@@ -45,7 +48,7 @@ void PriceRefreshManagerNative::fetch(const std::vector<std::string>& identifier
     }
     if (runtime_.log().isEnabled()) runtime_.log().write("Refresh API - " + address);
     runtime_.urls().sharedSession().dataTask(
-        {.url = *url},
+        {.url = *url, .maximumBodySize = largestAnswer},
         [success = std::move(success), failure = std::move(failure)](const Result<HTTPResponse>& response) {
             Result<MarketPackage_MultiAssetInfo> quotes = quotesOf(response);
             if (!quotes) return failure(std::move(quotes.error()));

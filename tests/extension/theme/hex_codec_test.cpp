@@ -16,6 +16,7 @@ TEST(HexCodec, ReadsSixDigitsAndTakesEverythingElseForGray) {
         {"#2dc300", green},
         {"2DC300", green},
         {"  #2dc300\n", green},
+        {"\u00A0#2dc300\u2028 ", green},
         {"\t2dC300 \r\n", green},
         {"#FFF", Color::gray()},
         {"#FF9D00AA", Color::gray()},

@@ -1,4 +1,6 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <string>
@@ -7,12 +9,22 @@
 #include <vector>
 #include "platform/base/bytes.h"
 #include "platform/base/clock.h"
+#include "platform/base/standard_streams.h"
 #include "platform/base/uuid.h"
 
 namespace platform {
 namespace {
 
 using namespace std::chrono_literals;
+
+TEST(StandardStreams, ThatAreMissingAreNoPlaceForTheNextFile) {
+    const auto isFilled = [] {
+        ::close(STDOUT_FILENO);
+        fillStandardStreams();
+        return ::write(STDOUT_FILENO, "x", 1) == -1 && ::open("/dev/null", O_RDONLY) > STDERR_FILENO;
+    };
+    EXPECT_EXIT(std::exit(isFilled() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
 
 TEST(Instants, AreReadWithAnOffsetAndWrittenInUTC) {
     const std::vector<std::pair<std::string, std::string>> cases{

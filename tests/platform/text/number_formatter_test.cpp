@@ -68,6 +68,11 @@ TEST(NumberFormatter, WritesTheLargestNumberWholeAndNothingForWhatIsNotFinite) {
     EXPECT_EQ(formatter.twoDecimals(std::nan("")), "");
 }
 
+TEST(NumberFormatter, WritesTheSameMinusInEveryLanguage) {
+    for (const char* locale : {"en_IN", "sv_SE", "he_IL", "fa_IR"})
+        EXPECT_EQ(NumberFormatter(Locale{locale}).twoDecimals(-12.5), "-12.50") << locale;
+}
+
 TEST(NumberFormatter, OneFormatterServesSeveralThreads) {
     const NumberFormatter formatter(Locale{"en_IN"});
     std::vector<std::thread> threads;
