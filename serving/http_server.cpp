@@ -148,6 +148,9 @@ asio::awaitable<void> HttpServer::Implementation::accept() {
             continue;
         }
         if (connections >= limits.connections) continue;
+        // Or an event would wait for the reader to acknowledge the one before.
+        beast::error_code ignored;
+        socket.set_option(tcp::no_delay(true), ignored);
         ++connections;
         asio::co_spawn(network, serve(std::move(socket)),
                        [this](const std::exception_ptr&) { --connections; });

@@ -6,6 +6,7 @@
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <nlohmann/json_fwd.hpp>
@@ -101,6 +102,7 @@ private:
     platform::Result<void> kill(const nlohmann::json& request);
 
     nlohmann::ordered_json widgetsJson();
+    nlohmann::ordered_json pictureJson(int id, const std::shared_ptr<const ShownPicture>& picture);
     nlohmann::ordered_json phoneAppJson();
 
     HomeScreenOptions options_;
@@ -118,6 +120,15 @@ private:
     std::optional<std::string> knownUser_;
     std::vector<std::string> dayPictures_;
     std::mutex dayMutex_;
+
+    /// What the page is told of a picture, which is laid out for it: the state is told far more often than
+    /// there is a new one.
+    struct Told {
+        std::shared_ptr<const ShownPicture> picture;
+        std::shared_ptr<const nlohmann::ordered_json> json;
+    };
+    std::mutex toldMutex_;
+    std::map<int, Told> told_;
 
     std::unique_ptr<platform::Runtime> runtime_;
     std::unique_ptr<companion::PhoneApp> phoneApp_;

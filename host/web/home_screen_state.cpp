@@ -51,7 +51,7 @@ ordered_json linkJson(const std::string& url, const Rect& frame, std::string nam
             {"frame", {{"x", frame.x}, {"y", frame.y}, {"width", frame.width}, {"height", frame.height}}}};
 }
 
-ordered_json pictureJson(const ShownPicture& picture, PictureStudio& studio) {
+ordered_json describedPicture(const ShownPicture& picture, PictureStudio& studio) {
     const DisplayList list = studio.displayList(picture.sitter, galleryScale);
     ordered_json links = ordered_json::array();
     const Rect whole{0, 0, list.size.width, list.size.height};
@@ -83,9 +83,26 @@ ordered_json nextJson(const std::optional<NextReload>& next, ReloadMode mode) {
 
 }  // namespace
 
+ordered_json HomeScreen::pictureJson(int id, const std::shared_ptr<const ShownPicture>& picture) {
+    if (!picture) return nullptr;
+    {
+        const std::lock_guard lock(toldMutex_);
+        const auto told = told_.find(id);
+        if (told != told_.end() && told->second.picture == picture) return *told->second.json;
+    }
+    const auto made = std::make_shared<const ordered_json>(describedPicture(*picture, studio_));
+    const std::lock_guard lock(toldMutex_);
+    told_[id] = {picture, made};
+    return *made;
+}
+
 ordered_json HomeScreen::widgetsJson() {
     std::map<int, WidgetState> states;
     for (WidgetState& state : schedule_->states()) states.emplace(state.id, std::move(state));
+    {
+        const std::lock_guard lock(toldMutex_);
+        std::erase_if(told_, [&](const auto& told) { return !states.contains(told.first); });
+    }
     std::vector<Placement> placements;
     {
         const std::lock_guard lock(mutex_);
@@ -100,22 +117,21 @@ ordered_json HomeScreen::widgetsJson() {
         const WidgetState& state = found->second;
         const platform::Size size = platform::widgetSize(state.family);
         const auto listing = std::ranges::find(gallery_, state.kind, &WidgetListing::kind);
-        widgets.push_back(
-            {{"id", state.id},
-             {"kind", state.kind},
-             {"displayName", listing == gallery_.end() ? state.kind : listing->displayName},
-             {"family", platform::description(state.family)},
-             {"width", size.width},
-             {"height", size.height},
-             {"page", places[i].page},
-             {"column", places[i].column},
-             {"row", places[i].row},
-             {"picture", state.picture ? pictureJson(*state.picture, studio_) : ordered_json(nullptr)},
-             {"policy", policyJson(state.policy)},
-             {"next", nextJson(state.next, mode)},
-             {"isRunning", state.isRunning},
-             {"failures", state.failures},
-             {"lastError", state.lastError}});
+        widgets.push_back({{"id", state.id},
+                           {"kind", state.kind},
+                           {"displayName", listing == gallery_.end() ? state.kind : listing->displayName},
+                           {"family", platform::description(state.family)},
+                           {"width", size.width},
+                           {"height", size.height},
+                           {"page", places[i].page},
+                           {"column", places[i].column},
+                           {"row", places[i].row},
+                           {"picture", pictureJson(state.id, state.picture)},
+                           {"policy", policyJson(state.policy)},
+                           {"next", nextJson(state.next, mode)},
+                           {"isRunning", state.isRunning},
+                           {"failures", state.failures},
+                           {"lastError", state.lastError}});
     }
     return widgets;
 }

@@ -2,6 +2,7 @@
 #include <sys/random.h>
 #include <array>
 #include <charconv>
+#include <condition_variable>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -95,6 +96,41 @@ Response withWalls(Response response) {
 
 }  // namespace
 
+/// Wakes the one thread that tells the state: who changes something does not wait for that, many changes
+/// are told at once, and an older state never after a newer one.
+struct PageServer::Signal {
+    void raise() {
+        {
+            const std::lock_guard lock(mutex);
+            isRaised = true;
+        }
+        changed.notify_one();
+    }
+
+    void end() {
+        {
+            const std::lock_guard lock(mutex);
+            isEnding = true;
+        }
+        changed.notify_one();
+    }
+
+    /// False at the end.
+    bool wait() {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [this] { return isRaised || isEnding; });
+        isRaised = false;
+        return !isEnding;
+    }
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool isRaised = false;
+    bool isEnding = false;
+};
+
+PageServer::PageServer(HomeScreen& home) : home_(home), signal_(std::make_shared<Signal>()) {}
+
 platform::Result<std::unique_ptr<PageServer>> PageServer::start(HomeScreen& home, std::uint16_t port,
                                                                 const std::filesystem::path& pages) {
     std::unique_ptr<PageServer> page(new PageServer(home));
@@ -111,12 +147,15 @@ platform::Result<std::unique_ptr<PageServer>> PageServer::start(HomeScreen& home
         page->server_ = std::move(*server);
         page->port_ = page->server_->port();
     }
-    home.whenChanged([&self = *page] { self.push(); });
+    page->teller_ = std::thread([&self = *page] { self.tellChanges(); });
+    home.whenChanged([signal = page->signal_] { signal->raise(); });
     return page;
 }
 
 PageServer::~PageServer() {
     home_.whenChanged(nullptr);
+    signal_->end();
+    if (teller_.joinable()) teller_.join();
     server_.reset();
 }
 
@@ -196,31 +235,25 @@ Response PageServer::post(const Request& request) {
 
 Response PageServer::events() {
     auto stream = std::make_shared<serving::EventStream>();
-    const std::lock_guard order(pushMutex_);
     {
-        // A reader before its first state is told, so that no change falls between the two.
+        // A reader before it is told its first state, so that no change falls between the two.
         const std::lock_guard lock(mutex_);
-        std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
         readers_.push_back(stream);
     }
-    stream->send("state", home_.stateText());
+    signal_->raise();
     return {.contentType = "text/event-stream", .stream = stream};
 }
 
-void PageServer::push() {
+void PageServer::tellChanges() {
+    while (signal_->wait()) tell();
+}
+
+void PageServer::tell() {
     {
         // Without a reader nobody needs the work of telling the state.
         const std::lock_guard lock(mutex_);
         std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
-        // Whoever waits to push will tell the state as it is by then.
-        if (readers_.empty() || isPushWaiting_) return;
-        isPushWaiting_ = true;
-    }
-    // One at a time, or an older state might be told after a newer one and stay on the page.
-    const std::lock_guard order(pushMutex_);
-    {
-        const std::lock_guard lock(mutex_);
-        isPushWaiting_ = false;
+        if (readers_.empty()) return;
     }
     const std::string state = home_.stateText();
     const std::lock_guard lock(mutex_);

@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 #include "host/web/home_screen.h"
 #include "platform/base/result.h"
@@ -30,7 +31,9 @@ public:
     std::string address() const;
 
 private:
-    explicit PageServer(HomeScreen& home) : home_(home) {}
+    struct Signal;
+
+    explicit PageServer(HomeScreen& home);
 
     serving::Response answer(const serving::Request& request);
     serving::Response get(const serving::Request& request);
@@ -38,7 +41,9 @@ private:
     serving::Response events();
     bool hasCookie(const serving::Request& request) const;
     std::string authority() const;
-    void push();
+    /// Tells all readers the state whenever there may be another, until the end.
+    void tellChanges();
+    void tell();
 
     HomeScreen& home_;
     std::filesystem::path pages_;
@@ -46,11 +51,11 @@ private:
     std::string cookie_;
     std::mutex mutex_;
     std::vector<std::shared_ptr<serving::EventStream>> readers_;
-    bool isPushWaiting_ = false;
-    /// Taken before `mutex_`.
-    std::mutex pushMutex_;
     std::uint16_t port_ = 0;
     std::unique_ptr<serving::HttpServer> server_;
+    /// Shared with the home screen's listener, which may still be running when this ends.
+    std::shared_ptr<Signal> signal_;
+    std::thread teller_;
 };
 
 }  // namespace host

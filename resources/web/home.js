@@ -1,10 +1,11 @@
 // The home screen: draws what the host tells, and sends it what people do.
-import { showDay, showInspector, showLedger } from "/workbench.js";
+import { showDay, showInspector, showLedger, showLedgerSoon } from "/workbench.js";
 
 const gap = { across: 22, down: 38 };
 const unit = 158;
 const radius = 22;
 const element = (id) => document.getElementById(id);
+const india = new Intl.DateTimeFormat("en-GB", { dateStyle: "medium", timeStyle: "medium", timeZone: "Asia/Kolkata" });
 let state = null;
 let choices = { gallery: [], users: [], assets: [] };
 let isEditing = false;
@@ -38,6 +39,9 @@ async function act(action, details = {}) {
   // What went well shows in the state that follows it, and that one may be here already.
   if (!answer?.ok) element("notice").textContent = answer ? await answer.text() : "The home screen is not running.";
 }
+
+// The same text anew would be laid out and painted anew.
+const write = (node, text) => { if (node.textContent !== text) node.textContent = text; };
 
 const place = (style, frame) => Object.assign(style, { left: `${frame.x}px`, top: `${frame.y}px`, width: `${frame.width}px`, height: `${frame.height}px` });
 
@@ -98,10 +102,11 @@ async function updatePicture(box, widget) {
   const version = `${picture.version}@${pictureScale()}`;
   if (box.dataset.version === version) return;
   box.dataset.version = version;
-  const image = make("img", { alt: picture.isPlaceholder ? "Loading" : picture.text, draggable: false });
+  // Only a picture that is whole takes the old one's place, and it is decoded for the same frame: nothing flickers.
+  const image = make("img", { alt: picture.isPlaceholder ? "Loading" : picture.text, draggable: false, decoding: "sync" });
+  const isWhole = new Promise((done) => { image.onload = image.onerror = done; });
   image.src = `/picture/${widget.id}?version=${picture.version}&scale=${pictureScale()}`;
-  // Only a picture that is whole takes the old one's place: nothing flickers.
-  await image.decode().catch(() => null);
+  await isWhole;
   if (box.dataset.version !== version) return;
   const held = outline.contains(document.activeElement) ? [...outline.querySelectorAll("a")].indexOf(document.activeElement) : -1;
   if (outline.querySelector("img")) image.className = "is-new";
@@ -153,19 +158,26 @@ function updateWidgets() {
 function updateAges() {
   if (!state) return;
   const now = shownNow();
-  const india = new Intl.DateTimeFormat("en-GB", { dateStyle: "medium", timeStyle: "medium", timeZone: "Asia/Kolkata" });
   const speed = state.clock.rate === 1 ? "" : state.clock.rate === 0 ? " · stopped" : ` · ${state.clock.rate} times as fast`;
-  element("clock").textContent = `${india.format(now)} in India${speed}`;
+  write(element("clock"), `${india.format(now)} in India${speed}`);
   state.widgets.forEach((widget) => {
     const age = element(`widget-${widget.id}`)?.querySelector(".age");
     if (!age) return;
     const trouble = widget.failures > 0 ? "not answering · " : "";
-    age.textContent = widget.picture ? `${trouble}${ago(widget.picture.since, now)}` : "loading";
+    write(age, widget.picture ? `${trouble}${ago(widget.picture.since, now)}` : "loading");
     age.title = widget.lastError;
   });
 }
 
 const unlessFocused = (control, value) => { if (document.activeElement !== control) control.value = value; };
+
+function noticeText() {
+  if (state.app.error) return state.app.error;
+  const failing = state.widgets.find((widget) => widget.lastError);
+  if (failing) return `${failing.displayName}: ${failing.lastError}. The last good picture stays${failing.next?.hold ? `; ${failing.next.hold}` : ""}.`;
+  if (state.hasDemo && state.fault !== "none") return `The service is ${element("fault").selectedOptions[0].textContent}.`;
+  return "";
+}
 
 function updateControls() {
   const check = (name, value) => { const input = document.querySelector(`input[name=${name}][value="${value}"]`); if (input) input.checked = true; };
@@ -177,12 +189,8 @@ function updateControls() {
   element("service").hidden = !state.hasDemo;
   unlessFocused(element("news-address"), state.app.news);
   const peak = (state.extension.peakRssKiB / 1024).toFixed(1);
-  element("extension").textContent = state.extension.process ? `The extension runs as process ${state.extension.process}, peak ${peak} MB.` : "The extension is not running.";
-  const failing = state.widgets.filter((widget) => widget.lastError);
-  if (state.app.error) element("notice").textContent = state.app.error;
-  else if (failing.length) element("notice").textContent = `${failing[0].displayName}: ${failing[0].lastError}. The last good picture stays${failing[0].next?.hold ? `; ${failing[0].next.hold}` : ""}.`;
-  else if (state.hasDemo && state.fault !== "none") element("notice").textContent = `The service is ${element("fault").selectedOptions[0].textContent}.`;
-  else element("notice").textContent = "";
+  write(element("extension"), state.extension.process ? `The extension runs as process ${state.extension.process}, peak ${peak} MB.` : "The extension is not running.");
+  write(element("notice"), noticeText());
 
   const keys = state.app.assets.map((asset) => asset.key);
   const signature = JSON.stringify(state.app.assets);
@@ -211,7 +219,7 @@ function update(text) {
   updateWidgets();
   updateControls();
   updateAges();
-  if (!element("panel").hidden) showLedger();
+  if (!element("panel").hidden) showLedgerSoon();
 }
 
 function openGallery() {

@@ -3,15 +3,18 @@ import { ago, make, pictureScale, shownNow } from "/home.js";
 
 const element = (id) => document.getElementById(id);
 const family = (name) => name.slice(6).toLowerCase();
-const time = (instant) => new Intl.DateTimeFormat("en-GB", { timeStyle: "medium", timeZone: "Asia/Kolkata" }).format(Date.parse(instant));
+const clock = new Intl.DateTimeFormat("en-GB", { timeStyle: "medium", timeZone: "Asia/Kolkata" });
+const time = (instant) => clock.format(Date.parse(instant));
 
-let ledgerAsked = false;
+let ledgerWait = null;
+
+// After the pictures: with many changes in a row, building the table for each would hold them up.
+export function showLedgerSoon() {
+  ledgerWait ??= setTimeout(() => { ledgerWait = null; showLedger(); }, 250);
+}
 
 export async function showLedger() {
-  if (ledgerAsked) return;
-  ledgerAsked = true;
   const answer = await fetch("/ledger").catch(() => null);
-  ledgerAsked = false;
   if (!answer?.ok) return;
   const entries = await answer.json();
   element("ledger").replaceChildren(...entries.slice(-60).reverse().map((entry) => {

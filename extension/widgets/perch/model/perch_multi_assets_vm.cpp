@@ -29,11 +29,11 @@ class QuoteIndex {
 public:
     explicit QuoteIndex(const QuoteList& quotes) : quotes_(quotes) {
         byAssetId_.reserve(static_cast<std::size_t>(quotes.size()));
-        byAssetIdAndSymbol_.reserve(static_cast<std::size_t>(quotes.size()));
         for (int place = 0; place < quotes.size(); ++place) {
-            const Quote& quote = quotes[place];
-            ++byAssetId_.try_emplace(quote.assetid(), Group{.firstPlace = place}).first->second.count;
-            byAssetIdAndSymbol_.try_emplace({quote.assetid(), quote.symbol()}, place);
+            const std::string& assetId = quotes[place].assetid();
+            Group& group = byAssetId_.try_emplace(assetId, Group{.firstPlace = place}).first->second;
+            if (++group.count == 2) addSymbol(group.firstPlace);
+            if (group.count > 1) addSymbol(place);
         }
     }
 
@@ -47,13 +47,13 @@ public:
         Group candidates;
         std::optional<int> preferred;
         const auto consider = [&](std::string_view assetId) {
-            const auto group = byAssetId_.find(assetId);
-            if (group == byAssetId_.end()) return;
-            candidates.count += group->second.count;
-            candidates.firstPlace = group->second.firstPlace;
-            const auto exact = byAssetIdAndSymbol_.find({assetId, asset.priceIdentifier});
-            if (exact != byAssetIdAndSymbol_.end() && (!preferred || exact->second < *preferred))
-                preferred = exact->second;
+            const auto found = byAssetId_.find(assetId);
+            if (found == byAssetId_.end()) return;
+            const Group& group = found->second;
+            candidates.count += group.count;
+            candidates.firstPlace = group.firstPlace;
+            const std::optional<int> exact = placeOf(assetId, group, asset.priceIdentifier);
+            if (exact && (!preferred || *exact < *preferred)) preferred = exact;
         };
         // Equal names are one name: a quote is a candidate once.
         consider(asset.id);
@@ -71,9 +71,22 @@ private:
         int firstPlace = 0;
     };
 
+    void addSymbol(int place) {
+        byAssetIdAndSymbol_.try_emplace({quotes_[place].assetid(), quotes_[place].symbol()}, place);
+    }
+
+    std::optional<int> placeOf(std::string_view assetId, const Group& group, std::string_view symbol) const {
+        if (group.count == 1) {
+            const bool isIt = quotes_[group.firstPlace].symbol() == symbol;
+            return isIt ? std::optional(group.firstPlace) : std::nullopt;
+        }
+        const auto found = byAssetIdAndSymbol_.find({assetId, symbol});
+        return found == byAssetIdAndSymbol_.end() ? std::nullopt : std::optional(found->second);
+    }
+
     const QuoteList& quotes_;
     std::unordered_map<std::string_view, Group> byAssetId_;
-    /// The first place, in wire order, where both meet.
+    /// The first place, in wire order, where both meet. Of groups of several alone: mostly there is none.
     std::unordered_map<AssetIdAndSymbol, int, AssetIdAndSymbolHash> byAssetIdAndSymbol_;
 };
 
@@ -90,6 +103,7 @@ std::vector<PerchMultiAssetsVM> makeRows(const QuoteList& quotes,
                                          const platform::Runtime& runtime) {
     const QuoteIndex index(quotes);
     std::vector<PerchMultiAssetsVM> rows;
+    rows.reserve(assets.size());
     for (std::size_t position = 0; position < assets.size(); ++position) {
         const QuoteIndex::Match match = index.find(assets[position]);
         if (match.hasCandidates) rows.push_back(makeRow(match.quote, assets[position], position, runtime));
