@@ -29,6 +29,7 @@ std::vector<std::string> cleanEnvironment() {
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (std::string& text : texts) result.push_back(text.data());
     result.push_back(nullptr);
     return result;
@@ -41,7 +42,7 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     for (int signal = 1; signal < NSIG; ++signal) std::signal(signal, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(127);

@@ -96,7 +96,7 @@ private:
     bool isRunning_ = false;
     int failures_ = 0;
     platform::Instant failedAt_;
-    std::chrono::steady_clock::time_point backOffEnd_{};
+    std::chrono::steady_clock::time_point backOffEnd_;
     struct Request {
         Asker asker;
         Moment at;

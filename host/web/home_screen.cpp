@@ -89,17 +89,13 @@ HomeScreen::~HomeScreen() {
 }
 
 void HomeScreen::whenChanged(std::function<void()> listener) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(listenerMutex_);
     listener_ = std::move(listener);
 }
 
 void HomeScreen::changed() {
-    std::function<void()> listener;
-    {
-        const std::lock_guard lock(mutex_);
-        listener = listener_;
-    }
-    if (listener) listener();
+    const std::shared_lock lock(listenerMutex_);
+    if (listener_) listener_();
 }
 
 void HomeScreen::noteLog(std::string line) {

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
+#include <shared_mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,7 +48,8 @@ public:
     HomeScreen(const HomeScreen&) = delete;
     HomeScreen& operator=(const HomeScreen&) = delete;
 
-    /// Called, without any lock, whenever the state may be another.
+    /// Called whenever the state may be another, perhaps on several threads at once. The former listener is
+    /// not called any more once this returns; not to be called by a listener.
     void whenChanged(std::function<void()> listener);
 
     /// Everything that the page shows, as JSON text.
@@ -112,8 +114,11 @@ private:
     std::string users_ = "[]";
     std::string catalogue_ = "[]";
 
-    mutable std::mutex mutex_;
+    /// Shared by those who call the listener, and had alone by who changes it.
+    std::shared_mutex listenerMutex_;
     std::function<void()> listener_;
+
+    mutable std::mutex mutex_;
     std::deque<std::string> log_;
     std::vector<Placement> placements_;
     int lastId_ = 0;

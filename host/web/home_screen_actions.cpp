@@ -81,10 +81,10 @@ Result<void> HomeScreen::move(const json& request) {
     const std::lock_guard lock(mutex_);
     const auto found = std::ranges::find(placements_, numberOf(request, "id", 0), &Placement::id);
     if (found == placements_.end()) return refusal("there is no such widget");
-    const Placement placement = *found;
+    Placement placement = std::move(*found);
     placements_.erase(found);
     const int index = std::clamp(numberOf(request, "index", 0), 0, static_cast<int>(placements_.size()));
-    placements_.insert(placements_.begin() + index, placement);
+    placements_.insert(placements_.begin() + index, std::move(placement));
     return save();
 }
 
@@ -173,7 +173,7 @@ Result<void> HomeScreen::setEnvironment(const json& request) {
 
 Result<void> HomeScreen::setNews(const json& request) {
     const std::string address = textOf(request, "address");
-    const auto done =
+    auto done =
         companion::setNewsFeedAddress(*runtime_, address.empty() ? std::nullopt : std::optional(address));
     if (!done) return done;
     const auto reloaded = phoneApp_->call("WidgetKitHelper", "reloadAllWidgets:", {"NewsWidget"});
@@ -198,7 +198,7 @@ Result<void> HomeScreen::setClock(const json& request) {
     const auto moment = instant.empty() ? clock_.now() : platform::parseInstant(instant);
     const double speed = rate != request.end() && rate->is_number() ? rate->get<double>() : 0.0;
     if (!moment || !(speed >= 0.0 && speed <= 3600.0)) return refusal("that is no time to set");
-    schedule_->setClock(*moment, speed);
+    schedule_->setClock(moment, speed);
     return {};
 }
 

@@ -1,5 +1,7 @@
 #include "host/schedule/widget_schedule.h"
 #include <gmock/gmock.h>
+#include <algorithm>
+#include <thread>
 
 namespace host {
 namespace {
@@ -19,7 +21,7 @@ struct Schedule {
         extension.end();
     }
 
-    /// The ledger's lines from who asked on, once there are so many and none is under way.
+    /// The ledger's lines, each from its asker on, once there are so many and no reload is under way.
     std::vector<std::string> lines(std::size_t count) const {
         const auto isRunning = [](const LedgerEntry& entry) {
             return entry.result == LedgerEntry::Result::running;
@@ -71,10 +73,8 @@ TEST(WidgetSchedule, TellsThatAllWorkersWereBusy) {
     for (int id = 1; id <= 4; ++id) {
         house.schedule.place(id, "NewsWidget", platform::WidgetFamily::systemLarge);
     }
-    const auto lines = house.lines(7);
-    EXPECT_EQ(std::ranges::count_if(
-                  lines, [](const std::string& line) { return line.find("extension was busy)") != std::string::npos; }),
-              1);
+    const auto isHeld = [](const std::string& line) { return line.find("was busy)") != std::string::npos; };
+    EXPECT_EQ(std::ranges::count_if(house.lines(7), isHeld), 1);
 }
 
 }  // namespace
