@@ -13,7 +13,7 @@ platform::Result<void> drawGalleryFolder(const platform::ProcessOptions& process
     if (process.isVerbose) options.log = [](const std::string& line) { printLine(line); };
     const platform::Result<GalleryOutcome> outcome = drawGallery(options);
     if (!outcome) return tl::unexpected(outcome.error());
-    const auto printed = printText(std::to_string(outcome->pictures) + " pictures, see " +
+    auto printed = printText(std::to_string(outcome->pictures) + " pictures, see " +
                                    (options.folder / "index.html").string() + "\n");
     if (!printed || outcome->isLikeBefore()) return printed;
     return platform::failure("GalleryError", 2,

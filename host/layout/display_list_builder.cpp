@@ -312,7 +312,7 @@ private:
 
     void addFill(FillItem fill, const Rect& frame, const Surroundings& surroundings) {
         const Color color = fill.color;
-        addCornered(std::move(fill), frame, surroundings);
+        addCornered(fill, frame, surroundings);
         noteGround(frame, color, surroundings.opacity);
     }
     void addImage(ImageItem image, const Rect& frame, const Surroundings& surroundings) {

@@ -27,7 +27,7 @@ int complain(const platform::Error& error) {
 int main(int argc, char** argv) {
     platform::fillStandardStreams();
     // Few threads that allocate little: arenas of their own would only cost memory.
-    mallopt(M_ARENA_MAX, 1);  // NOLINT(concurrency-mt-unsafe): no other thread runs yet
+    mallopt(M_ARENA_MAX, 1);
     std::signal(SIGPIPE, SIG_IGN);
 
     std::vector<std::string> arguments(argv + 1, argv + argc);

@@ -12,7 +12,7 @@ std::string withoutBlanks(std::string text) {
 }
 
 std::string futureTail(const DefaultMultiAssetsVM& asset) {
-    const std::string instrument = "&instrument=" + asset.instrument;
+    std::string instrument = "&instrument=" + asset.instrument;
     if (asset.instrument == "FUTIDX") return "?ind_id=" + asset.indId + instrument;
     if (asset.instrument == "FUTSTK") return "?sc_id=" + asset.scId + instrument;
     if (asset.instrument == "OPTSTK") return "?sc_id=" + asset.scId + "&exchg=" + asset.exchg + instrument;

@@ -55,7 +55,7 @@ void PWProvider::getSnapshot(const platform::TimelineProviderContext&,
 void PWProvider::getTimeline(const platform::TimelineProviderContext&,
                              std::function<void(Timeline<PWTimelineEntry>)> completion) {
     const Instant now = runtime_.now();
-    const auto fetchWithPolicy = [this](TimelineReloadPolicy policy, auto&& done) {
+    const auto fetchWithPolicy = [this](TimelineReloadPolicy policy, auto done) {
         pwViewModel_->fetch([policy, done = std::move(done)](PWTimelineEntry entry) {
             done(Timeline<PWTimelineEntry>{{std::move(entry)}, policy});
         });
