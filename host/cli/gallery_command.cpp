@@ -14,7 +14,7 @@ platform::Result<void> drawGalleryFolder(const platform::ProcessOptions& process
     const platform::Result<GalleryOutcome> outcome = drawGallery(options);
     if (!outcome) return tl::unexpected(outcome.error());
     auto printed = printText(std::to_string(outcome->pictures) + " pictures, see " +
-                                   (options.folder / "index.html").string() + "\n");
+                             (options.folder / "index.html").string() + "\n");
     if (!printed || outcome->isLikeBefore()) return printed;
     return platform::failure("GalleryError", 2,
                              "pictures: " + std::to_string(outcome->changed) + " changed, " +

@@ -339,7 +339,8 @@ private:
         add(std::move(item), frame, surroundings, clips_);
     }
     template <typename Item>
-    void add(Item item, const Rect& frame, const Surroundings& surroundings, std::vector<Clip> clips) {
+    void add(Item item, const Rect& frame, const Surroundings& surroundings,
+             std::vector<Clip> clips) {  // NOLINT(performance-unnecessary-value-param): it is moved
         list_.items.push_back({.content = std::move(item),
                                .frame = frame,
                                .opacity = surroundings.opacity,

@@ -59,7 +59,7 @@ std::string identifierIn(std::string_view text) {
 }
 
 std::string environmentVariable(const char* name) {
-    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nobody sets variables
+    const char* value = std::getenv(name);
     return value ? value : "";
 }
 
