@@ -286,6 +286,8 @@ for (const [width, viewport] of [["a phone's", phone], ["a desk's", desktop]]) {
       await page.locator("#inspector").waitFor();
       for (const name of ["Entry", "View tree with frames"]) await page.locator("#inspector summary").getByText(name, { exact: true }).click();
       assert.match(await page.locator("#inspector-tree").textContent(), /"frame"/);
+      const boxes = await page.locator("#inspector-picture img, #inspector-picture i").evaluateAll((all) => all.slice(0, 2).map((one) => one.getBoundingClientRect().toJSON()));
+      assert.deepEqual(boxes[1], boxes[0], "the outermost frame lies on the picture");
       await look("the inspector");
       await page.keyboard.press("Escape");
 
@@ -294,6 +296,7 @@ for (const [width, viewport] of [["a phone's", phone], ["a desk's", desktop]]) {
       await page.keyboard.press("Escape");
 
       await openControls(page);
+      await until("the controls are in sight", () => page.locator("#panel").evaluate((panel) => panel.getBoundingClientRect().top < window.innerHeight / 3));
       await look("the controls");
       await page.getByLabel("Automatic", { exact: true }).check();
       await button(page, "Compute the day strip").click();
