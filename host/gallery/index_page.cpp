@@ -35,9 +35,11 @@ figure.dark { background: #3b4252; color: #f3f5f8; }
 figure img { display: block; }
 figcaption { font-size: 12px; padding-top: 8px; }
 .news figcaption { font-weight: 600; }
-.news { box-shadow: inset 0 0 0 4px #d9480f; }
+.news { box-shadow: inset 0 0 0 4px #d9480f; scroll-margin-top: 84px; }
 .news:target { box-shadow: inset 0 0 0 8px #d9480f; }
 .before img { opacity: .8; }
+@media (max-width: 480px) { body { padding-inline: 12px; } }
+@media (max-width: 389px) { body, figure { padding-inline: 11px; } .row { margin-inline: -11px; } }
 )";
 
 std::string escaped(std::string_view text) {
