@@ -21,6 +21,7 @@ p { margin: 0 0 6px; color: #4a5160; }
 nav a { margin-right: 16px; }
 a { color: #1d5fa8; }
 .verdict { padding: 10px 14px; border-radius: 10px; background: #eef3f9; color: #16181d; max-width: 720px; }
+.changes { padding-left: 20px; }
 .row { display: flex; flex-wrap: wrap; gap: 14px; align-items: flex-start; }
 .row.tall { display: grid; grid-template-columns: max-content max-content; justify-content: start; justify-items: start; }
 .tall .systemLarge { grid-column: 2; grid-row: 1 / span 2; }
@@ -34,8 +35,11 @@ figure.dark { background: #3b4252; color: #f3f5f8; }
 figure img { display: block; }
 figcaption { font-size: 12px; padding-top: 8px; }
 .news figcaption { font-weight: 600; }
-.news { box-shadow: inset 0 0 0 4px #d9480f; }
+.news { box-shadow: inset 0 0 0 4px #d9480f; scroll-margin-top: 84px; }
+.news:target { box-shadow: inset 0 0 0 8px #d9480f; }
 .before img { opacity: .8; }
+@media (max-width: 480px) { body { padding-inline: 12px; } }
+@media (max-width: 389px) { body, figure { padding-inline: 11px; } .row { margin-inline: -11px; } }
 )";
 
 std::string escaped(std::string_view text) {
@@ -60,6 +64,8 @@ std::string_view sizeName(WidgetFamily family) {
     }
     return "";
 }
+
+std::string_view themeName(const GalleryPicture& picture) { return picture.isDark ? "dark" : "light"; }
 
 std::string_view newsText(PictureNews news) {
     switch (news) {
@@ -126,27 +132,57 @@ void writeStyle(std::ostream& page) {
     page << "</style>\n";
 }
 
-void writeFigure(std::ostream& page, const GalleryPicture& picture, const std::string& folder,
-                 std::string_view caption, std::string_view classes, std::string_view title) {
-    const std::string_view theme = picture.isDark ? "dark" : "light";
-    page << "<figure class=\"" << theme << classes << "\"><img src=\"" << escaped(folder + picture.fileName())
-         << "\" alt=\"" << escaped(picture.kind) << ", " << sizeName(picture.family) << ", " << theme << ": "
-         << escaped(title) << "\">";
-    if (!caption.empty()) page << "<figcaption>" << caption << "</figcaption>";
+std::string pictureName(const GalleryPicture& picture, std::string_view title) {
+    std::ostringstream name;
+    name << picture.kind << ", " << sizeName(picture.family) << ", " << themeName(picture) << ": " << title;
+    return name.str();
+}
+
+struct Figure {
+    std::string folder;
+    std::string_view caption;
+    std::string_view classes;
+    /// What the list of changes leads to.
+    bool isTarget = false;
+};
+
+void writeFigure(std::ostream& page, const GalleryPicture& picture, std::string_view title,
+                 const Figure& figure) {
+    page << "<figure class=\"" << themeName(picture) << figure.classes << '"';
+    if (figure.isTarget) page << " id=\"" << escaped(picture.fileName()) << '"';
+    page << "><img src=\"" << escaped(figure.folder + picture.fileName()) << "\" alt=\""
+         << escaped(pictureName(picture, title)) << "\">";
+    if (!figure.caption.empty()) page << "<figcaption>" << figure.caption << "</figcaption>";
     page << "</figure>\n";
 }
 
 void writePicture(std::ostream& page, const ShownPicture& shown, std::string_view title) {
-    const bool isThere = shown.news != PictureNews::missing;
-    const bool hasBefore = shown.news == PictureNews::changed || !isThere;
-    if (hasBefore) {
-        writeFigure(page, shown.picture, "before/", isThere ? "before" : newsText(shown.news),
-                    isThere ? " before" : " before news", title);
+    const std::string_view news = newsText(shown.news);
+    if (shown.news == PictureNews::missing) {
+        writeFigure(page, shown.picture, title, {"before/", news, " before news", true});
+        return;
     }
-    if (isThere) {
-        writeFigure(page, shown.picture, "", newsText(shown.news),
-                    shown.news == PictureNews::none ? "" : " news", title);
+    if (shown.news == PictureNews::changed) {
+        writeFigure(page, shown.picture, title, {"before/", "before", " before"});
     }
+    const bool isNews = shown.news != PictureNews::none;
+    writeFigure(page, shown.picture, title, {"", news, isNews ? " news" : "", isNews});
+}
+
+/// A link to every picture that is not as before.
+void writeChanges(std::ostream& page, const std::vector<GallerySection>& sections) {
+    std::ostringstream items;
+    for (const GallerySection& section : sections) {
+        for (const GalleryRow& row : section.rows) {
+            for (const ShownPicture& shown : row.pictures) {
+                if (shown.news == PictureNews::none) continue;
+                items << "<li><a href=\"#" << escaped(shown.picture.fileName()) << "\">"
+                      << escaped(pictureName(shown.picture, row.title)) << "</a>, " << newsText(shown.news)
+                      << "</li>\n";
+            }
+        }
+    }
+    if (!items.view().empty()) page << "<ul class=\"changes\">\n" << items.view() << "</ul>\n";
 }
 
 bool hasFamily(const GalleryRow& row, WidgetFamily family) {
@@ -184,7 +220,10 @@ std::string indexPage(const GalleryPage& page) {
             "file:; style-src 'unsafe-inline'\">\n<title>Brightledger Widgets: gallery</title>\n";
     writeStyle(html);
     html << "</head>\n<body>\n<h1>Every widget, every state</h1>\n<p>" << escaped(page.subtitle) << "</p>\n";
-    if (!page.verdict.empty()) html << "<p class=\"verdict\">" << escaped(page.verdict) << "</p>\n";
+    if (!page.verdict.empty()) {
+        html << "<p class=\"verdict\">" << escaped(page.verdict) << "</p>\n";
+        writeChanges(html, page.sections);
+    }
     html << "<nav aria-label=\"Widgets\">";
     for (const GallerySection& section : page.sections) {
         html << "<a href=\"#" << escaped(section.title) << "\">" << escaped(section.title) << "</a>\n";

@@ -52,6 +52,9 @@ export function ago(instant, now) {
   return seconds >= 0 ? `${text} ago` : `in ${text}`;
 }
 
+/** A widget or a choice of the gallery: "Perch, small". */
+export const nameOf = (displayName, family) => `${displayName}, ${family.slice(6).toLowerCase()}`;
+
 export function shownNow() {
   return Date.parse(state.clock.now) + (performance.now() - clockHeard) * state.clock.rate;
 }
@@ -70,11 +73,12 @@ function makeWidget(widget) {
   outline.style.clipPath = outlinePath(widget.width, widget.height);
   const age = make("span", { className: "age" });
   const inspect = make("button", { type: "button", textContent: "Inspect" });
-  inspect.setAttribute("aria-label", `Inspect ${widget.displayName}`);
+  const name = nameOf(widget.displayName, widget.family);
+  inspect.setAttribute("aria-label", `Inspect ${name}`);
   inspect.addEventListener("click", () => showInspector(state.widgets.find((other) => other.id === widget.id)));
-  const tool = (name, text, work) => {
+  const tool = (deed, text, work) => {
     const button = make("button", { type: "button", textContent: text });
-    button.setAttribute("aria-label", `${name} ${widget.displayName}`);
+    button.setAttribute("aria-label", `${deed} ${name}`);
     button.addEventListener("click", work);
     return button;
   };
@@ -109,7 +113,6 @@ async function updatePicture(box, widget) {
   await isWhole;
   if (box.dataset.version !== version) return;
   const held = outline.contains(document.activeElement) ? [...outline.querySelectorAll("a")].indexOf(document.activeElement) : -1;
-  if (outline.querySelector("img")) image.className = "is-new";
   outline.replaceChildren(image, ...picture.links.map((link) => {
     const area = make("a", { href: "#home" });
     area.setAttribute("aria-label", link.name);
@@ -149,7 +152,7 @@ function updateWidgets() {
     }
     place(box.style, { x: widget.column * (unit + gap.across), y: widget.row * (unit + gap.down), width: widget.width, height: widget.height });
     box.draggable = isEditing;
-    box.setAttribute("aria-label", `${widget.displayName}, ${widget.family.slice(6).toLowerCase()}`);
+    box.setAttribute("aria-label", nameOf(widget.displayName, widget.family));
     box.classList.toggle("is-stale", widget.failures > 0);
     updatePicture(box, widget);
   });
@@ -163,18 +166,33 @@ function updateAges() {
   state.widgets.forEach((widget) => {
     const age = element(`widget-${widget.id}`)?.querySelector(".age");
     if (!age) return;
-    const trouble = widget.failures > 0 ? "not answering · " : "";
-    write(age, widget.picture ? `${trouble}${ago(widget.picture.since, now)}` : "loading");
+    const since = widget.picture ? ago(widget.picture.since, now) : "loading";
+    // Short enough to stand beside the button under a small widget.
+    write(age, widget.failures > 0 ? `no answer · ${since.replace(" ago", "")}` : since);
     age.title = widget.lastError;
   });
 }
 
 const unlessFocused = (control, value) => { if (document.activeElement !== control) control.value = value; };
 
+const all = new Intl.ListFormat("en-GB");
+const distinct = (values) => [...new Set(values)];
+
+/** Names every kind that fails, those with the same trouble together. */
+function failureText(failing) {
+  const troubles = distinct(failing.map((widget) => widget.lastError)).map((trouble) => {
+    const names = distinct(failing.filter((widget) => widget.lastError === trouble).map((widget) => widget.displayName));
+    return `${all.format(names)}: ${trouble}.`;
+  });
+  const stay = failing.length === 1 ? "The last good picture stays" : "The last good pictures stay";
+  const holds = distinct(failing.map((widget) => widget.next?.hold).filter(Boolean));
+  return `${troubles.join(" ")} ${[stay, ...holds].join("; ")}.`;
+}
+
 function noticeText() {
   if (state.app.error) return state.app.error;
-  const failing = state.widgets.find((widget) => widget.lastError);
-  if (failing) return `${failing.displayName}: ${failing.lastError}. The last good picture stays${failing.next?.hold ? `; ${failing.next.hold}` : ""}.`;
+  const failing = state.widgets.filter((widget) => widget.lastError);
+  if (failing.length) return failureText(failing);
   if (state.hasDemo && state.fault !== "none") return `The service is ${element("fault").selectedOptions[0].textContent}.`;
   return "";
 }
@@ -225,14 +243,15 @@ function update(text) {
 function openGallery() {
   element("gallery-list").replaceChildren(...choices.gallery.flatMap((kind) => kind.families.map((family) => {
     const [width, height] = { systemSmall: [158, 158], systemMedium: [338, 158], systemLarge: [338, 354] }[family];
-    const image = make("img", { alt: `${kind.displayName}, ${family.slice(6).toLowerCase()}`, width, height, loading: "lazy" });
+    const name = nameOf(kind.displayName, family);
+    const image = make("img", { alt: name, width, height, loading: "lazy" });
     image.src = `/preview/${kind.kind}/${family}?scale=${pictureScale()}`;
     const outline = make("div", { className: "outline" }, image);
     Object.assign(outline.style, { width: `${width}px`, height: `${height}px`, clipPath: outlinePath(width, height) });
     const add = make("button", { type: "button", textContent: "Add" });
-    add.setAttribute("aria-label", `Add ${kind.displayName}, ${family.slice(6).toLowerCase()}`);
+    add.setAttribute("aria-label", `Add ${name}`);
     add.addEventListener("click", async () => { await act("place", { kind: kind.kind, family }); element("gallery").close(); });
-    return make("article", {}, make("div", { className: "shade" }, outline), make("h3", { textContent: kind.displayName }),
+    return make("article", {}, make("div", { className: "shade" }, outline), make("h3", { textContent: name }),
       make("p", { className: "small", textContent: kind.description }), add);
   })));
   element("gallery").showModal();
@@ -248,9 +267,15 @@ function wire() {
     updateWidgets();
   });
   element("controls").addEventListener("click", () => {
-    element("panel").hidden = !element("panel").hidden;
-    element("controls").setAttribute("aria-expanded", String(!element("panel").hidden));
-    if (!element("panel").hidden) showLedger();
+    const panel = element("panel");
+    panel.hidden = !panel.hidden;
+    element("controls").setAttribute("aria-expanded", String(!panel.hidden));
+    if (panel.hidden) return;
+    showLedger();
+    // On a phone it stands below all widgets.
+    const isCalm = matchMedia("(prefers-reduced-motion: reduce)").matches;
+    panel.focus({ preventScroll: true });
+    panel.scrollIntoView({ behavior: isCalm ? "instant" : "smooth", block: "start" });
   });
   document.querySelectorAll("[data-close]").forEach((button) => button.addEventListener("click", () => button.closest("dialog").close()));
   element("theme").addEventListener("change", (event) => act("theme", { theme: Number(event.target.value) }));

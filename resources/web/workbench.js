@@ -1,5 +1,5 @@
 // The workbench: why the widgets do what they do.
-import { ago, make, pictureScale, shownNow } from "/home.js";
+import { ago, make, nameOf, outlinePath, pictureScale, shownNow } from "/home.js";
 
 const element = (id) => document.getElementById(id);
 const family = (name) => name.slice(6).toLowerCase();
@@ -18,10 +18,13 @@ export async function showLedger() {
   if (!answer?.ok) return;
   const entries = await answer.json();
   element("ledger").replaceChildren(...entries.slice(-60).reverse().map((entry) => {
-    const cells = [time(entry.decided), `${entry.kind.replace("Widget", "")} ${family(entry.family)}`, entry.asker,
+    const [decided, due] = [time(entry.decided), time(entry.due)];
+    const cells = [decided, `${entry.kind.replace("Widget", "")} ${family(entry.family)}`, entry.asker,
       entry.reason ? `${entry.result}: ${entry.reason}` : entry.result,
       entry.durationMs ? entry.durationMs.toFixed(0) : "", entry.peakRssKiB ? (entry.peakRssKiB / 1024).toFixed(1) : ""];
-    return make("tr", {}, ...cells.map((text) => make("td", { textContent: text })));
+    const row = make("tr", {}, ...cells.map((text) => make("td", { textContent: text })));
+    if (due !== decided) row.firstChild.append(make("div", { className: "due", textContent: `due ${due}` }));
+    return row;
   }));
 }
 
@@ -37,11 +40,15 @@ export async function showInspector(widget) {
   const answer = await fetch(`/inspect/${widget.id}`).catch(() => null);
   if (!answer?.ok) return;
   const inspection = await answer.json();
-  element("inspector-title").textContent = `${widget.displayName}, ${family(widget.family)}`;
+  element("inspector-title").textContent = nameOf(widget.displayName, widget.family);
   const framed = element("inspector-picture");
   Object.assign(framed.style, { width: `${widget.width}px`, height: `${widget.height}px` });
   framed.replaceChildren();
-  if (widget.picture) framed.append(make("img", { alt: "", src: `/picture/${widget.id}?version=${widget.picture.version}&scale=${pictureScale()}` }));
+  if (widget.picture) {
+    const image = make("img", { alt: "", src: `/picture/${widget.id}?version=${widget.picture.version}&scale=${pictureScale()}` });
+    image.style.clipPath = outlinePath(widget.width, widget.height);
+    framed.append(image);
+  }
   for (const frame of framesOf(inspection.tree)) {
     const box = make("i");
     Object.assign(box.style, { left: `${frame.x}px`, top: `${frame.y}px`, width: `${frame.width}px`, height: `${frame.height}px` });
@@ -61,6 +68,8 @@ export async function showInspector(widget) {
   element("inspector-tree").textContent = JSON.stringify(inspection.tree, null, 2);
   element("inspector-log").textContent = inspection.log.join("\n") || "nothing";
   element("inspector").showModal();
+  // The latest lines are at its end.
+  element("inspector-log").scrollTop = element("inspector-log").scrollHeight;
 }
 
 export async function showDay() {

@@ -13,6 +13,7 @@
 namespace host {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
 using testing::Not;
@@ -163,8 +164,11 @@ TEST(Gallery, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
     EXPECT_EQ(contentOf(folder / "before" / changed), other);
     EXPECT_EQ(pictures(folder / "before"), (std::set<std::string>{changed, missing}));
     EXPECT_FALSE(fs::exists(folder / missing));
-    EXPECT_THAT(shownIn(contentOf(folder / "index.html")),
-                IsSupersetOf({changed, added, "before/" + changed, "before/" + missing}));
+    const std::string page = contentOf(folder / "index.html");
+    EXPECT_THAT(shownIn(page), IsSupersetOf({changed, added, "before/" + changed, "before/" + missing}));
+    for (const std::string& name : {changed, added, missing}) {
+        EXPECT_THAT(page, AllOf(HasSubstr("href=\"#" + name + "\""), HasSubstr("id=\"" + name + "\"")));
+    }
 }
 
 TEST(Gallery, SaysWhatItCannotDo) {
