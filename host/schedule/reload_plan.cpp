@@ -29,6 +29,17 @@ std::string reason(Hold hold, ReloadMode mode) {
     return "";
 }
 
+std::string pastReason(Hold hold, ReloadMode mode) {
+    switch (hold) {
+        case Hold::none: return "";
+        case Hold::floor: return "kept " + reason(hold, mode);
+        case Hold::budget: return "had waited for its share of 60 a day";
+        case Hold::backOff: return "had waited after a failure";
+        case Hold::busy: return "had waited while the extension was busy";
+    }
+    return "";
+}
+
 void ReloadPlan::ask(Asker asker, const Moment& now) {
     // A person's word weighs most: nothing holds it.
     if (!request_ || asker == Asker::person) request_ = Request{asker, now, isRunning_};

@@ -28,8 +28,10 @@ enum class Hold { none, floor, budget, backOff, busy };
 
 std::string_view description(ReloadMode mode);
 std::string_view description(Asker asker);
-/// A reason for people: "at least 5 s apart".
+/// A reason for people, while it holds: "waiting after a failure".
 std::string reason(Hold hold, ReloadMode mode);
+/// The same once it is over: "had waited after a failure".
+std::string pastReason(Hold hold, ReloadMode mode);
 
 /// One moment on two clocks: the one that the widgets see, which people may stop and set, and the real
 /// one, by which failures are counted.
