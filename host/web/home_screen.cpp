@@ -110,6 +110,7 @@ void HomeScreen::noteLog(std::string line) {
 
 void HomeScreen::placeSaved() {
     const auto saved = loadPlacements(options_.runtime.dataDirectory / "home-screen.json");
+    if (options_.log) options_.log(line);
     if (!saved) noteLog("the saved home screen cannot be read: " + saved.error().message);
     std::vector<Placement> placements = saved.value_or(std::vector<Placement>());
     std::error_code error;

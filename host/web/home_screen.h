@@ -35,6 +35,8 @@ struct HomeScreenOptions {
     std::filesystem::path resources;
     /// Of the demo service; absent when the extension calls another one.
     std::optional<std::string> demoOrigin;
+    /// Takes every line of the log that the inspector shows; any thread, one at a time. May be empty.
+    std::function<void(std::string_view line)> log = {};
 };
 
 /// Any thread. Texts that the page is told never hold a token, a user id or a portfolio address.

@@ -70,6 +70,8 @@ int runHomeScreen(const RunOptions& options) {
                                   .infoPlist = *child.infoPlist,
                                   .resources = resources,
                                   .demoOrigin = demo ? std::optional(demo->origin()) : std::nullopt};
+    if (options.process.isVerbose)
+        homeOptions.log = [](std::string_view line) { std::cerr << std::string(line) + '\n'; };
     auto home = HomeScreen::start(std::move(homeOptions));
     if (!home) return fail(home.error());
     auto page = PageServer::start(**home, options.port, resources / "web");
