@@ -185,7 +185,8 @@ TEST_F(CommandLineTest, WrongUsageIsExitCode2AndOneLine) {
                               "store set k date today",
                               "store set k plist '<plist>'",
                               "call ClockApp wind",
-                              "call KeyConstants"}) {
+                              "call KeyConstants",
+                              "why ClockWidget"}) {
         const Outcome outcome = run(words);
         EXPECT_EQ(outcome.exitCode, 2) << words;
         EXPECT_THAT(outcome.output, IsEmpty()) << words;
