@@ -61,7 +61,6 @@ public:
     };
 
     static constexpr std::chrono::seconds placeholderLimit{2};
-    static constexpr std::chrono::seconds snapshotLimit{10};
     static constexpr std::chrono::seconds timelineLimit{30};
 
     /// All that it is given must outlive it.

@@ -82,6 +82,8 @@ int runHomeScreen(const RunOptions& options) {
     }
     std::cout << (*page)->address() << '\n' << std::flush;
     waitForEnd(signals, options.duration);
+    // The page waits for its handlers, and they wait for the extension.
+    (*home)->stop();
     const std::lock_guard lock(mutex);
     answering = nullptr;
     return 0;

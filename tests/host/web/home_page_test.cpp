@@ -8,9 +8,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <future>
 #include <nlohmann/json.hpp>
 #include <thread>
 #include "host/web/center_socket.h"
+#include "host/web/day_strip.h"
 #include "host/web/deep_link.h"
 #include "host/web/demo_child.h"
 #include "host/web/home_screen.h"
@@ -114,6 +116,7 @@ TEST(CenterSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
         EXPECT_EQ(platform::askHost(path, std::string(300000, 'q'), 5s)->size(), 300000U);
         // However it answers: a host that is starting knows nothing yet.
         EXPECT_THAT(CenterSocket::open(path, {}).error().message, HasSubstr("running already"));
+        EXPECT_EQ(platform::askHost(path, "bad", 1s).error().message, "no");
     }
     EXPECT_FALSE(platform::askHost(path, "placed", 1s));
     ASSERT_EQ(::chmod(path.parent_path().c_str(), 0777), 0);
@@ -271,6 +274,37 @@ TEST(HomePage, ShowsTheWidgetsAndDoesWhatThePhoneAppWould) {
     EXPECT_FALSE(house.home->act({{"action", "assets"}, {"keys", {"nonsense"}}}));
     EXPECT_FALSE(house.home->act({{"action", "place"}, {"kind", "NewsWidget"}, {"family", "systemSmall"}}));
     EXPECT_FALSE(house.home->act({{"action", "unknown"}}));
+}
+
+TEST(HomePage, LetsNobodyWaitForASlowService) {
+    const Folder folder;
+    const House house(folder.path());
+    house.waitFor(areAllShown);
+    ASSERT_TRUE(house.home->act({{"action", "fault"}, {"fault", "slow"}}));
+    ASSERT_TRUE(house.home->act({{"action", "place"}, {"kind", "PerchWidget"}, {"family", "systemLarge"}}));
+    // Its placeholder is there while its timeline is not even asked for.
+    const json state =
+        house.waitFor([](const json& now) { return !now["widgets"].back()["picture"].is_null(); });
+    EXPECT_EQ(state["widgets"].back()["picture"]["isPlaceholder"], true);
+    EXPECT_EQ(state["widgets"].back()["isRunning"], false);
+
+    // The end of the home screen ends a day that is being computed.
+    auto day = std::async(std::launch::async, [&] { return house.home->dayText(); });
+    house.home->stop();
+    EXPECT_THAT(day.get(), HasSubstr("the extension was ended"));
+}
+
+TEST(DayStrip, EndsWhenItsTimeIsUpAndSaysSo) {
+    ExtensionProcess extension({.program = "/bin/sleep", .arguments = {"60"}, .log = {}});
+    const std::vector<WidgetListing> gallery{
+        {"NewsWidget", "", "", {WidgetFamily::systemLarge}},
+        {"PerchWidget", "", "", {WidgetFamily::systemSmall, WidgetFamily::systemLarge}}};
+    const auto rows = lookThroughDay(extension, gallery, *platform::parseInstant("2026-11-22T09:00:00Z"),
+                                     platform::Calendar({"Asia/Kolkata"}), 200ms);
+    std::vector<std::string> errors;
+    for (const DayRow& row : rows) errors.push_back(row.error.substr(0, 24));
+    EXPECT_THAT(errors, ElementsAre("the extension did not an", "the extension is too slo",
+                                    "the extension is too slo"));
 }
 
 TEST(HomePage, KeepsThePicturesWhenTheExtensionIsKilledAndSaysWhatHappened) {
