@@ -282,6 +282,13 @@ TEST_F(CommandLineTest, OperationsOfTheAppAreCalledOneByOneOrLineByLineInOneProc
     EXPECT_THAT(lines.complaint, StartsWith("brightledger: line 3: "));
 }
 
+TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndTellsWhatHappensWhenAsked) {
+    const Outcome outcome = run("run --for 1 --verbose");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.output, MatchesRegex("http://127.0.0.1:[0-9]+/.token=[0-9a-f]+\n"));
+    EXPECT_THAT(outcome.complaint, HasSubstr("debug: "));
+}
+
 TEST_F(CommandLineTest, AUserIsSignedInAndOutAndTheirRowsGoWithThem) {
     EXPECT_EQ(run("user asha").exitCode, 1);  // no service knows them
     const auto service = demo::DemoService::start();
