@@ -37,10 +37,8 @@ public:
         : extension_(extension), row_(row), end_(end) {}
 
     void ask(Instant moment, const std::string& cause) {
-        const auto rest =
-            std::chrono::duration_cast<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
-        if (rest <= 0ms) {
-            row_.error = "the extension is too slow to ask it through a whole day";
+        if (restOfTime() <= 0ms) {
+            row_.error = tooSlow;
             return;
         }
         const Moment now = momentAt(moment);
@@ -51,9 +49,11 @@ public:
         static_cast<void>(extension_.setClock(moment, 0.0));
         const auto answer =
             extension_.ask({.kind = row_.kind, .family = row_.family, .wantsViews = true},
-                           std::min<std::chrono::milliseconds>(rest, WidgetSchedule::timelineLimit));
+                           std::min<std::chrono::milliseconds>(restOfTime(), WidgetSchedule::timelineLimit));
         if (!answer || answer->entries.empty() || !answer->entries.front().view) {
-            row_.error = answer ? "the timeline has no entry" : answer.error().message;
+            row_.error = restOfTime() <= 0ms ? tooSlow
+                         : answer            ? "the timeline has no entry"
+                                             : answer.error().message;
             return;
         }
         const auto last = std::ranges::max(answer->entries, {}, &AnsweredEntry::date).date;
@@ -68,6 +68,12 @@ public:
     }
 
 private:
+    static constexpr const char* tooSlow = "the extension is too slow to ask it through a whole day";
+
+    std::chrono::milliseconds restOfTime() const {
+        return std::chrono::ceil<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
+    }
+
     static Moment momentAt(Instant moment) { return {moment, SteadyTime()}; }
 
     void add(const AnsweredEntry& entry, Instant from, const std::string& cause) {

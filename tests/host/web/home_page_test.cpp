@@ -301,10 +301,9 @@ TEST(DayStrip, EndsWhenItsTimeIsUpAndSaysSo) {
         {"PerchWidget", "", "", {WidgetFamily::systemSmall, WidgetFamily::systemLarge}}};
     const auto rows = lookThroughDay(extension, gallery, *platform::parseInstant("2026-11-22T09:00:00Z"),
                                      platform::Calendar({"Asia/Kolkata"}), 200ms);
-    std::vector<std::string> errors;
-    for (const DayRow& row : rows) errors.push_back(row.error.substr(0, 24));
-    EXPECT_THAT(errors, ElementsAre("the extension did not an", "the extension is too slo",
-                                    "the extension is too slo"));
+    ASSERT_EQ(rows.size(), 3U);
+    for (const DayRow& row : rows) EXPECT_THAT(row.error, HasSubstr("too slow"));
+    EXPECT_EQ(rows[0].questions + rows[1].questions + rows[2].questions, 1);
 }
 
 TEST(HomePage, KeepsThePicturesWhenTheExtensionIsKilledAndSaysWhatHappened) {
