@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t largestBacklog = 1U << 20;
 constexpr int workerCount = 4;
+constexpr int slowWorkerCount = 3;
 constexpr auto quiet = asio::as_tuple(asio::use_awaitable);
 
 using BodyParser = http::request_parser<http::string_body>;
@@ -55,12 +56,20 @@ std::optional<Response> refusalFor(const beast::error_code& error) {
     return std::nullopt;
 }
 
-Response answerOf(const HttpServer::Handler& handler, const Request& request) {
+using Make = std::function<Response()>;
+
+Response answerOf(const Make& make) {
     try {
-        return handler(request);
+        return make();
     } catch (const std::exception&) {
         return refusal(500, "the request could not be answered\n");
     }
+}
+
+/// `make` must live until it is there.
+asio::awaitable<Response> madeOn(asio::thread_pool& threads, const Make& make) {
+    co_return co_await asio::co_spawn(
+        threads, [&make]() -> asio::awaitable<Response> { co_return answerOf(make); }, asio::use_awaitable);
 }
 
 }  // namespace
@@ -114,13 +123,19 @@ bool EventStream::isOpen() const {
 
 struct HttpServer::Implementation {
     Implementation(Handler ownHandler, ServerLimits ownLimits)
-        : handler(std::move(ownHandler)), limits(ownLimits), acceptor(network), workers(workerCount) {}
+        : handler(std::move(ownHandler)),
+          limits(ownLimits),
+          acceptor(network),
+          workers(workerCount),
+          slowWorkers(slowWorkerCount) {}
 
     ~Implementation() {
         network.stop();
         if (thread.joinable()) thread.join();
-        workers.stop();
-        workers.join();
+        for (asio::thread_pool* pool : {&workers, &slowWorkers}) {
+            pool->stop();
+            pool->join();
+        }
     }
 
     asio::awaitable<void> accept();
@@ -135,6 +150,7 @@ struct HttpServer::Implementation {
     asio::io_context network{1};
     tcp::acceptor acceptor;
     asio::thread_pool workers;
+    asio::thread_pool slowWorkers;
     std::size_t connections = 0;
     std::thread thread;
 };
@@ -180,10 +196,12 @@ asio::awaitable<void> HttpServer::Implementation::serve(tcp::socket socket) {
         const bool keepAlive = parser.get().keep_alive();
         const Request request = requestFrom(parser.get());
         stream.expires_never();
-        Response response = co_await asio::co_spawn(
-            workers,
-            [this, &request]() -> asio::awaitable<Response> { co_return answerOf(handler, request); },
-            asio::use_awaitable);
+        Make make = [this, &request] { return handler(request); };
+        Response response = co_await madeOn(workers, make);
+        if (response.later) {
+            make = std::move(response.later);
+            response = co_await madeOn(slowWorkers, make);
+        }
         if (!co_await answer(stream, std::move(response), isHead, keepAlive)) break;
     }
     beast::error_code ignored;

@@ -69,6 +69,9 @@ struct Response {
     enum class Ending { whole, cut, reset } ending = Ending::whole;
     /// When there, status and headers are sent and then whatever is pushed; `body` is not used.
     std::shared_ptr<EventStream> stream = nullptr;
+    /// When there, the answer is what this makes. It runs on one of few threads kept for what takes long, so
+    /// that other requests never wait for it.
+    std::function<Response()> later = nullptr;
 };
 
 struct ServerLimits {

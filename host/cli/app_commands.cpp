@@ -76,6 +76,18 @@ Result<void> printOperations() {
     return printText(lines);
 }
 
+Result<void> checkKind(const std::string& kind, ExtensionOptions options) {
+    ExtensionProcess extension(std::move(options));
+    const auto gallery = extension.gallery(answerLimit);
+    if (!gallery) return tl::unexpected(gallery.error());
+    std::string kinds;
+    for (const WidgetListing& widget : *gallery) {
+        if (widget.kind == kind) return {};
+        kinds += (kinds.empty() ? "" : ", ") + widget.kind;
+    }
+    return platform::failure("UsageError", 2, "there is no widget \"" + kind + "\", but " + kinds);
+}
+
 }  // namespace
 
 Result<void> callOperation(const ProcessOptions& process, const std::vector<std::string>& words) {
@@ -112,7 +124,10 @@ Result<void> explainReloads(const ProcessOptions& process, const std::string& ki
     if (!resolved) return tl::unexpected(resolved.error());
     Result<std::string> answer =
         platform::askHost(platform::hostSocketPath(resolved->dataDirectory), "why " + kind, answerLimit);
-    if (!answer) return tl::unexpected(answer.error());
+    if (!answer) {
+        const Result<void> known = checkKind(kind, extensionOptions(process, *resolved));
+        return tl::unexpected(known ? answer.error() : known.error());
+    }
     if (!answer->ends_with('\n')) *answer += '\n';
     return printText(*answer);
 }

@@ -268,9 +268,13 @@ void ExtensionChild::watchAsked(SteadyTime now) {
         ping.mutable_ping();
         if (send(ping)) pinged_ = now;
     }
-    const long residentLimit = options_.residentLimitKiB;
-    if (residentLimit > 0 && memoryOf(processId_).resident > residentLimit) {
-        kill("the extension's memory passed " + std::to_string(residentLimit / 1024) + " MB");
+    endIfTooLarge(memoryOf(processId_).peakResident);
+}
+
+void ExtensionChild::endIfTooLarge(long peakResidentKiB) {
+    const long limit = options_.residentLimitKiB;
+    if (limit > 0 && peakResidentKiB > limit) {
+        kill("the extension's memory passed " + std::to_string(limit / 1024) + " MB");
     }
 }
 
@@ -310,15 +314,19 @@ void ExtensionChild::take(wire::Reply reply) {
     const std::lock_guard lock(mutex_);
     const auto question = questions_.find(reply.id());
     if (question == questions_.end()) return;  // it came too late, or nobody asked
-    if (!reply.has_pong())
-        note(reply, millisecondsBetween(hasAnswered_ ? question->second.asked : started_, now));
+    const ProcessMemory memory = memoryOf(processId_);
+    if (!reply.has_pong()) {
+        note(reply, memory, millisecondsBetween(hasAnswered_ ? question->second.asked : started_, now));
+    }
+    // However short the peak was: what it made is not used, and the end answers the question.
+    endIfTooLarge(memory.peakResident);
+    if (!killReason_.empty()) return;
     lastUse_ = now;
     question->second.reply = std::move(reply);
     changed_.notify_all();
 }
 
-void ExtensionChild::note(const wire::Reply& reply, double wallMs) {
-    const ProcessMemory memory = memoryOf(processId_);
+void ExtensionChild::note(const wire::Reply& reply, const ProcessMemory& memory, double wallMs) {
     statistics_ = {
         .peakRssKiB = memory.peakResident,
         .privateKiB = memory.anonymous,

@@ -14,6 +14,7 @@
 #include <vector>
 #include "host/process/extension_process.h"
 #include "host/process/file_descriptor.h"
+#include "host/process/process_status.h"
 #include "platform/base/result.h"
 #include "platform/wire/extension.pb.h"
 #include "platform/wire/framing.h"
@@ -66,9 +67,10 @@ private:
     int pollTimeout();
     void watch();
     void watchAsked(SteadyTime now);
+    void endIfTooLarge(long peakResidentKiB);
     void readReplies();
     void take(brightledger::wire::Reply reply);
-    void note(const brightledger::wire::Reply& reply, double wallMs);
+    void note(const brightledger::wire::Reply& reply, const ProcessMemory& memory, double wallMs);
     void readLog();
     void takeLogLine(std::string line);
     void kill(std::string reason);

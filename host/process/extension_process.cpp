@@ -84,10 +84,12 @@ struct ExtensionProcess::State {
     platform::Clock clock;
     double clockRate = 1.0;
     bool isClockSet = false;
+    bool isClosed = false;
 
-    /// The running child; a new one when there is none.
+    /// The running child; a new one when there is none, and null when there shall be none.
     std::shared_ptr<ExtensionChild> openChild() {
         const std::lock_guard lock(mutex);
+        if (isClosed) return nullptr;
         if (child && child->isOpen()) return child;
         std::erase_if(leaving, [](const auto& each) { return each->isGone(); });
         if (child && !child->isGone()) leaving.push_back(child);
@@ -102,6 +104,7 @@ struct ExtensionProcess::State {
         std::shared_ptr<ExtensionChild> asked;
         for (int attempt = 0; attempt < 2; ++attempt) {
             asked = openChild();
+            if (!asked) return platform::failure("ExtensionError", 1, "the extension was ended");
             std::optional<Result<wire::Reply>> reply = asked->ask(request, limit);
             if (!reply) continue;
             if (*reply && (*reply)->has_failure()) {
@@ -174,6 +177,14 @@ ExtensionStatistics ExtensionProcess::statistics() const {
 int ExtensionProcess::processId() const {
     const std::lock_guard lock(state_->mutex);
     return state_->child ? state_->child->processId() : 0;
+}
+
+void ExtensionProcess::close() {
+    {
+        const std::lock_guard lock(state_->mutex);
+        state_->isClosed = true;
+    }
+    end();
 }
 
 void ExtensionProcess::end() {

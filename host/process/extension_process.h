@@ -38,8 +38,8 @@ struct ExtensionOptions {
     std::function<void(std::string line)> log;
     /// A child that nobody has asked for so long is asked to go.
     std::chrono::milliseconds idleLimit = std::chrono::minutes(1);
-    /// A child that holds more while it is asked is killed, as a phone does above 30 MB. 0: no limit, as a
-    /// sanitizer alone takes more.
+    /// A child that has ever held more is killed while it is asked, as a phone does above 30 MB, and an
+    /// answer that took more is not used. 0: no limit, as a sanitizer alone takes more.
     long residentLimitKiB = isSanitized ? 0 : 30L * 1024;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -85,7 +85,7 @@ struct WidgetListing {
 /// One child. Starts with the first question; after its death or end the next question starts a new one.
 /// It runs with a clean environment and no open file but its three pipes, and dies with the host.
 /// Idle for long it is asked to go; while it is asked it is killed when it answers no ping for two
-/// seconds or when its resident memory passes the limit.
+/// seconds or when its resident memory has passed the limit.
 ///
 /// Questions may overlap; any thread. Errors (domain "ExtensionError") are one line that says how the
 /// child ended or how long it was waited for; a kind or family that there is not is a "UsageError".
@@ -110,6 +110,8 @@ public:
     int processId() const;
     /// Ends the child (SIGKILL when it does not go by itself) and reaps it.
     void end();
+    /// Ends it for good: what is asked and whatever will be asked fails at once.
+    void close();
 
 private:
     struct State;

@@ -23,7 +23,6 @@ ProcessMemory memoryOf(int processId) {
     std::ifstream status("/proc/" + std::to_string(processId) + "/status");
     for (std::string line; std::getline(status, line);) {
         if (line.starts_with("VmHWM:")) memory.peakResident = kibibytes(line);
-        if (line.starts_with("VmRSS:")) memory.resident = kibibytes(line);
         if (line.starts_with("RssAnon:")) memory.anonymous = kibibytes(line);
     }
     return memory;

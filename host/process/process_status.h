@@ -7,8 +7,7 @@ namespace host {
 /// In KiB; zeros when there is no such process.
 struct ProcessMemory {
     long peakResident = 0;
-    long resident = 0;
-    /// The part of `resident` that belongs to no file.
+    /// The part of the resident memory that belongs to no file.
     long anonymous = 0;
 };
 

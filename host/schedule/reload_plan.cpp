@@ -22,9 +22,20 @@ std::string reason(Hold hold, ReloadMode mode) {
     switch (hold) {
         case Hold::none: return "";
         case Hold::floor: return mode == ReloadMode::live ? "at least 5 s apart" : "at least 15 min apart";
-        case Hold::budget: return "budget of 60 a day is used up";
+        case Hold::budget: return "the budget of 60 a day is given out over the day";
         case Hold::backOff: return "waiting after a failure";
         case Hold::busy: return "the extension was busy";
+    }
+    return "";
+}
+
+std::string pastReason(Hold hold, ReloadMode mode) {
+    switch (hold) {
+        case Hold::none: return "";
+        case Hold::floor: return "kept " + reason(hold, mode);
+        case Hold::budget: return "had waited for its share of 60 a day";
+        case Hold::backOff: return "had waited after a failure";
+        case Hold::busy: return "had waited while the extension was busy";
     }
     return "";
 }
@@ -35,13 +46,9 @@ void ReloadPlan::ask(Asker asker, const Moment& now) {
 }
 
 void ReloadPlan::clockMoved(const Moment& now) {
-    if (lastStart_ && *lastStart_ > now.shown) lastStart_.reset();
-    while (!charged_.empty() && charged_.back() > now.shown) charged_.pop_back();
-}
-
-std::optional<Instant> ReloadPlan::budgetFrees() const {
-    if (charged_.size() < phoneBudget) return std::nullopt;
-    return charged_[charged_.size() - phoneBudget] + budgetWindow;
+    if (!lastStart_ || *lastStart_ <= now.shown) return;
+    lastStart_.reset();
+    takenUntil_.reset();
 }
 
 std::optional<NextReload> ReloadPlan::next(const Moment& now) const {
@@ -72,19 +79,16 @@ std::optional<NextReload> ReloadPlan::next(const Moment& now) const {
     };
     const std::chrono::seconds floor = mode_ == ReloadMode::live ? liveFloor : phoneFloor;
     if (lastStart_) holdUntil(*lastStart_ + floor, Hold::floor);
-    const std::optional<Instant> free = mode_ == ReloadMode::phone ? budgetFrees() : std::nullopt;
-    if (free) holdUntil(*free, Hold::budget);
+    if (mode_ == ReloadMode::phone && takenUntil_) holdUntil(*takenUntil_ - phoneSavings, Hold::budget);
     return next;
 }
 
 void ReloadPlan::start(const Moment& now) {
-    const bool isCharged = !request_ && failures_ == 0;
+    const bool isCharged = mode_ == ReloadMode::phone && !request_ && failures_ == 0;
     isRunning_ = true;
     request_.reset();
     lastStart_ = now.shown;
-    if (!isCharged) return;
-    charged_.push_back(now.shown);
-    if (charged_.size() > phoneBudget) charged_.pop_front();
+    if (isCharged) takenUntil_ = std::max(takenUntil_.value_or(now.shown), now.shown) + phoneShare;
 }
 
 void ReloadPlan::answered(const platform::TimelineReloadPolicy& policy, std::size_t entries, Instant last,

@@ -3,7 +3,6 @@
 // When one placed widget may be asked for its next timeline: the host's rules, free of clocks and threads.
 
 #include <chrono>
-#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,8 +28,10 @@ enum class Hold { none, floor, budget, backOff, busy };
 
 std::string_view description(ReloadMode mode);
 std::string_view description(Asker asker);
-/// A reason for people: "at least 5 s apart".
+/// A reason for people, while it holds: "waiting after a failure".
 std::string reason(Hold hold, ReloadMode mode);
+/// The same once it is over: "had waited after a failure".
+std::string pastReason(Hold hold, ReloadMode mode);
 
 /// One moment on two clocks: the one that the widgets see, which people may stop and set, and the real
 /// one, by which failures are counted.
@@ -55,8 +56,11 @@ class ReloadPlan {
 public:
     static constexpr std::chrono::seconds liveFloor{5};
     static constexpr std::chrono::minutes phoneFloor{15};
-    static constexpr std::size_t phoneBudget = 60;
-    static constexpr std::chrono::hours budgetWindow{24};
+    /// A phone gives the day's budget out over the day: a reload every half hour, of which those of six
+    /// hours may be saved up. So no day of 24 hours has more than 60.
+    static constexpr std::chrono::minutes phoneShare{30};
+    static constexpr std::chrono::hours phoneSavings{6};
+    static_assert((std::chrono::hours(24) + phoneSavings) / phoneShare == 60);
     /// After which a timeline of one entry that asks to be renewed at its end is renewed.
     static constexpr std::chrono::minutes singleEntryStay{15};
     static constexpr std::chrono::seconds longestBackOff{300};
@@ -73,8 +77,9 @@ public:
     void clockMoved(const Moment& now);
 
     /// Nothing while an answer is awaited, or when nobody asks. Requests of people are never held; those of
-    /// the app, of a placement and of a set clock are held by back-off alone and cost no budget. The hold
-    /// still stands there when it is over, for the ledger to tell what was waited for.
+    /// the app, of a placement and of a set clock are held by back-off alone and cost no budget; nor does
+    /// anything in live mode. The hold still stands there when it is over, for the ledger to tell what was
+    /// waited for.
     std::optional<NextReload> next(const Moment& now) const;
 
     /// The reload that `next` told begins.
@@ -90,8 +95,6 @@ public:
     int failures() const { return failures_; }
 
 private:
-    std::optional<platform::Instant> budgetFrees() const;
-
     ReloadMode mode_;
     bool isRunning_ = false;
     int failures_ = 0;
@@ -105,8 +108,8 @@ private:
     std::optional<Request> request_;
     std::optional<platform::Instant> policyDue_;
     std::optional<platform::Instant> lastStart_;
-    /// Starts that cost budget, oldest first.
-    std::deque<platform::Instant> charged_;
+    /// The end of the latest share that was taken; ahead of the time while saved ones are used.
+    std::optional<platform::Instant> takenUntil_;
 };
 
 }  // namespace host

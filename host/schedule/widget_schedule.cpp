@@ -72,12 +72,14 @@ struct WidgetSchedule::Widget {
 
 WidgetSchedule::WidgetSchedule(Surroundings surroundings, ReloadMode mode)
     : surroundings_(std::move(surroundings)), mode_(mode) {
-    for (int i = 0; i < workerCount; ++i) workers_.emplace_back([this] { work(); });
+    for (int i = 0; i < workerCount; ++i) threads_.emplace_back([this] { reloadWhatIsReady(); });
+    threads_.emplace_back([this] { showPlaceholders(); });
+    threads_.emplace_back([this] { showEntries(); });
 }
 
 WidgetSchedule::~WidgetSchedule() {
     stopAsking();
-    for (std::thread& worker : workers_) worker.join();
+    for (std::thread& thread : threads_) thread.join();
 }
 
 void WidgetSchedule::stopAsking() {
@@ -97,7 +99,7 @@ void WidgetSchedule::place(int id, std::string kind, platform::WidgetFamily fami
         widget->plan.ask(Asker::placement, now());
         widgets_.emplace(id, widget);
     }
-    wake_.notify_one();
+    wake_.notify_all();
 }
 
 void WidgetSchedule::remove(int id) {
@@ -124,7 +126,7 @@ void WidgetSchedule::reload(int id, Asker asker) {
         const auto found = widgets_.find(id);
         if (found != widgets_.end()) found->second->plan.ask(asker, now());
     }
-    wake_.notify_one();
+    wake_.notify_all();
 }
 
 void WidgetSchedule::forget(std::string_view kind) {
@@ -218,57 +220,118 @@ WidgetState WidgetSchedule::stateOf(const Widget& widget) const {
             .lastError = widget.lastError};
 }
 
-void WidgetSchedule::work() {
+class WidgetSchedule::Pause {
+public:
+    Pause(const Moment& now, double clockRate) : now_(now), clockRate_(clockRate) {}
+
+    /// Absent: until something happens.
+    std::optional<std::chrono::nanoseconds> duration() const { return duration_; }
+
+    void untilShown(platform::Instant moment) {
+        if (clockRate_ <= 0.0) return;
+        const auto rest = static_cast<double>((moment - now_.shown).count()) / clockRate_;
+        add(std::chrono::nanoseconds(static_cast<long long>(rest)));
+    }
+    void until(const Moment& moment) {
+        if (moment.shown > now_.shown) {
+            untilShown(moment.shown);
+        } else {
+            add(moment.real - now_.real);
+        }
+    }
+
+private:
+    void add(std::chrono::nanoseconds duration) {
+        // A moment that is a little late does no harm, a thread that wakes too often does.
+        const auto bounded = std::clamp<std::chrono::nanoseconds>(duration, std::chrono::milliseconds(1),
+                                                                  std::chrono::hours(1));
+        duration_ = std::min(duration_.value_or(bounded), bounded);
+    }
+
+    Moment now_;
+    double clockRate_;
+    std::optional<std::chrono::nanoseconds> duration_;
+};
+
+void WidgetSchedule::wait(std::unique_lock<std::mutex>& lock, const Pause& pause) {
+    if (pause.duration()) {
+        wake_.wait_for(lock, *pause.duration());
+    } else {
+        wake_.wait(lock);
+    }
+}
+
+void WidgetSchedule::reloadWhatIsReady() {
     std::unique_lock lock(mutex_);
     while (!isEnding_) {
-        std::optional<std::chrono::nanoseconds> pause;
-        const std::shared_ptr<Widget> widget = nextWork(now(), pause);
-        if (!justChanged_.empty()) {
-            tellOfChanges(lock);
-        } else if (widget) {
-            ++busyWorkers_;
-            reload(widget, lock);
-            if (busyWorkers_-- == workerCount) cameFree_ = now();
-        } else if (pause) {
-            wake_.wait_for(lock, *pause);
+        const Moment moment = now();
+        Pause pause(moment, clockRate_);
+        const std::shared_ptr<Widget> widget = nextReload(moment, pause);
+        if (!widget) {
+            wait(lock, pause);
+            continue;
+        }
+        ++busyWorkers_;
+        reload(widget, lock);
+        if (busyWorkers_-- == workerCount) cameFree_ = now();
+    }
+}
+
+void WidgetSchedule::showPlaceholders() {
+    std::unique_lock lock(mutex_);
+    while (!isEnding_) {
+        const std::shared_ptr<Widget> widget = nextWithoutPicture();
+        if (widget) {
+            showPlaceholder(widget, lock);
         } else {
             wake_.wait(lock);
         }
     }
 }
 
-void WidgetSchedule::tellOfChanges(std::unique_lock<std::mutex>& lock) {
-    const std::vector<int> changed = std::exchange(justChanged_, {});
-    lock.unlock();
-    for (const int id : changed) surroundings_.changed(id);
-    lock.lock();
+void WidgetSchedule::showEntries() {
+    std::unique_lock lock(mutex_);
+    while (!isEnding_) {
+        const Moment moment = now();
+        Pause pause(moment, clockRate_);
+        std::vector<int> changed;
+        for (const auto& [id, widget] : widgets_) {
+            if (showEntryOf(*widget, moment)) changed.push_back(id);
+            if (const auto entry = widget->nextEntryAfter(moment.shown)) pause.untilShown(*entry);
+        }
+        if (changed.empty()) {
+            wait(lock, pause);
+            continue;
+        }
+        lock.unlock();
+        for (const int id : changed) surroundings_.changed(id);
+        lock.lock();
+    }
 }
 
-std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextWork(
-    const Moment& now, std::optional<std::chrono::nanoseconds>& pause) {
-    const auto wait = [&pause](std::chrono::nanoseconds duration) {
-        // A moment that is a little late does no harm, a worker that wakes too often does.
-        const auto bounded = std::clamp<std::chrono::nanoseconds>(duration, std::chrono::milliseconds(1),
-                                                                  std::chrono::hours(1));
-        if (!pause || bounded < *pause) pause = bounded;
-    };
-    const auto waitForShown = [&](platform::Instant moment) {
-        if (clockRate_ <= 0.0) return;
-        wait(std::chrono::nanoseconds(
-            static_cast<long long>(static_cast<double>((moment - now.shown).count()) / clockRate_)));
-    };
+std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextReload(const Moment& now, Pause& pause) {
+    std::shared_ptr<Widget> first;
+    std::pair<platform::Instant, std::chrono::steady_clock::time_point> firstDue;
     for (const auto& [id, widget] : widgets_) {
-        showEntryOf(*widget, now);
-        if (const auto entry = widget->nextEntryAfter(now.shown)) waitForShown(*entry);
         const std::optional<NextReload> next = widget->plan.next(now);
         if (!next) continue;
-        if (next->isReady(now)) return widget;
-        noteHold(*widget, *next, now);
-        if (next->at.shown > now.shown) {
-            waitForShown(next->at.shown);
-        } else {
-            wait(next->at.real - now.real);
+        if (!next->isReady(now)) {
+            noteHold(*widget, *next, now);
+            pause.until(next->at);
+            continue;
         }
+        // The real clock tells those apart that became due while the shown one stood still.
+        const std::pair due{next->due, next->at.real};
+        if (first && due >= firstDue) continue;
+        first = widget;
+        firstDue = due;
+    }
+    return first;
+}
+
+std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextWithoutPicture() const {
+    for (const auto& [id, widget] : widgets_) {
+        if (widget->needsPlaceholder && !widget->picture) return widget;
     }
     return nullptr;
 }
@@ -292,10 +355,10 @@ void WidgetSchedule::noteHold(Widget& widget, const NextReload& next, const Mome
                               .reason = reason(next.hold, mode_) + "; " + endOfHold(next, now)});
 }
 
-void WidgetSchedule::showEntryOf(Widget& widget, const Moment& now) {
+bool WidgetSchedule::showEntryOf(Widget& widget, const Moment& now) {
     const AnsweredEntry* entry = widget.entryAt(now.shown);
-    if (entry == nullptr || (widget.picture && widget.picture->entryDate == entry->date)) return;
-    if (show(widget, *entry, false)) justChanged_.push_back(widget.id);
+    if (entry == nullptr || (widget.picture && widget.picture->entryDate == entry->date)) return false;
+    return show(widget, *entry, false);
 }
 
 bool WidgetSchedule::show(Widget& widget, const AnsweredEntry& entry, bool isPlaceholder) {
@@ -326,7 +389,9 @@ void WidgetSchedule::showPlaceholder(const std::shared_ptr<Widget>& widget,
                                                      .wantsViews = true},
                                                     placeholderLimit);
     lock.lock();
-    if (generation != widget->generation || widget->picture || !answer || answer->entries.empty()) return;
+    if (generation != widget->generation || widget->isRemoved || widget->picture || !answer ||
+        answer->entries.empty())
+        return;
     if (!show(*widget, answer->entries.front(), true)) return;
     lock.unlock();
     surroundings_.changed(widget->id);
@@ -340,16 +405,13 @@ void WidgetSchedule::reload(const std::shared_ptr<Widget>& widget, std::unique_l
     widget->notedHold.reset();
     const int generation = widget->generation;
     const Hold hold = holdOf(next);
-    const std::uint64_t number = surroundings_.ledger.add(
-        {.widget = widget->id,
-         .kind = widget->kind,
-         .family = widget->family,
-         .asker = next.asker,
-         .due = next.due,
-         .decided = start.shown,
-         .reason = hold == Hold::none ? "" : "held until now: " + reason(hold, mode_)});
-    if (widget->needsPlaceholder) showPlaceholder(widget, lock);
-    if (isEnding_) return;
+    const std::uint64_t number = surroundings_.ledger.add({.widget = widget->id,
+                                                           .kind = widget->kind,
+                                                           .family = widget->family,
+                                                           .asker = next.asker,
+                                                           .due = next.due,
+                                                           .decided = start.shown,
+                                                           .reason = pastReason(hold, mode_)});
     lock.unlock();
     surroundings_.changed(widget->id);
     const auto answer = surroundings_.extension.ask({.kind = widget->kind,
@@ -384,6 +446,7 @@ void WidgetSchedule::reload(const std::shared_ptr<Widget>& widget, std::unique_l
     surroundings_.ledger.finish(number, result, std::move(trouble), millisecondsSince(start.real), peak);
     const bool isRemoved = widget->isRemoved;
     lock.unlock();
+    wake_.notify_all();
     if (!isRemoved) surroundings_.changed(widget->id);
     lock.lock();
 }

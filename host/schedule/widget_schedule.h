@@ -46,7 +46,8 @@ struct WidgetState {
     std::string lastError;
 };
 
-/// Asks on a few threads of its own. Any thread may call it; `changed` is called on one of its threads,
+/// Asks on threads of its own: placeholders and entries that become due never wait for a timeline. Any
+/// thread may call it; `changed` is called on one of its threads,
 /// without any lock, whenever a widget's state is another.
 class WidgetSchedule {
 public:
@@ -60,7 +61,6 @@ public:
     };
 
     static constexpr std::chrono::seconds placeholderLimit{2};
-    static constexpr std::chrono::seconds snapshotLimit{10};
     static constexpr std::chrono::seconds timelineLimit{30};
 
     /// All that it is given must outlive it.
@@ -100,13 +100,20 @@ private:
     using Widgets = std::map<int, std::shared_ptr<Widget>>;
 
     Moment now() const;
-    void work();
-    /// The next widget with something to do; otherwise how long to wait for one.
-    std::shared_ptr<Widget> nextWork(const Moment& now, std::optional<std::chrono::nanoseconds>& pause);
-    void tellOfChanges(std::unique_lock<std::mutex>& lock);
+    // What the threads do until the end.
+    void reloadWhatIsReady();
+    void showPlaceholders();
+    void showEntries();
+
+    /// How long to wait for the earliest of several moments; absent while there is none.
+    class Pause;
+    void wait(std::unique_lock<std::mutex>& lock, const Pause& pause);
+    /// The widget that has been ready for longest.
+    std::shared_ptr<Widget> nextReload(const Moment& now, Pause& pause);
+    std::shared_ptr<Widget> nextWithoutPicture() const;
     Hold holdOf(const NextReload& next) const;
     void noteHold(Widget& widget, const NextReload& next, const Moment& now);
-    void showEntryOf(Widget& widget, const Moment& now);
+    bool showEntryOf(Widget& widget, const Moment& now);
     void reload(const std::shared_ptr<Widget>& widget, std::unique_lock<std::mutex>& lock);
     void showPlaceholder(const std::shared_ptr<Widget>& widget, std::unique_lock<std::mutex>& lock);
     bool show(Widget& widget, const AnsweredEntry& entry, bool isPlaceholder);
@@ -123,9 +130,7 @@ private:
     /// When a worker last came back while all of them were out: what was ready then had to wait for it.
     std::optional<Moment> cameFree_;
     Widgets widgets_;
-    /// Widgets that show another entry and whose followers are yet to be told.
-    std::vector<int> justChanged_;
-    std::vector<std::thread> workers_;
+    std::vector<std::thread> threads_;
 };
 
 /// The tree as text, to tell whether two look alike; pictures stand in it by a hash of their bytes.

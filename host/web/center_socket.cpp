@@ -1,6 +1,7 @@
 #include "host/web/center_socket.h"
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -25,6 +26,16 @@ bool prepareFolder(const std::filesystem::path& folder) {
            (status.st_mode & 0077) == 0;
 }
 
+/// The file stays behind: whoever removed it might let two others each lock a file of that name.
+platform::Result<FileDescriptor> lockBeside(std::filesystem::path path) {
+    path.replace_extension(".lock");
+    FileDescriptor lock(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!lock.isOpen()) return socketError("cannot open " + path.string());
+    if (::flock(lock.number(), LOCK_EX | LOCK_NB) != 0)
+        return socketError("a home screen of this data directory is running already");
+    return lock;
+}
+
 bool isOurs(int connection) {
     ucred peer{};
     socklen_t size = sizeof peer;
@@ -42,8 +53,8 @@ platform::Result<std::unique_ptr<CenterSocket>> CenterSocket::open(const std::fi
     std::memcpy(address.sun_path, path.c_str(), path.native().size());
     if (!prepareFolder(path.parent_path()))
         return socketError(path.parent_path().string() + " is not ours alone");
-    if (platform::askHost(path, "placed", std::chrono::seconds(2)))
-        return socketError("a home screen of this data directory is running already");
+    auto lock = lockBeside(path);
+    if (!lock) return tl::unexpected(lock.error());
     ::unlink(path.c_str());
 
     const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -56,12 +67,13 @@ platform::Result<std::unique_ptr<CenterSocket>> CenterSocket::open(const std::fi
         return socketError("cannot listen at " + path.string());
     }
     return std::unique_ptr<CenterSocket>(
-        new CenterSocket(path, listener, wake[0], wake[1], std::move(answer)));
+        new CenterSocket(path, std::move(*lock), listener, wake[0], wake[1], std::move(answer)));
 }
 
-CenterSocket::CenterSocket(std::filesystem::path path, int listener, int wakeReader, int wakeWriter,
-                           Answer answer)
+CenterSocket::CenterSocket(std::filesystem::path path, FileDescriptor lock, int listener, int wakeReader,
+                           int wakeWriter, Answer answer)
     : path_(std::move(path)),
+      lock_(std::move(lock)),
       listener_(listener),
       wakeReader_(wakeReader),
       wakeWriter_(wakeWriter),

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include "host/process/file_descriptor.h"
 #include "platform/base/result.h"
 
 namespace host {
@@ -19,7 +20,8 @@ public:
     using Answer = std::function<std::string(std::string_view question)>;
 
     /// Listens at `path` (mode 0600, in a folder of mode 0700 that is ours). Fails (domain
-    /// "WidgetCenterError") when another host listens there.
+    /// "WidgetCenterError") when another host has this socket: it holds a locked file beside it until its
+    /// end.
     static platform::Result<std::unique_ptr<CenterSocket>> open(const std::filesystem::path& path,
                                                                 Answer answer);
     ~CenterSocket();
@@ -27,10 +29,12 @@ public:
     CenterSocket& operator=(const CenterSocket&) = delete;
 
 private:
-    CenterSocket(std::filesystem::path path, int listener, int wakeReader, int wakeWriter, Answer answer);
+    CenterSocket(std::filesystem::path path, FileDescriptor lock, int listener, int wakeReader,
+                 int wakeWriter, Answer answer);
     void serve();
 
     std::filesystem::path path_;
+    FileDescriptor lock_;
     int listener_;
     int wakeReader_;
     int wakeWriter_;

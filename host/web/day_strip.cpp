@@ -31,19 +31,29 @@ std::map<Instant, std::string> changesOf(Instant start, Instant end, const platf
 
 class Row {
 public:
-    Row(ExtensionProcess& extension, DayRow& row) : extension_(extension), row_(row) {}
+    using SteadyTime = std::chrono::steady_clock::time_point;
+
+    Row(ExtensionProcess& extension, DayRow& row, SteadyTime end)
+        : extension_(extension), row_(row), end_(end) {}
 
     void ask(Instant moment, const std::string& cause) {
+        if (restOfTime() <= 0ms) {
+            row_.error = tooSlow;
+            return;
+        }
         const Moment now = momentAt(moment);
         // A phone would not ask at a change; that we do must cost the row no budget.
         if (cause != "policy") plan_.ask(Asker::clock, now);
         plan_.start(now);
         ++row_.questions;
         static_cast<void>(extension_.setClock(moment, 0.0));
-        const auto answer = extension_.ask({.kind = row_.kind, .family = row_.family, .wantsViews = true},
-                                           WidgetSchedule::timelineLimit);
+        const auto answer =
+            extension_.ask({.kind = row_.kind, .family = row_.family, .wantsViews = true},
+                           std::min<std::chrono::milliseconds>(restOfTime(), WidgetSchedule::timelineLimit));
         if (!answer || answer->entries.empty() || !answer->entries.front().view) {
-            row_.error = answer ? "the timeline has no entry" : answer.error().message;
+            row_.error = restOfTime() <= 0ms ? tooSlow
+                         : answer            ? "the timeline has no entry"
+                                             : answer.error().message;
             return;
         }
         const auto last = std::ranges::max(answer->entries, {}, &AnsweredEntry::date).date;
@@ -58,7 +68,13 @@ public:
     }
 
 private:
-    static Moment momentAt(Instant moment) { return {moment, std::chrono::steady_clock::time_point()}; }
+    static constexpr const char* tooSlow = "the extension is too slow to ask it through a whole day";
+
+    std::chrono::milliseconds restOfTime() const {
+        return std::chrono::ceil<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
+    }
+
+    static Moment momentAt(Instant moment) { return {moment, SteadyTime()}; }
 
     void add(const AnsweredEntry& entry, Instant from, const std::string& cause) {
         if (!entry.view) return;
@@ -70,6 +86,7 @@ private:
 
     ExtensionProcess& extension_;
     DayRow& row_;
+    SteadyTime end_;
     ReloadPlan plan_{ReloadMode::phone};
     std::string visible_;
 };
@@ -77,7 +94,9 @@ private:
 }  // namespace
 
 std::vector<DayRow> lookThroughDay(ExtensionProcess& extension, const std::vector<WidgetListing>& gallery,
-                                   Instant day, const platform::Calendar& calendar) {
+                                   Instant day, const platform::Calendar& calendar,
+                                   std::chrono::milliseconds limit) {
+    const auto last = std::chrono::steady_clock::now() + limit;
     const Instant start = calendar.startOfDay(day).value_or(std::chrono::floor<std::chrono::days>(day));
     const Instant end = calendar.startOfDay(start + 36h).value_or(start + 24h);
     std::vector<DayRow> rows;
@@ -85,7 +104,7 @@ std::vector<DayRow> lookThroughDay(ExtensionProcess& extension, const std::vecto
         for (const platform::WidgetFamily family : widget.families) {
             DayRow& row =
                 rows.emplace_back(DayRow{.kind = widget.kind, .family = family, .looks = {}, .error = {}});
-            Row asker(extension, row);
+            Row asker(extension, row, last);
             auto changes = changesOf(start, end, calendar);
             Instant now = start;
             std::string cause = "policy";

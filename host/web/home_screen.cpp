@@ -72,6 +72,8 @@ HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> paint
         ExtensionOptions{.program = options_.extensionProgram,
                          .arguments = options_.extensionArguments,
                          .log = [this](std::string line) { noteLog(std::move(line)); }});
+    dayExtension_ = std::make_unique<ExtensionProcess>(ExtensionOptions{
+        .program = options_.extensionProgram, .arguments = options_.extensionArguments, .log = {}});
     schedule_ = std::make_unique<WidgetSchedule>(
         WidgetSchedule::Surroundings{*extension_, studio_, clock_, ledger_, [this](int) { changed(); }},
         ReloadMode::live);
@@ -80,12 +82,16 @@ HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> paint
 
 HomeScreen::~HomeScreen() {
     whenChanged(nullptr);
-    // Answers under way end with the child rather than after their limits.
-    schedule_->stopAsking();
-    extension_->end();
+    stop();
     schedule_.reset();
     std::error_code ignored;
     std::filesystem::remove(options_.infoPlist, ignored);
+}
+
+void HomeScreen::stop() {
+    schedule_->stopAsking();
+    extension_->close();
+    dayExtension_->close();
 }
 
 void HomeScreen::whenChanged(std::function<void()> listener) {
@@ -100,6 +106,7 @@ void HomeScreen::changed() {
 
 void HomeScreen::noteLog(std::string line) {
     const std::lock_guard lock(mutex_);
+    if (options_.log) options_.log(line);
     log_.push_back(platform::formatInstant(clock_.now()) + "  " + std::move(line));
     if (log_.size() > longestLog) log_.pop_front();
 }

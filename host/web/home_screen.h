@@ -37,6 +37,8 @@ struct HomeScreenOptions {
     std::filesystem::path resources;
     /// Of the demo service; absent when the extension calls another one.
     std::optional<std::string> demoOrigin;
+    /// Takes every line of the log that the inspector shows; any thread, one at a time. May be empty.
+    std::function<void(std::string_view line)> log = {};
 };
 
 /// Any thread. Texts that the page is told never hold a token, a user id or a portfolio address.
@@ -47,6 +49,9 @@ public:
     ~HomeScreen();
     HomeScreen(const HomeScreen&) = delete;
     HomeScreen& operator=(const HomeScreen&) = delete;
+
+    /// Asks the extension nothing any more: whoever waits for it is answered at once. For the end.
+    void stop();
 
     /// Called whenever the state may be another, perhaps on several threads at once. The former listener is
     /// not called any more once this returns; not to be called by a listener.
@@ -60,12 +65,12 @@ public:
     std::optional<std::string> inspectionText(int id);
     /// PNG of a widget as it stands.
     platform::Result<std::string> picture(int id, int scale);
-    /// PNG of a widget of the gallery, by a snapshot or, when that fails, the placeholder.
+    /// PNG of a widget of the gallery, by a snapshot or, when that fails or takes long, the placeholder.
     platform::Result<std::string> preview(const std::string& kind, platform::WidgetFamily family, int scale);
     /// Kinds, users and assets to choose from, as JSON text; they stay the same.
     std::string choicesText() const;
     /// What each kind would show through a day by the phone's rules, as JSON text, with pictures by their
-    /// numbers. Takes seconds; one at a time.
+    /// numbers. Takes seconds, at most half a minute; one at a time.
     std::string dayText();
     /// PNG of that number of the latest day.
     std::optional<std::string> dayPicture(std::size_t number) const;
@@ -141,6 +146,8 @@ private:
     Ledger ledger_;
     PictureStudio studio_;
     std::unique_ptr<ExtensionProcess> extension_;
+    /// Asked for days only, as its clock travels.
+    std::unique_ptr<ExtensionProcess> dayExtension_;
     std::unique_ptr<WidgetSchedule> schedule_;
 };
 

@@ -13,6 +13,10 @@ using nlohmann::ordered_json;
 using platform::Result;
 using platform::WidgetFamily;
 
+/// Somebody leafs through the gallery and waits for its pictures.
+constexpr std::chrono::seconds previewLimit{1};
+constexpr std::chrono::seconds dayLimit{20};
+
 }  // namespace
 
 Result<std::string> HomeScreen::picture(int id, int scale) {
@@ -27,7 +31,7 @@ Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily fa
                                  .request = EntryRequest::snapshot,
                                  .isPreview = true,
                                  .wantsViews = true};
-    auto answer = extension_->ask(question, WidgetSchedule::snapshotLimit);
+    auto answer = extension_->ask(question, previewLimit);
     const bool isRedacted = !answer;
     if (!answer) {
         EntryQuestion simple = question;
@@ -41,9 +45,8 @@ Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily fa
 
 std::string HomeScreen::dayText() {
     const std::lock_guard one(dayMutex_);
-    ExtensionProcess extension(
-        {.program = options_.extensionProgram, .arguments = options_.extensionArguments, .log = {}});
-    const auto rows = lookThroughDay(extension, gallery_, clock_.now(), runtime_->calendar());
+    const auto rows = lookThroughDay(*dayExtension_, gallery_, clock_.now(), runtime_->calendar(), dayLimit);
+    dayExtension_->end();
     std::vector<std::string> pictures;
     ordered_json list = ordered_json::array();
     for (const DayRow& row : rows) {

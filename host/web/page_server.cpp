@@ -49,6 +49,8 @@ Response pngOf(const platform::Result<std::string>& png) {
     return {.contentType = "image/png", .body = Bytes(*png)};
 }
 
+Response later(std::function<Response()> make) { return {.later = std::move(make)}; }
+
 template <typename Number>
 std::optional<Number> numberOf(std::string_view text) {
     Number number{};
@@ -83,6 +85,7 @@ Response fileResponse(const std::filesystem::path& file, std::string_view type) 
 }
 
 Response withWalls(Response response) {
+    if (response.later) return {.later = [make = std::move(response.later)] { return withWalls(make()); }};
     response.headers.emplace_back(
         "Content-Security-Policy",
         "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
@@ -202,7 +205,7 @@ Response PageServer::get(const Request& request) {
     if (path == "/events") return events();
     if (path == "/state") return jsonText(home_.stateText());
     if (path == "/choices") return jsonText(home_.choicesText());
-    if (path == "/day") return jsonText(home_.dayText());
+    if (path == "/day") return later([this] { return jsonText(home_.dayText()); });
     if (path == "/ledger") {
         const auto after = numberOf<std::uint64_t>(serving::queryValue(request.query, "after").value_or("0"));
         return jsonText(home_.ledgerText(after.value_or(0)));
@@ -219,8 +222,11 @@ Response PageServer::get(const Request& request) {
         return picture ? pngOf(*picture) : plain(404, "there is no such picture\n");
     }
     const auto family = platform::widgetFamily(path.substr(slash + 1));
-    if (path.starts_with("/preview/") && family && slash > 9)
-        return pngOf(home_.preview(std::string(path.substr(9, slash - 9)), *family, scaleOf(request)));
+    if (path.starts_with("/preview/") && family && slash > 9) {
+        return later([this, kind = std::string(path.substr(9, slash - 9)), family, scale = scaleOf(request)] {
+            return pngOf(home_.preview(kind, *family, scale));
+        });
+    }
     return plain(404, "nothing here\n");
 }
 

@@ -70,6 +70,8 @@ int runHomeScreen(const RunOptions& options) {
                                   .infoPlist = *child.infoPlist,
                                   .resources = resources,
                                   .demoOrigin = demo ? std::optional(demo->origin()) : std::nullopt};
+    if (options.process.isVerbose)
+        homeOptions.log = [](std::string_view line) { std::cerr << std::string(line) + '\n'; };
     auto home = HomeScreen::start(std::move(homeOptions));
     if (!home) return fail(home.error());
     auto page = PageServer::start(**home, options.port, resources / "web");
@@ -80,6 +82,8 @@ int runHomeScreen(const RunOptions& options) {
     }
     std::cout << (*page)->address() << '\n' << std::flush;
     waitForEnd(signals, options.duration);
+    // The page waits for its handlers, and they wait for the extension.
+    (*home)->stop();
     const std::lock_guard lock(mutex);
     answering = nullptr;
     return 0;

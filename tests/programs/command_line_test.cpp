@@ -185,7 +185,8 @@ TEST_F(CommandLineTest, WrongUsageIsExitCode2AndOneLine) {
                               "store set k date today",
                               "store set k plist '<plist>'",
                               "call ClockApp wind",
-                              "call KeyConstants"}) {
+                              "call KeyConstants",
+                              "why ClockWidget"}) {
         const Outcome outcome = run(words);
         EXPECT_EQ(outcome.exitCode, 2) << words;
         EXPECT_THAT(outcome.output, IsEmpty()) << words;
@@ -281,6 +282,13 @@ TEST_F(CommandLineTest, OperationsOfTheAppAreCalledOneByOneOrLineByLineInOneProc
     EXPECT_EQ(lines.exitCode, 2);
     EXPECT_EQ(lines.output, "\"group.shareWithTodayExtension\"\n");
     EXPECT_THAT(lines.complaint, StartsWith("brightledger: line 3: "));
+}
+
+TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndTellsWhatHappensWhenAsked) {
+    const Outcome outcome = run("run --for 1 --verbose");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.output, MatchesRegex("http://127.0.0.1:[0-9]+/.token=[0-9a-f]+\n"));
+    EXPECT_THAT(outcome.complaint, HasSubstr("debug: "));
 }
 
 TEST_F(CommandLineTest, AUserIsSignedInAndOutAndTheirRowsGoWithThem) {

@@ -5,6 +5,8 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
+#include <deque>
+#include <future>
 #include <thread>
 
 namespace serving {
@@ -154,6 +156,26 @@ TEST(HttpServer, EndsAtOnceWhileReadersAreConnected) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
     EXPECT_EQ(client.read(), "");
     stream->send("late", "nobody hears it");
+}
+
+TEST(HttpServer, AnswersOthersWhileWhatTakesLongIsUnderWay) {
+    std::promise<void> release;
+    const auto server = serverWith([&, held = release.get_future().share()](const Request& request) {
+        if (request.path != "/slow") return echo(request);
+        return Response{.later = [held] {
+            held.wait();
+            return Response{.status = 202};
+        }};
+    });
+    std::deque<Client> slow;
+    for (int i = 0; i < 10; ++i) {
+        slow.emplace_back(*server).send("GET /slow HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+    }
+    Client quick(*server);
+    quick.send("GET /quick HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+    EXPECT_THAT(quick.read(), StartsWith("HTTP/1.1 200"));
+    release.set_value();
+    for (Client& client : slow) EXPECT_THAT(client.read(), StartsWith("HTTP/1.1 202"));
 }
 
 TEST(HttpServer, SaysThatAPortIsTaken) {

@@ -273,19 +273,25 @@ struct BadSpeaker {
     const char* complaint;
 };
 
-TEST(ExtensionProcess, AChildThatSpeaksAnotherLanguageIsEnded) {
+TEST(ExtensionProcess, AChildThatBehavesBadlyIsEndedAndNotBelieved) {
     const BadSpeaker speakers[] = {
         {"printf '\\377\\377\\377\\377\\377'; sleep 60", "the extension sent what is no message"},
         {"printf '\\002\\377\\377'; sleep 60", "the extension sent what is no message"},
         {"printf '\\004\\022\\002\\010\\007'; sleep 60", "the extension speaks another version"},
         {"exec >&- <&-; sleep 60", "the extension closed its output"},
+        {"printf '\\004\\022\\002\\010\\001'; x=$(head -c 40000000 /dev/zero | tr '\\0' x); x=; "
+         "printf '\\004\\010\\001\\052\\000'; sleep 60",
+         "the extension's memory passed 30 MB"},
         {"exit 7", "the extension ended with exit code 7"},
         {"kill -SEGV $$", "the extension was ended by signal 11 (SIGSEGV)"},
         {"echo fatal error: broken >&2; kill -ABRT $$",
          "the extension was ended by signal 6 (SIGABRT): broken"},
     };
     for (const BadSpeaker& speaker : speakers) {
-        ExtensionProcess extension({.program = "/bin/sh", .arguments = {"-c", speaker.script}, .log = {}});
+        ExtensionProcess extension({.program = "/bin/sh",
+                                    .arguments = {"-c", speaker.script},
+                                    .log = {},
+                                    .residentLimitKiB = 30L * 1024});
         const auto answer = extension.ping(patience);
         ASSERT_FALSE(answer) << speaker.script;
         EXPECT_EQ(answer.error().message, speaker.complaint) << speaker.script;
@@ -310,6 +316,9 @@ TEST(ExtensionProcess, ItsEndFailsWhatIsStillAskedAndLeavesNothing) {
     ASSERT_FALSE(ended);
     EXPECT_THAT(ended.error().message, StartsWith("the extension was ended"));
     EXPECT_TRUE(hasNoChild());
+    extension.close();
+    EXPECT_FALSE(extension.ping(patience));
+    EXPECT_EQ(extension.processId(), 0);
 }
 
 }  // namespace

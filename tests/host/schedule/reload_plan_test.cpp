@@ -50,8 +50,14 @@ TEST(ReloadPlan, LiveHonoursTheAskedDateButForTheFloor) {
     }
 }
 
-TEST(ReloadPlan, PhoneKeepsFifteenMinutesApartAndSixtyADay) {
-    Desk desk(ReloadMode::phone);
+TEST(ReloadPlan, PhoneKeepsFifteenMinutesApartAndGivesSixtyADayOutOverTheDay) {
+    Desk desk(ReloadMode::live);
+    for (int i = 0; i < 100; ++i) {
+        desk.reload(30s);
+        desk.pass(30s);
+    }
+    desk.plan.setMode(ReloadMode::phone);  // what was granted before cost nothing
+    desk.pass(15min);
     desk.reload(30s);
     EXPECT_EQ(desk.wait(), 15 * 60);
     EXPECT_EQ(desk.hold(), Hold::floor);
@@ -63,9 +69,8 @@ TEST(ReloadPlan, PhoneKeepsFifteenMinutesApartAndSixtyADay) {
         if (desk.now.shown >= start + 24h) break;
         desk.reload(30s);
         ++reloads;
-        if (reloads == 60) {
-            EXPECT_EQ(desk.hold(), Hold::budget);
-        }
+        EXPECT_EQ(desk.hold(), reloads <= 24 ? Hold::floor : Hold::budget) << reloads;
+        EXPECT_LE(desk.wait(), 30 * 60) << reloads;
     }
     EXPECT_EQ(reloads, 60);
     EXPECT_EQ(desk.now.shown, start + 24h);

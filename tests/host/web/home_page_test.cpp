@@ -8,9 +8,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <future>
 #include <nlohmann/json.hpp>
 #include <thread>
 #include "host/web/center_socket.h"
+#include "host/web/day_strip.h"
 #include "host/web/deep_link.h"
 #include "host/web/demo_child.h"
 #include "host/web/home_screen.h"
@@ -104,15 +106,17 @@ TEST(CenterSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
     EXPECT_THAT(platform::askHost(path, "placed", 1s).error().message, HasSubstr("no widget host"));
     {
         const auto socket = CenterSocket::open(path, [](std::string_view question) {
-            return question == "bad" ? std::string("error\nno") : "ok\n" + std::string(question.size(), 'x');
+            return question.size() < 9 ? std::string("error\nno")
+                                       : "ok\n" + std::string(question.size(), 'x');
         });
         ASSERT_TRUE(socket) << socket.error().message;
         struct stat status{};
         ::stat(path.c_str(), &status);
         EXPECT_EQ(status.st_mode & 0777, 0600U);
         EXPECT_EQ(platform::askHost(path, std::string(300000, 'q'), 5s)->size(), 300000U);
-        EXPECT_EQ(platform::askHost(path, "bad", 1s).error().message, "no");
+        // However it answers: a host that is starting knows nothing yet.
         EXPECT_THAT(CenterSocket::open(path, {}).error().message, HasSubstr("running already"));
+        EXPECT_EQ(platform::askHost(path, "bad", 1s).error().message, "no");
     }
     EXPECT_FALSE(platform::askHost(path, "placed", 1s));
     ASSERT_EQ(::chmod(path.parent_path().c_str(), 0777), 0);
@@ -270,6 +274,36 @@ TEST(HomePage, ShowsTheWidgetsAndDoesWhatThePhoneAppWould) {
     EXPECT_FALSE(house.home->act({{"action", "assets"}, {"keys", {"nonsense"}}}));
     EXPECT_FALSE(house.home->act({{"action", "place"}, {"kind", "NewsWidget"}, {"family", "systemSmall"}}));
     EXPECT_FALSE(house.home->act({{"action", "unknown"}}));
+}
+
+TEST(HomePage, LetsNobodyWaitForASlowService) {
+    const Folder folder;
+    const House house(folder.path());
+    house.waitFor(areAllShown);
+    ASSERT_TRUE(house.home->act({{"action", "fault"}, {"fault", "slow"}}));
+    ASSERT_TRUE(house.home->act({{"action", "place"}, {"kind", "PerchWidget"}, {"family", "systemLarge"}}));
+    // Its placeholder is there while its timeline is not even asked for.
+    const json state =
+        house.waitFor([](const json& now) { return !now["widgets"].back()["picture"].is_null(); });
+    EXPECT_EQ(state["widgets"].back()["picture"]["isPlaceholder"], true);
+    EXPECT_EQ(state["widgets"].back()["isRunning"], false);
+
+    // The end of the home screen ends a day that is being computed.
+    auto day = std::async(std::launch::async, [&] { return house.home->dayText(); });
+    house.home->stop();
+    EXPECT_THAT(day.get(), HasSubstr("the extension was ended"));
+}
+
+TEST(DayStrip, EndsWhenItsTimeIsUpAndSaysSo) {
+    ExtensionProcess extension({.program = "/bin/sleep", .arguments = {"60"}, .log = {}});
+    const std::vector<WidgetListing> gallery{
+        {"NewsWidget", "", "", {WidgetFamily::systemLarge}},
+        {"PerchWidget", "", "", {WidgetFamily::systemSmall, WidgetFamily::systemLarge}}};
+    const auto rows = lookThroughDay(extension, gallery, *platform::parseInstant("2026-11-22T09:00:00Z"),
+                                     platform::Calendar({"Asia/Kolkata"}), 200ms);
+    ASSERT_EQ(rows.size(), 3U);
+    for (const DayRow& row : rows) EXPECT_THAT(row.error, HasSubstr("too slow"));
+    EXPECT_EQ(rows[0].questions + rows[1].questions + rows[2].questions, 1);
 }
 
 TEST(HomePage, KeepsThePicturesWhenTheExtensionIsKilledAndSaysWhatHappened) {
