@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t largestBacklog = 1U << 20;
 constexpr int workerCount = 4;
-constexpr int slowWorkerCount = 3;
+constexpr int slowWorkerCount = 8;
 constexpr auto quiet = asio::as_tuple(asio::use_awaitable);
 
 using BodyParser = http::request_parser<http::string_body>;

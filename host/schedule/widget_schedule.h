@@ -47,8 +47,8 @@ struct WidgetState {
 };
 
 /// Asks on threads of its own: placeholders and entries that become due never wait for a timeline. Any
-/// thread may call it; `changed` is called on one of its threads,
-/// without any lock, whenever a widget's state is another.
+/// thread may call it; `changed` is called on one of its threads, without any lock, whenever a widget's
+/// state is another.
 class WidgetSchedule {
 public:
     struct Surroundings {
@@ -61,6 +61,7 @@ public:
     };
 
     static constexpr std::chrono::seconds placeholderLimit{2};
+    static constexpr std::chrono::seconds snapshotLimit{10};
     static constexpr std::chrono::seconds timelineLimit{30};
 
     /// All that it is given must outlive it.

@@ -65,8 +65,9 @@ public:
     std::optional<std::string> inspectionText(int id);
     /// PNG of a widget as it stands.
     platform::Result<std::string> picture(int id, int scale);
-    /// PNG of a widget of the gallery, by a snapshot or, when that fails or takes long, the placeholder.
-    platform::Result<std::string> preview(const std::string& kind, platform::WidgetFamily family, int scale);
+    /// PNG of a widget of the gallery, by its snapshot or its placeholder.
+    platform::Result<std::string> preview(const std::string& kind, platform::WidgetFamily family,
+                                          EntryRequest request, int scale);
     /// Kinds, users and assets to choose from, as JSON text; they stay the same.
     std::string choicesText() const;
     /// What each kind would show through a day by the phone's rules, as JSON text, with pictures by their

@@ -13,8 +13,6 @@ using nlohmann::ordered_json;
 using platform::Result;
 using platform::WidgetFamily;
 
-/// Somebody leafs through the gallery and waits for its pictures.
-constexpr std::chrono::seconds previewLimit{1};
 constexpr std::chrono::seconds dayLimit{20};
 
 }  // namespace
@@ -25,22 +23,15 @@ Result<std::string> HomeScreen::picture(int id, int scale) {
     return studio_.png(state->picture->sitter, scale);
 }
 
-Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily family, int scale) {
-    const EntryQuestion question{.kind = kind,
-                                 .family = family,
-                                 .request = EntryRequest::snapshot,
-                                 .isPreview = true,
-                                 .wantsViews = true};
-    auto answer = extension_->ask(question, previewLimit);
-    const bool isRedacted = !answer;
-    if (!answer) {
-        EntryQuestion simple = question;
-        simple.request = EntryRequest::placeholder;
-        answer = extension_->ask(simple, WidgetSchedule::placeholderLimit);
-    }
+Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily family, EntryRequest request,
+                                        int scale) {
+    const bool isPlaceholder = request == EntryRequest::placeholder;
+    const auto answer = extension_->ask(
+        {.kind = kind, .family = family, .request = request, .isPreview = true, .wantsViews = true},
+        isPlaceholder ? WidgetSchedule::placeholderLimit : WidgetSchedule::snapshotLimit);
     if (!answer) return tl::unexpected(answer.error());
     if (answer->entries.empty() || !answer->entries.front().view) return refusal("there is nothing to draw");
-    return studio_.png({*answer->entries.front().view, kind, family, isRedacted}, scale);
+    return studio_.png({*answer->entries.front().view, kind, family, isPlaceholder}, scale);
 }
 
 std::string HomeScreen::dayText() {

@@ -223,9 +223,10 @@ Response PageServer::get(const Request& request) {
     }
     const auto family = platform::widgetFamily(path.substr(slash + 1));
     if (path.starts_with("/preview/") && family && slash > 9) {
-        return later([this, kind = std::string(path.substr(9, slash - 9)), family, scale = scaleOf(request)] {
-            return pngOf(home_.preview(kind, *family, scale));
-        });
+        const bool isPlaceholder = serving::queryValue(request.query, "request") == "placeholder";
+        const auto entry = isPlaceholder ? EntryRequest::placeholder : EntryRequest::snapshot;
+        return later([this, kind = std::string(path.substr(9, slash - 9)), family, entry,
+                      scale = scaleOf(request)] { return pngOf(home_.preview(kind, *family, entry, scale)); });
     }
     return plain(404, "nothing here\n");
 }

@@ -244,9 +244,15 @@ function openGallery() {
   element("gallery-list").replaceChildren(...choices.gallery.flatMap((kind) => kind.families.map((family) => {
     const [width, height] = { systemSmall: [158, 158], systemMedium: [338, 158], systemLarge: [338, 354] }[family];
     const name = nameOf(kind.displayName, family);
-    const image = make("img", { alt: name, width, height, loading: "lazy" });
-    image.src = `/preview/${kind.kind}/${family}?scale=${pictureScale()}`;
-    const outline = make("div", { className: "outline" }, image);
+    const address = `/preview/${kind.kind}/${family}?scale=${pictureScale()}`;
+    // A snapshot may wait long for the service: until it comes the placeholder stands there, as on a phone.
+    const placeholder = make("img", { alt: name, width, height, loading: "lazy" });
+    placeholder.src = `${address}&request=placeholder`;
+    placeholder.addEventListener("load", async () => {
+      const snapshot = make("img", { alt: name, width, height, src: address });
+      if (await snapshot.decode().then(() => true, () => false)) placeholder.replaceWith(snapshot);
+    });
+    const outline = make("div", { className: "outline" }, placeholder);
     Object.assign(outline.style, { width: `${width}px`, height: `${height}px`, clipPath: outlinePath(width, height) });
     const add = make("button", { type: "button", textContent: "Add" });
     add.setAttribute("aria-label", `Add ${name}`);
