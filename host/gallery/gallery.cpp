@@ -338,7 +338,7 @@ private:
 
     std::vector<GalleryRow> missingRows() const {
         std::map<std::string, GalleryRow> rows;
-        for (const ShownPicture& shown : missing_) {
+        for (const ComparedPicture& shown : missing_) {
             GalleryRow& row = rows[shown.picture.kind + ": " + shown.picture.state];
             row.pictures.push_back(shown);
         }
@@ -355,7 +355,7 @@ private:
     /// Known with the first state's answer; until all are there, of the asking side alone.
     std::vector<WidgetListing> widgets_;
     std::map<std::string, PictureNews> drawn_;
-    std::vector<ShownPicture> missing_;
+    std::vector<ComparedPicture> missing_;
     GalleryOutcome outcome_;
 };
 

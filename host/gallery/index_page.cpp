@@ -156,7 +156,7 @@ void writeFigure(std::ostream& page, const GalleryPicture& picture, std::string_
     page << "</figure>\n";
 }
 
-void writePicture(std::ostream& page, const ShownPicture& shown, std::string_view title) {
+void writePicture(std::ostream& page, const ComparedPicture& shown, std::string_view title) {
     const std::string_view news = newsText(shown.news);
     if (shown.news == PictureNews::missing) {
         writeFigure(page, shown.picture, title, {"before/", news, " before news", true});
@@ -174,7 +174,7 @@ void writeChanges(std::ostream& page, const std::vector<GallerySection>& section
     std::ostringstream items;
     for (const GallerySection& section : sections) {
         for (const GalleryRow& row : section.rows) {
-            for (const ShownPicture& shown : row.pictures) {
+            for (const ComparedPicture& shown : row.pictures) {
                 if (shown.news == PictureNews::none) continue;
                 items << "<li><a href=\"#" << escaped(shown.picture.fileName()) << "\">"
                       << escaped(pictureName(shown.picture, row.title)) << "</a>, " << newsText(shown.news)
@@ -187,7 +187,7 @@ void writeChanges(std::ostream& page, const std::vector<GallerySection>& section
 
 bool hasFamily(const GalleryRow& row, WidgetFamily family) {
     return std::ranges::any_of(row.pictures,
-                               [&](const ShownPicture& shown) { return shown.picture.family == family; });
+                               [&](const ComparedPicture& shown) { return shown.picture.family == family; });
 }
 
 void writeRow(std::ostream& page, const GalleryRow& row) {
@@ -198,7 +198,7 @@ void writeRow(std::ostream& page, const GalleryRow& row) {
         if (!hasFamily(row, family)) continue;
         page << "<div class=\"pair " << description(family) << "\"><h4>" << sizeName(family)
              << "</h4><div class=\"looks\">\n";
-        for (const ShownPicture& shown : row.pictures) {
+        for (const ComparedPicture& shown : row.pictures) {
             if (shown.picture.family == family) writePicture(page, shown, row.title);
         }
         page << "</div></div>\n";

@@ -19,7 +19,7 @@ struct GalleryPicture {
     std::string fileName() const;
 };
 
-struct ShownPicture {
+struct ComparedPicture {
     GalleryPicture picture;
     PictureNews news = PictureNews::none;
 };
@@ -27,7 +27,7 @@ struct ShownPicture {
 /// The states of one widget that belong together.
 struct GalleryRow {
     std::string title;
-    std::vector<ShownPicture> pictures;
+    std::vector<ComparedPicture> pictures;
 };
 
 struct GallerySection {
