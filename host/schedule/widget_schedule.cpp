@@ -364,7 +364,7 @@ bool WidgetSchedule::showEntryOf(Widget& widget, const Moment& now) {
 bool WidgetSchedule::show(Widget& widget, const AnsweredEntry& entry, bool isPlaceholder) {
     if (!entry.view) return false;
     std::string visible = (isPlaceholder ? "redacted " : "") + visibleText(*entry.view);
-    const bool isNew = visible != widget.visible;
+    const bool isNew = !widget.picture || visible != widget.visible;
     auto picture = std::make_shared<ShownPicture>(ShownPicture{
         .version = isNew ? ++lastVersion_ : widget.picture->version,
         .sitter = {*entry.view, widget.kind, widget.family, isPlaceholder},

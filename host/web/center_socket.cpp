@@ -59,11 +59,11 @@ platform::Result<std::unique_ptr<CenterSocket>> CenterSocket::open(const std::fi
 
     const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     const bool isListening =
-        ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+        listener >= 0 && ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
         ::chmod(path.c_str(), 0600) == 0 && ::listen(listener, 16) == 0;
     std::array<int, 2> wake{};
     if (!isListening || ::pipe2(wake.data(), O_CLOEXEC) != 0) {
-        ::close(listener);
+        if (listener >= 0) ::close(listener);
         return socketError("cannot listen at " + path.string());
     }
     return std::unique_ptr<CenterSocket>(

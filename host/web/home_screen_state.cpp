@@ -40,12 +40,12 @@ std::string nameOf(const Rect& area, const DisplayList& list) {
     return name;
 }
 
-ordered_json linkJson(const std::string& url, const Rect& frame, std::string name) {
+ordered_json linkJson(const std::string& url, const Rect& frame, const std::string& name) {
     const DeepLink link = takenApart(url);
     ordered_json parameters = ordered_json::array();
     for (const auto& [key, value] : link.parameters) parameters.push_back({{"name", key}, {"value", value}});
     return {{"url", url},
-            {"name", name.empty() ? link.destination : std::move(name)},
+            {"name", name.empty() ? link.destination : name},
             {"destination", link.destination},
             {"parameters", parameters},
             {"frame", {{"x", frame.x}, {"y", frame.y}, {"width", frame.width}, {"height", frame.height}}}};

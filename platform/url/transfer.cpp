@@ -146,7 +146,8 @@ void Transfer::setHeaders() {
     bool hasContentType = false;
     for (const auto& [name, value] : request_.headers) {
         hasContentType = hasContentType || isSameText(name, "Content-Type");
-        headerLines_ = curl_slist_append(headerLines_, (name + ": " + value).c_str());
+        const std::string line = std::string(name).append(": ").append(value);
+        headerLines_ = curl_slist_append(headerLines_, line.c_str());
     }
     // libcurl would call every body a form, and wait for leave to send a long one.
     if (!hasContentType) headerLines_ = curl_slist_append(headerLines_, "Content-Type:");

@@ -122,7 +122,7 @@ View Image(Bytes bytes, std::string fallbackAssetName, ImageOptions options) {
         .name = std::move(fallbackAssetName), .bytes = std::move(bytes), .isResizable = options.isResizable});
 }
 View ColorFill(const Color& color) { return View(node::ColorFill{color}); }
-View RoundedRectangle(node::RoundedRectangle shape) { return View(std::move(shape)); }
+View RoundedRectangle(node::RoundedRectangle shape) { return View(shape); }
 View Divider() { return View(node::Divider{}); }
 View Spacer(std::optional<double> minLength) { return View(node::Spacer{minLength}); }
 View Link(std::string url, const View& label) { return View(node::Link{std::move(url)}, {label}); }

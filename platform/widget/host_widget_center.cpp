@@ -134,6 +134,7 @@ Result<std::string> askHost(const std::filesystem::path& socket, std::string_vie
     if (::lstat(socket.c_str(), &status) != 0 || status.st_uid != ::getuid())
         return centerError("no widget host is running");
     const Socket connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (connection.get() < 0) return centerError("cannot make a socket");
     limitWaiting(connection.get(), limit);
     if (::connect(connection.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         return centerError("no widget host is running");

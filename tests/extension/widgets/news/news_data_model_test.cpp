@@ -67,9 +67,7 @@ TEST(NewsDocument, AnyFaultFailsTheWholeDocument) {
         R"({"list": [{"timeago": 2.5}]})",
         R"({"list": [{"share_url": []}]})",
         R"({"list": [{"story_type": 1}]})",
-        R"({"list": [{"headline": ")"
-        "\xff"
-        R"("}]})",
+        "{\"list\": [{\"headline\": \"\xff\"}]}",
         R"({"list": [{"headline": "\ud800"}]})",
         R"({"list": [], "other": )" + deep + std::string(1000, ']') + "}",
         deep,

@@ -20,7 +20,6 @@ using platform::EnvironmentValues;
 using platform::View;
 using platform::WidgetFamily;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::SizeIs;
 using tests::TestRuntime;
 namespace node = platform::node;

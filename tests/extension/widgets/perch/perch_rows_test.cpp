@@ -12,7 +12,6 @@ namespace extension {
 namespace {
 
 using testing::EndsWith;
-using testing::IsEmpty;
 using tests::TestRuntime;
 
 DefaultMultiAssetsVM assetOf(std::string id, std::string symbol = "", std::string scId = "",

@@ -18,8 +18,6 @@ using namespace extension;
 using namespace tests;
 using platform::PropertyList;
 using platform::TimelineReloadPolicy;
-using testing::EndsWith;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
