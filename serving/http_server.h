@@ -70,7 +70,7 @@ struct Response {
     /// When there, status and headers are sent and then whatever is pushed; `body` is not used.
     std::shared_ptr<EventStream> stream = nullptr;
     /// When there, the answer is what this makes. It runs on one of few threads kept for what takes long, so
-    /// that other requests never wait for it.
+    /// that what is answered at once never waits for it.
     std::function<Response()> later = nullptr;
 };
 

@@ -180,11 +180,9 @@ int ExtensionProcess::processId() const {
 }
 
 void ExtensionProcess::close() {
-    {
-        const std::lock_guard lock(state_->mutex);
-        state_->isClosed = true;
-    }
-    end();
+    const std::lock_guard lock(state_->mutex);
+    state_->isClosed = true;
+    if (state_->child) state_->child->beginEnd();
 }
 
 void ExtensionProcess::end() {

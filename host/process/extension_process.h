@@ -110,7 +110,8 @@ public:
     int processId() const;
     /// Ends the child (SIGKILL when it does not go by itself) and reaps it.
     void end();
-    /// Ends it for good: what is asked and whatever will be asked fails at once.
+    /// Ends it for good: whatever will be asked fails at once, and what is asked fails when the child goes,
+    /// within about a second. Does not wait for that.
     void close();
 
 private:

@@ -35,7 +35,7 @@ std::string pastReason(Hold hold, ReloadMode mode) {
         case Hold::floor: return "kept " + reason(hold, mode);
         case Hold::budget: return "had waited for its share of 60 a day";
         case Hold::backOff: return "had waited after a failure";
-        case Hold::busy: return "had waited while the extension was busy";
+        case Hold::busy: return reason(hold, mode);
     }
     return "";
 }

@@ -8,7 +8,9 @@ namespace host {
 
 namespace {
 
-constexpr int workerCount = 3;
+constexpr int workerCount = 6;
+/// The ledger says nothing of shorter ones.
+constexpr std::chrono::milliseconds notableWait{250};
 
 double millisecondsSince(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
@@ -157,6 +159,7 @@ void WidgetSchedule::setMode(ReloadMode mode) {
     {
         const std::lock_guard lock(mutex_);
         mode_ = mode;
+        cameFree_.reset();
         for (const auto& [id, widget] : widgets_) {
             widget->plan.setMode(mode);
             widget->notedHold.reset();
@@ -271,9 +274,10 @@ void WidgetSchedule::reloadWhatIsReady() {
             wait(lock, pause);
             continue;
         }
-        ++busyWorkers_;
+        if (++busyWorkers_ == workerCount) allBusySince_ = moment.real;
         reload(widget, lock);
-        if (busyWorkers_-- == workerCount) cameFree_ = now();
+        const Moment end = now();
+        if (busyWorkers_-- == workerCount && end.real - allBusySince_ >= notableWait) cameFree_ = end;
     }
 }
 
@@ -311,7 +315,7 @@ void WidgetSchedule::showEntries() {
 
 std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextReload(const Moment& now, Pause& pause) {
     std::shared_ptr<Widget> first;
-    std::pair<platform::Instant, std::chrono::steady_clock::time_point> firstDue;
+    std::pair<platform::Instant, std::chrono::steady_clock::time_point> firstReady;
     for (const auto& [id, widget] : widgets_) {
         const std::optional<NextReload> next = widget->plan.next(now);
         if (!next) continue;
@@ -320,13 +324,21 @@ std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextReload(const Moment&
             pause.until(next->at);
             continue;
         }
-        // The real clock tells those apart that became due while the shown one stood still.
-        const std::pair due{next->due, next->at.real};
-        if (first && due >= firstDue) continue;
+        // Together they may have been too much for it.
+        if (widget->plan.failures() > 0 && next->asker != Asker::person && isKindBusy(widget->kind)) continue;
+        // The real clock tells those apart that became ready while the shown one stood still.
+        const std::pair ready{next->at.shown, next->at.real};
+        if (first && ready >= firstReady) continue;
         first = widget;
-        firstDue = due;
+        firstReady = ready;
     }
     return first;
+}
+
+bool WidgetSchedule::isKindBusy(std::string_view kind) const {
+    return std::ranges::any_of(widgets_, [kind](const auto& each) {
+        return each.second->kind == kind && each.second->plan.isRunning();
+    });
 }
 
 std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextWithoutPicture() const {

@@ -109,8 +109,9 @@ private:
     /// How long to wait for the earliest of several moments; absent while there is none.
     class Pause;
     void wait(std::unique_lock<std::mutex>& lock, const Pause& pause);
-    /// The widget that has been ready for longest.
+    /// The widget that has been ready for longest. After a failure widgets of a kind are asked one by one.
     std::shared_ptr<Widget> nextReload(const Moment& now, Pause& pause);
+    bool isKindBusy(std::string_view kind) const;
     std::shared_ptr<Widget> nextWithoutPicture() const;
     Hold holdOf(const NextReload& next) const;
     void noteHold(Widget& widget, const NextReload& next, const Moment& now);
@@ -128,7 +129,8 @@ private:
     bool isEnding_ = false;
     int lastVersion_ = 0;
     int busyWorkers_ = 0;
-    /// When a worker last came back while all of them were out: what was ready then had to wait for it.
+    std::chrono::steady_clock::time_point allBusySince_;
+    /// When a worker last came back after all of them had long been out: what was ready then had to wait.
     std::optional<Moment> cameFree_;
     Widgets widgets_;
     std::vector<std::thread> threads_;

@@ -31,9 +31,9 @@ platform::Result<FileDescriptor> lockBeside(std::filesystem::path path) {
     path.replace_extension(".lock");
     FileDescriptor lock(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!lock.isOpen()) return socketError("cannot open " + path.string());
-    if (::flock(lock.number(), LOCK_EX | LOCK_NB) != 0)
-        return socketError("a home screen of this data directory is running already");
-    return lock;
+    if (::flock(lock.number(), LOCK_EX | LOCK_NB) == 0) return lock;
+    return socketError(errno == EWOULDBLOCK ? "a home screen of this data directory is running already"
+                                            : "cannot lock " + path.string());
 }
 
 bool isOurs(int connection) {

@@ -68,7 +68,7 @@ public:
     }
 
 private:
-    static constexpr const char* tooSlow = "the extension is too slow to ask it through a whole day";
+    static constexpr const char* tooSlow = "the answers come too slowly for a whole day";
 
     std::chrono::milliseconds restOfTime() const {
         return std::chrono::ceil<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
@@ -95,8 +95,7 @@ private:
 
 std::vector<DayRow> lookThroughDay(ExtensionProcess& extension, const std::vector<WidgetListing>& gallery,
                                    Instant day, const platform::Calendar& calendar,
-                                   std::chrono::milliseconds limit) {
-    const auto last = std::chrono::steady_clock::now() + limit;
+                                   std::chrono::steady_clock::time_point limit) {
     const Instant start = calendar.startOfDay(day).value_or(std::chrono::floor<std::chrono::days>(day));
     const Instant end = calendar.startOfDay(start + 36h).value_or(start + 24h);
     std::vector<DayRow> rows;
@@ -104,7 +103,7 @@ std::vector<DayRow> lookThroughDay(ExtensionProcess& extension, const std::vecto
         for (const platform::WidgetFamily family : widget.families) {
             DayRow& row =
                 rows.emplace_back(DayRow{.kind = widget.kind, .family = family, .looks = {}, .error = {}});
-            Row asker(extension, row, last);
+            Row asker(extension, row, limit);
             auto changes = changesOf(start, end, calendar);
             Instant now = start;
             std::string cause = "policy";

@@ -32,9 +32,9 @@ struct DayRow {
 /// Asks a child of its own, whose clock it sets, by the phone's rules of reloading and at every change of the
 /// automatic theme (in India) and of the portfolio's hours (in `calendar`'s zone). A look that is like the
 /// one before it is left out. `extension` must be used by nobody else meanwhile; once it is closed, or
-/// `limit` has passed, the rows that are left end with an error.
+/// `limit` is over, the rows that are left end with an error.
 std::vector<DayRow> lookThroughDay(ExtensionProcess& extension, const std::vector<WidgetListing>& gallery,
                                    platform::Instant day, const platform::Calendar& calendar,
-                                   std::chrono::milliseconds limit);
+                                   std::chrono::steady_clock::time_point limit);
 
 }  // namespace host

@@ -105,8 +105,8 @@ void HomeScreen::changed() {
 }
 
 void HomeScreen::noteLog(std::string line) {
-    const std::lock_guard lock(mutex_);
     if (options_.log) options_.log(line);
+    const std::lock_guard lock(mutex_);
     log_.push_back(platform::formatInstant(clock_.now()) + "  " + std::move(line));
     if (log_.size() > longestLog) log_.pop_front();
 }

@@ -37,7 +37,7 @@ struct HomeScreenOptions {
     std::filesystem::path resources;
     /// Of the demo service; absent when the extension calls another one.
     std::optional<std::string> demoOrigin;
-    /// Takes every line of the log that the inspector shows; any thread, one at a time. May be empty.
+    /// Takes every line of the log that the inspector shows; any thread. May be empty.
     std::function<void(std::string_view line)> log = {};
 };
 
@@ -50,7 +50,7 @@ public:
     HomeScreen(const HomeScreen&) = delete;
     HomeScreen& operator=(const HomeScreen&) = delete;
 
-    /// Asks the extension nothing any more: whoever waits for it is answered at once. For the end.
+    /// Asks the extension nothing any more: whoever waits for it is answered soon. For the end.
     void stop();
 
     /// Called whenever the state may be another, perhaps on several threads at once. The former listener is
@@ -110,6 +110,7 @@ private:
     platform::Result<void> kill(const nlohmann::json& request);
 
     nlohmann::ordered_json widgetsJson();
+    std::string displayName(const std::string& kind) const;
     nlohmann::ordered_json pictureJson(int id, const std::shared_ptr<const ShownPicture>& picture);
     nlohmann::ordered_json phoneAppJson();
 

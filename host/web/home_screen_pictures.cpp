@@ -35,8 +35,9 @@ Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily fa
 }
 
 std::string HomeScreen::dayText() {
+    const auto limit = std::chrono::steady_clock::now() + dayLimit;
     const std::lock_guard one(dayMutex_);
-    const auto rows = lookThroughDay(*dayExtension_, gallery_, clock_.now(), runtime_->calendar(), dayLimit);
+    const auto rows = lookThroughDay(*dayExtension_, gallery_, clock_.now(), runtime_->calendar(), limit);
     dayExtension_->end();
     std::vector<std::string> pictures;
     ordered_json list = ordered_json::array();
@@ -48,7 +49,7 @@ std::string HomeScreen::dayText() {
                              {"picture", pictures.size()}});
             pictures.push_back(studio_.png(look.sitter, 1).value_or(""));
         }
-        list.push_back({{"kind", row.kind},
+        list.push_back({{"displayName", displayName(row.kind)},
                         {"family", platform::description(row.family)},
                         {"questions", row.questions},
                         {"error", row.error},

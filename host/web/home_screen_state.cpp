@@ -83,6 +83,11 @@ ordered_json nextJson(const std::optional<NextReload>& next, ReloadMode mode) {
 
 }  // namespace
 
+std::string HomeScreen::displayName(const std::string& kind) const {
+    const auto listing = std::ranges::find(gallery_, kind, &WidgetListing::kind);
+    return listing == gallery_.end() ? kind : listing->displayName;
+}
+
 ordered_json HomeScreen::pictureJson(int id, const std::shared_ptr<const ShownPicture>& picture) {
     if (!picture) return nullptr;
     {
@@ -116,10 +121,9 @@ ordered_json HomeScreen::widgetsJson() {
         if (found == states.end()) continue;
         const WidgetState& state = found->second;
         const platform::Size size = platform::widgetSize(state.family);
-        const auto listing = std::ranges::find(gallery_, state.kind, &WidgetListing::kind);
         widgets.push_back({{"id", state.id},
                            {"kind", state.kind},
-                           {"displayName", listing == gallery_.end() ? state.kind : listing->displayName},
+                           {"displayName", displayName(state.kind)},
                            {"family", platform::description(state.family)},
                            {"width", size.width},
                            {"height", size.height},

@@ -223,10 +223,13 @@ Response PageServer::get(const Request& request) {
     }
     const auto family = platform::widgetFamily(path.substr(slash + 1));
     if (path.starts_with("/preview/") && family && slash > 9) {
-        const bool isPlaceholder = serving::queryValue(request.query, "request") == "placeholder";
-        const auto entry = isPlaceholder ? EntryRequest::placeholder : EntryRequest::snapshot;
-        return later([this, kind = std::string(path.substr(9, slash - 9)), family, entry,
-                      scale = scaleOf(request)] { return pngOf(home_.preview(kind, *family, entry, scale)); });
+        const auto preview = [this, kind = std::string(path.substr(9, slash - 9)), family,
+                              scale = scaleOf(request)](EntryRequest entry) {
+            return pngOf(home_.preview(kind, *family, entry, scale));
+        };
+        if (serving::queryValue(request.query, "request") == "placeholder")
+            return preview(EntryRequest::placeholder);
+        return later([preview] { return preview(EntryRequest::snapshot); });
     }
     return plain(404, "nothing here\n");
 }

@@ -1,5 +1,7 @@
 #include "host/web/run.h"
+#include <poll.h>
 #include <unistd.h>
+#include <climits>
 #include <csignal>
 #include <iostream>
 #include <memory>
@@ -19,6 +21,15 @@ namespace {
 int fail(const platform::Error& error) {
     std::cerr << "brightledger: " << error.message << '\n';
     return error.domain == "UsageError" ? 2 : 1;
+}
+
+/// Waits for nobody: while nobody reads, lines are left out.
+void complain(std::string_view line) {
+    std::string text(line.substr(0, PIPE_BUF - 1));
+    text += '\n';
+    pollfd reader{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
+    if (::poll(&reader, 1, 0) != 1 || (reader.revents & POLLOUT) == 0) return;
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
 void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::seconds>& duration) {
@@ -63,6 +74,8 @@ int runHomeScreen(const RunOptions& options) {
     if (!socket) return fail(socket.error());
 
     platform::ProcessOptions child = options.process;
+    // The inspector shows the log, whoever reads standard error.
+    child.isVerbose = true;
     child.infoPlist = std::filesystem::path(socketPath).replace_extension(".plist").string();
     HomeScreenOptions homeOptions{.runtime = *runtime,
                                   .extensionProgram = extensionProgram(),
@@ -70,8 +83,7 @@ int runHomeScreen(const RunOptions& options) {
                                   .infoPlist = *child.infoPlist,
                                   .resources = resources,
                                   .demoOrigin = demo ? std::optional(demo->origin()) : std::nullopt};
-    if (options.process.isVerbose)
-        homeOptions.log = [](std::string_view line) { std::cerr << std::string(line) + '\n'; };
+    if (options.process.isVerbose) homeOptions.log = complain;
     auto home = HomeScreen::start(std::move(homeOptions));
     if (!home) return fail(home.error());
     auto page = PageServer::start(**home, options.port, resources / "web");

@@ -240,18 +240,30 @@ function update(text) {
   if (!element("panel").hidden) showLedgerSoon();
 }
 
+let snapshots = Promise.resolve();
+
+// A snapshot may wait long for the service. Until it comes the placeholder stands there, as on a phone; and one
+// after the other, or they would take all of the browser's connections from whatever else is clicked.
+function showSnapshotLater(placeholder, address) {
+  const gallery = element("gallery");
+  snapshots = snapshots.then(async () => {
+    if (!gallery.open || !placeholder.isConnected) return;
+    const { alt, width, height } = placeholder;
+    const snapshot = make("img", { alt, width, height, src: address });
+    const stop = () => snapshot.removeAttribute("src");
+    gallery.addEventListener("close", stop);
+    if (await snapshot.decode().then(() => true, () => false)) placeholder.replaceWith(snapshot);
+    gallery.removeEventListener("close", stop);
+  });
+}
+
 function openGallery() {
   element("gallery-list").replaceChildren(...choices.gallery.flatMap((kind) => kind.families.map((family) => {
     const [width, height] = { systemSmall: [158, 158], systemMedium: [338, 158], systemLarge: [338, 354] }[family];
     const name = nameOf(kind.displayName, family);
     const address = `/preview/${kind.kind}/${family}?scale=${pictureScale()}`;
-    // A snapshot may wait long for the service: until it comes the placeholder stands there, as on a phone.
-    const placeholder = make("img", { alt: name, width, height, loading: "lazy" });
-    placeholder.src = `${address}&request=placeholder`;
-    placeholder.addEventListener("load", async () => {
-      const snapshot = make("img", { alt: name, width, height, src: address });
-      if (await snapshot.decode().then(() => true, () => false)) placeholder.replaceWith(snapshot);
-    });
+    const placeholder = make("img", { alt: name, width, height, loading: "lazy", src: `${address}&request=placeholder` });
+    placeholder.addEventListener("load", () => showSnapshotLater(placeholder, address));
     const outline = make("div", { className: "outline" }, placeholder);
     Object.assign(outline.style, { width: `${width}px`, height: `${height}px`, clipPath: outlinePath(width, height) });
     const add = make("button", { type: "button", textContent: "Add" });

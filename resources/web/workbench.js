@@ -82,10 +82,10 @@ export async function showDay() {
   if (!answer?.ok) return;
   const stamp = Date.now();
   element("day-rows").replaceChildren(...(await answer.json()).map((row) => make("div", { className: "day-row" },
-    make("h3", { textContent: `${row.kind.replace("Widget", "")}, ${family(row.family)}` }),
+    make("h3", { textContent: nameOf(row.displayName, row.family) }),
     make("p", { className: "small", textContent: row.error ? `Ends early: ${row.error}` : `${row.questions} questions, ${row.looks.length} ${row.looks.length === 1 ? "look" : "looks"}` }),
-    make("div", { className: "looks", tabIndex: 0 }, ...row.looks.map((look) => make("figure", {},
-      make("img", { alt: `${row.kind} at ${time(look.from)}`, loading: "lazy", src: `/day/${look.picture}?of=${stamp}` }),
+    row.looks.length === 0 ? "" : make("div", { className: "looks", tabIndex: 0 }, ...row.looks.map((look) => make("figure", {},
+      make("img", { alt: `${row.displayName} at ${time(look.from)}`, loading: "lazy", src: `/day/${look.picture}?of=${stamp}` }),
       make("figcaption", { textContent: `${time(look.from)}${look.cause === "policy" ? "" : ` · ${look.cause}`}` })))))));
   element("day-strip").showModal();
 }

@@ -214,7 +214,8 @@ TEST_F(PaintText, ATextSetInItsOwnBoxHasTheSameLines) {
         run("12,34,567.89 crore of shares changed hands ", Font::system(14, FontWeight::bold)),
         run("supercalifragilistic day \U0001F600 \u0928\u092F\u093E \u0936\u093F\u0916\u0930")};
     for (const int scale : {1, 2, 3}) {
-        for (double width = 20; width < 420; width += 3.37) {
+        for (int step = 0; step < 120; ++step) {
+            const double width = 20 + 3.37 * step;
             for (const std::optional<int> limit : {std::optional<int>{}, std::optional<int>{2}}) {
                 const TextMeasure first = measure(text, limit, width, std::nullopt, scale);
                 const TextMeasure again = measure(text, first.lines, first.size.width, std::nullopt, scale);

@@ -68,16 +68,30 @@ TEST(WidgetSchedule, TellsOfEveryRequestThatAFailureHeldAndOfItsGrant) {
 
 TEST(WidgetSchedule, ReloadsFirstWhatWasAskedForFirstAndTellsWhoHadToWait) {
     Schedule house("sleep 0.3; exit 7");
-    for (const int id : {1, 2, 3, 9, 4})
+    for (const int id : {1, 2, 3, 4, 5, 6, 9, 7})
         house.schedule.place(id, "NewsWidget", platform::WidgetFamily::systemLarge);
-    house.lines(10);
+    house.lines(16);
     std::vector<std::pair<int, bool>> reloads;
     for (const LedgerEntry& entry : house.ledger.entries()) {
         if (entry.asker == Asker::placement)
             reloads.emplace_back(entry.widget, entry.reason.find("was busy") != std::string::npos);
     }
-    EXPECT_THAT(reloads, ElementsAre(std::pair(1, false), std::pair(2, false), std::pair(3, false),
-                                     std::pair(9, true), std::pair(4, true)));
+    const std::vector<std::pair<int, bool>> inTheirOrder{{1, false}, {2, false}, {3, false}, {4, false},
+                                                         {5, false}, {6, false}, {9, true},  {7, true}};
+    EXPECT_EQ(reloads, inTheirOrder);
+}
+
+TEST(WidgetSchedule, AsksWidgetsOfAKindOneByOneAfterAFailure) {
+    Schedule house("sleep 0.2; exit 7");
+    for (const int id : {1, 2}) house.schedule.place(id, "NewsWidget", platform::WidgetFamily::systemLarge);
+    house.lines(6);
+    std::vector<platform::Instant> repeated;
+    for (const LedgerEntry& entry : house.ledger.entries()) {
+        if (entry.asker == Asker::policy && entry.result == LedgerEntry::Result::failed)
+            repeated.push_back(entry.decided);
+    }
+    ASSERT_GE(repeated.size(), 2U);
+    EXPECT_GE(repeated[1] - repeated[0], 200ms);
 }
 
 }  // namespace
