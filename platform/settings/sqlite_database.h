@@ -80,7 +80,7 @@ public:
     /// Leaves the write-ahead log as it is when the connection closes.
     void keepLog();
     /// Gives the connection up without closing it, for a child process whose parent still uses it.
-    void abandon() { handle_.release(); }
+    void abandon() { (void)handle_.release(); }
 
 private:
     struct Close {

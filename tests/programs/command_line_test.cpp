@@ -23,7 +23,6 @@ namespace {
 using nlohmann::ordered_json;
 using platform::PropertyList;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::MatchesRegex;

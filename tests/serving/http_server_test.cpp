@@ -26,7 +26,7 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         const timeval limit{5, 0};
         ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-        ::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+        EXPECT_EQ(::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     }
     ~Client() { ::close(socket_); }
     Client(const Client&) = delete;

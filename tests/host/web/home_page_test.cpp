@@ -167,7 +167,7 @@ struct House {
         place.sin_family = AF_INET;
         place.sin_port = htons(static_cast<std::uint16_t>(std::stoi(address.substr(17))));
         place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        ::connect(socket, reinterpret_cast<sockaddr*>(&place), sizeof place);
+        EXPECT_EQ(::connect(socket, reinterpret_cast<sockaddr*>(&place), sizeof place), 0);
         ::send(socket, request.data(), request.size(), MSG_NOSIGNAL);
         std::string answer;
         char piece[4096];

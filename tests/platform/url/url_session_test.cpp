@@ -45,7 +45,7 @@ std::string deadOrigin() {
     own.sin_family = AF_INET;
     own.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t length = sizeof own;
-    ::bind(socket, reinterpret_cast<sockaddr*>(&own), length);
+    EXPECT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&own), length), 0);
     ::getsockname(socket, reinterpret_cast<sockaddr*>(&own), &length);
     ::close(socket);
     return "http://127.0.0.1:" + std::to_string(ntohs(own.sin_port));
