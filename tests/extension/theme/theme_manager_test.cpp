@@ -241,25 +241,24 @@ TEST(DirectionColor, ComparesTheCodeExactly) {
         EXPECT_EQ(hexString(getTheDirectionColor(code, theme)), color) << code;
 }
 
-/// Calls the class-level operations as the phone app does, in a process of their own; ends it with 0 when
-/// all answered well.
-[[noreturn]] void useTheProcessesOwn() {
+/// Calls the class-level operations as the phone app does; true when all answered well. For a process of its
+/// own: the runtime stays the current one.
+bool isAnsweredByTheProcesssOwn() {
     const TestRuntime runtime;
     runtime.makeCurrent();
     ThemeManager::setCurrentSelectedThemeTypeWithType(ThemeManager::darkThemeIdentifier);
     KeyConstants::setAppleEmailId("a@example.invalid");
     // The published identifiers are the reverse of what the numbers look like.
-    const bool isRight = ThemeManager::getCurrentSelectedThemeType() == 1 &&
-                         ThemeManager::currentDisplayThemeKey() == "light" &&
-                         ThemeManager::currentTheme()->textColor() == Color::rgb(0.0, 0.0, 0.0) &&
-                         ThemeManager::currentTheme() == ThemeManager::currentTheme() &&
-                         getTheDirectionColor("0") == Color::rgb(0.0, 0.0, 0.0) &&
-                         KeyConstants::appleEmailId() == "a@example.invalid" && !KeyConstants::storylyURL();
-    std::exit(isRight ? 0 : 1);
+    return ThemeManager::getCurrentSelectedThemeType() == 1 &&
+           ThemeManager::currentDisplayThemeKey() == "light" &&
+           ThemeManager::currentTheme()->textColor() == Color::rgb(0.0, 0.0, 0.0) &&
+           ThemeManager::currentTheme() == ThemeManager::currentTheme() &&
+           getTheDirectionColor("0") == Color::rgb(0.0, 0.0, 0.0) &&
+           KeyConstants::appleEmailId() == "a@example.invalid" && !KeyConstants::storylyURL();
 }
 
 TEST(ThemeManagerDeathTest, TheClassLevelOperationsShareTheProcesssState) {
-    EXPECT_EXIT(useTheProcessesOwn(), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(std::exit(isAnsweredByTheProcesssOwn() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
