@@ -24,7 +24,7 @@ lint: setup
 	@setup/lint
 
 format: setup
-	@git ls-files '*.h' '*.cpp' | xargs clang-format-19 -i
+	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
 setup:
 	@setup/install

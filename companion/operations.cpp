@@ -24,6 +24,7 @@ namespace {
 using extension::AppDefaultColors;
 using extension::Guarded;
 using extension::KeyConstants;
+using extension::PresenceMember;
 using extension::ProcessState;
 using extension::ThemeManager;
 using extension::ThemeService;
@@ -91,10 +92,13 @@ Operation operation(std::string_view className, std::string_view selector, Funct
             }};
 }
 
+template <typename T>
+using StateMember = Guarded<T> ProcessState::*;
+
 /// A property in two operations: read by its name, set by `setter`.
 template <typename T>
 void addProperty(std::vector<Operation>& operations, std::string_view className, std::string_view name,
-                 std::string_view setter, Guarded<T> ProcessState::* place) {
+                 std::string_view setter, StateMember<T> place) {
     operations.push_back(operation<>(className, name, [place](ProcessState& s) { return (s.*place).get(); }));
     operations.push_back(
         operation<T>(className, setter, [place](ProcessState& s, const T& value) { (s.*place).set(value); }));
@@ -102,7 +106,7 @@ void addProperty(std::vector<Operation>& operations, std::string_view className,
 
 template <typename T>
 void addProperty(std::vector<Operation>& operations, std::string_view name, std::string_view setter,
-                 T WidgetPresence::* place) {
+                 PresenceMember<T> place) {
     operations.push_back(
         operation<>("WidgetKitHelper", name, [place](ProcessState& s) { return s.presence->get().*place; }));
     operations.push_back(operation<T>("WidgetKitHelper", setter, [place](ProcessState& s, const T& value) {

@@ -35,7 +35,7 @@ Result<void> setOrRemove(Transaction& store, std::string_view key, const std::op
 }
 
 Result<void> writeSession(Transaction& store, const std::optional<Session>& session) {
-    const auto text = [&](std::string Session::* part) {
+    const auto text = [&](auto part) {
         return session ? std::optional<PropertyList>(*session.*part) : std::nullopt;
     };
     return setOrRemove(store, keys::token, text(&Session::token))

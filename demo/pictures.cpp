@@ -38,8 +38,10 @@ public:
     }
 
     void box(double x, double y, double w, double h, Tone tone, double opacity = 1.0) {
-        paint(tone, opacity,
-              [=](double px, double py) { return std::min({px - x, x + w - px, py - y, y + h - py}); });
+        const auto depth = [=](double px, double py) {
+            return std::min({px - x, x + w - px, py - y, y + h - py});
+        };
+        paint(tone, opacity, depth);
     }
 
     /// Everything below a line that `heightAt` gives.

@@ -95,7 +95,7 @@ private:
             run_.process = process_;
             run_.isDemo = service_ == "demo";
             if (seconds_) run_.duration = std::chrono::seconds(*seconds_);
-            return runHomeScreen(run_);
+            return exitCode(runHomeScreen(run_));
         });
         run->add_option("--port", run_.port, "of the page; 0 takes any free one");
         run->add_option("--service", service_, "demo (the default) or configured")

@@ -14,6 +14,7 @@
 #include <vector>
 #include "host/process/extension_process.h"
 #include "host/schedule/ledger.h"
+#include "host/schedule/pause.h"
 #include "host/schedule/picture_studio.h"
 #include "host/schedule/reload_plan.h"
 #include "platform/base/clock.h"
@@ -106,8 +107,6 @@ private:
     void showPlaceholders();
     void showEntries();
 
-    /// How long to wait for the earliest of several moments; absent while there is none.
-    class Pause;
     void wait(std::unique_lock<std::mutex>& lock, const Pause& pause);
     /// The widget that has been ready for longest. After a failure widgets of a kind are asked one by one.
     std::shared_ptr<Widget> nextReload(const Moment& now, Pause& pause);

@@ -21,7 +21,7 @@ tl::unexpected<platform::Error> socketError(const std::string& message) {
 /// The folder may stand where everybody can write: it must be ours and nobody else's.
 bool prepareFolder(const std::filesystem::path& folder) {
     ::mkdir(folder.c_str(), 0700);
-    struct stat status{};
+    struct stat status = {};
     return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::getuid() &&
            (status.st_mode & 0077) == 0;
 }

@@ -8,10 +8,12 @@
 
 namespace host {
 
+using AssetList = platform::PropertyList::Array companion::ChosenAssets::*;
+
 /// Where the assets of one type stand.
 struct Shelf {
     const char* type;
-    platform::PropertyList::Array companion::ChosenAssets::* list;
+    AssetList list;
 };
 
 inline constexpr Shelf shelves[] = {{"indices", &companion::ChosenAssets::indices},

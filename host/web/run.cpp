@@ -18,13 +18,8 @@ namespace host {
 
 namespace {
 
-int fail(const platform::Error& error) {
-    std::cerr << "brightledger: " << error.message << '\n';
-    return error.domain == "UsageError" ? 2 : 1;
-}
-
-/// Waits for nobody: while nobody reads, lines are left out.
-void complain(std::string_view line) {
+/// To standard error. Waits for nobody: while nobody reads, lines are left out.
+void writeLogLine(std::string_view line) {
     std::string text(line.substr(0, PIPE_BUF - 1));
     text += '\n';
     pollfd reader{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
@@ -49,16 +44,16 @@ void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::second
 
 }  // namespace
 
-int runHomeScreen(const RunOptions& options) {
+platform::Result<void> runHomeScreen(const RunOptions& options) {
     const sigset_t signals = platform::blockEndingSignals();
     const std::filesystem::path resources = platform::resourcesDirectory();
     auto runtime = platform::runtimeOptions(options.process, resources / "Info.plist");
-    if (!runtime) return fail(runtime.error());
+    if (!runtime) return tl::unexpected(runtime.error());
 
     std::unique_ptr<DemoChild> demo;
     if (options.isDemo) {
         auto started = DemoChild::start(platform::programDirectory() / "brightledger-demo");
-        if (!started) return fail(started.error());
+        if (!started) return tl::unexpected(started.error());
         demo = std::move(*started);
     }
 
@@ -71,7 +66,7 @@ int runHomeScreen(const RunOptions& options) {
         return answering == nullptr ? "error\nthe home screen is starting or ending"
                                     : answering->answerProcess(question);
     });
-    if (!socket) return fail(socket.error());
+    if (!socket) return tl::unexpected(socket.error());
 
     platform::ProcessOptions child = options.process;
     // The inspector shows the log, whoever reads standard error.
@@ -83,11 +78,11 @@ int runHomeScreen(const RunOptions& options) {
                                   .infoPlist = *child.infoPlist,
                                   .resources = resources,
                                   .demoOrigin = demo ? std::optional(demo->origin()) : std::nullopt};
-    if (options.process.isVerbose) homeOptions.log = complain;
+    if (options.process.isVerbose) homeOptions.log = writeLogLine;
     auto home = HomeScreen::start(std::move(homeOptions));
-    if (!home) return fail(home.error());
+    if (!home) return tl::unexpected(home.error());
     auto page = PageServer::start(**home, options.port, resources / "web");
-    if (!page) return fail(page.error());
+    if (!page) return tl::unexpected(page.error());
     {
         const std::lock_guard lock(mutex);
         answering = home->get();
@@ -98,7 +93,7 @@ int runHomeScreen(const RunOptions& options) {
     (*home)->stop();
     const std::lock_guard lock(mutex);
     answering = nullptr;
-    return 0;
+    return {};
 }
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include "platform/base/result.h"
 #include "platform/runtime/process_options.h"
 
 namespace host {
@@ -21,10 +22,9 @@ struct RunOptions {
     std::optional<std::chrono::seconds> duration;
 };
 
-/// Serves the home screen on 127.0.0.1 and prints its address, one line on standard output. The exit
-/// code: 0 when it was stopped, 1 when it could not start (one line on standard error says why), 2
-/// when `process` is wrong usage. Blocks SIGINT and SIGTERM in the calling thread; call it from
-/// `main()` before other threads are there.
-int runHomeScreen(const RunOptions& options);
+/// Serves the home screen on 127.0.0.1 and prints its address, one line on standard output. Fails when it
+/// could not start; the domain is "UsageError" when `process` is wrong usage. Blocks SIGINT and SIGTERM in
+/// the calling thread; call it from `main()` before other threads are there.
+platform::Result<void> runHomeScreen(const RunOptions& options);
 
 }  // namespace host

@@ -8,9 +8,11 @@
 namespace platform {
 namespace {
 
+using TextOption = std::optional<std::string> ProcessOptions::*;
+
 struct CommonOption {
     std::string_view name;
-    std::optional<std::string> ProcessOptions::* value;
+    TextOption value;
 };
 
 constexpr std::array commonOptions{

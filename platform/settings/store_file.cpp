@@ -54,7 +54,7 @@ bool hold(const Take& take, milliseconds patience) {
 
 /// Of a range of bytes that nobody reads: it tells nothing of the lock on the file as a whole.
 int lockBytes(int descriptor, short kind) {
-    struct flock range{};
+    struct flock range = {};
     range.l_type = kind;
     range.l_whence = SEEK_SET;
     return fcntl(descriptor, F_OFD_SETLK, &range);

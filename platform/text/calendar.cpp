@@ -148,7 +148,7 @@ bool isTimeZone(const std::string& identifier) {
     for (const char* detour : {"//", "/."}) {
         if (identifier.find(detour) != std::string::npos) return false;
     }
-    struct stat file{};
+    struct stat file = {};
     return stat((std::string(zoneFolder) + identifier).c_str(), &file) == 0 && S_ISREG(file.st_mode);
 }
 

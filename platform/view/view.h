@@ -298,18 +298,15 @@ View HStack(RowOptions options, std::vector<View> children);
 View ZStack(Alignment alignment, std::vector<View> children);
 View Group(std::vector<View> children);
 
-template <typename... Children>
-    requires(std::convertible_to<Children, View> && ...)
+template <std::convertible_to<View>... Children>
 View VStack(StackOptions options, const Children&... children) {
     return VStack(options, std::vector<View>{View(children)...});
 }
-template <typename... Children>
-    requires(std::convertible_to<Children, View> && ...)
+template <std::convertible_to<View>... Children>
 View HStack(RowOptions options, const Children&... children) {
     return HStack(options, std::vector<View>{View(children)...});
 }
-template <typename... Children>
-    requires(std::convertible_to<Children, View> && ...)
+template <std::convertible_to<View>... Children>
 View ZStack(Alignment alignment, const Children&... children) {
     return ZStack(alignment, std::vector<View>{View(children)...});
 }

@@ -130,7 +130,7 @@ Result<std::string> askHost(const std::filesystem::path& socket, std::string_vie
     std::memcpy(address.sun_path, socket.c_str(), socket.native().size());
 
     // A host of somebody else's is none of ours.
-    struct stat status{};
+    struct stat status = {};
     if (::lstat(socket.c_str(), &status) != 0 || status.st_uid != ::getuid())
         return centerError("no widget host is running");
     const Socket connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));

@@ -17,15 +17,12 @@ namespace platform {
 /// What a provider of timelines offers. Placeholder answers at once; the other two call their
 /// completion exactly once, on any thread, possibly before they return.
 template <typename Provider>
-concept TimelineProvider =
-    requires(Provider& provider, const TimelineProviderContext& context, typename Provider::Entry entry,
-             std::function<void(typename Provider::Entry)> takeEntry,
-             std::function<void(Timeline<typename Provider::Entry>)> takeTimeline) {
-        { provider.placeholder(context) } -> std::same_as<typename Provider::Entry>;
-        provider.getSnapshot(context, takeEntry);
-        provider.getTimeline(context, takeTimeline);
-        { entry.date } -> std::convertible_to<Instant>;
-    };
+concept TimelineProvider = requires(Provider& provider, const TimelineProviderContext& context) {
+    { provider.placeholder(context) } -> std::same_as<typename Provider::Entry>;
+    { provider.placeholder(context).date } -> std::convertible_to<Instant>;
+    provider.getSnapshot(context, std::function<void(typename Provider::Entry)>());
+    provider.getTimeline(context, std::function<void(Timeline<typename Provider::Entry>)>());
+};
 
 /// An entry whose type only its widget knows.
 class AnyTimelineEntry {

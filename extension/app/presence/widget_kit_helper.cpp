@@ -27,12 +27,12 @@ void notePresence(const std::vector<PlacedWidget>& placed, WidgetPresence& prese
 Guarded<WidgetPresence>& sharedPresence() { return *ProcessState::shared().presence; }
 
 template <typename T>
-T read(T WidgetPresence::* property) {
+T read(PresenceMember<T> property) {
     return sharedPresence().get().*property;
 }
 
 template <typename T>
-void write(T WidgetPresence::* property, T value) {
+void write(PresenceMember<T> property, T value) {
     sharedPresence().update([&](WidgetPresence& presence) { presence.*property = std::move(value); });
 }
 

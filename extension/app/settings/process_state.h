@@ -49,6 +49,8 @@ struct WidgetPresence {
 
     bool operator==(const WidgetPresence&) const = default;
 };
+template <typename T>
+using PresenceMember = T WidgetPresence::*;
 
 /// The process-wide values of the classes that are published to the phone app. A process has one; a test
 /// makes its own. `runtime` must outlive it.

@@ -67,7 +67,7 @@ TEST(Placements, SurviveInAFileOfTheOwnersAndRefuseNonsense) {
                                             {2, "PerchWidget", WidgetFamily::systemSmall}};
     ASSERT_TRUE(savePlacements(file, placements));
     EXPECT_EQ(*loadPlacements(file), placements);
-    struct stat status{};
+    struct stat status = {};
     ::stat(file.c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777, 0600U);
     for (const char* nonsense : {"", "{", "[]", R"({"widgets":[{"kind":"A","family":"huge"}]})",
@@ -110,7 +110,7 @@ TEST(CenterSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
                                        : "ok\n" + std::string(question.size(), 'x');
         });
         ASSERT_TRUE(socket) << socket.error().message;
-        struct stat status{};
+        struct stat status = {};
         ::stat(path.c_str(), &status);
         EXPECT_EQ(status.st_mode & 0777, 0600U);
         EXPECT_EQ(platform::askHost(path, std::string(300000, 'q'), 5s)->size(), 300000U);

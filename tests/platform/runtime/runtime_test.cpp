@@ -68,8 +68,10 @@ TEST(ARuntime, MakesItsPartsOnceHoweverManyThreadsAskFirst) {
     std::vector<Parts> seen(4);
     std::vector<std::thread> threads;
     for (Parts& parts : seen) {
-        threads.emplace_back(
-            [&] { parts = {&runtime.numberFormatter(), &runtime.urls(), *runtime.defaults("group.test")}; });
+        threads.emplace_back([&] {
+            const auto store = *runtime.defaults("group.test");
+            parts = {&runtime.numberFormatter(), &runtime.urls(), store};
+        });
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_THAT(seen, testing::Each(seen.front()));

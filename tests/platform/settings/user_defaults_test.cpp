@@ -40,7 +40,7 @@ std::shared_ptr<UserDefaults> opened(const fs::path& folder) {
 }
 
 mode_t modeOf(const fs::path& file) {
-    struct stat status{};
+    struct stat status = {};
     return stat(file.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
@@ -365,9 +365,7 @@ TEST(ASettingsStore, ThatIsDamagedIsNeverTakenForAnEmptyOne) {
 TEST(ASettingsStore, ThatCannotBeWrittenCanStillBeRead) {
     const TemporaryDirectory parent;
     const fs::path folder = parent.path() / "data";
-    {
-        ASSERT_TRUE(opened(folder)->set("theme", 2));
-    }
+    ASSERT_TRUE(opened(folder)->set("theme", 2));
     // Another user owns the files and may not change the folder; root may change everything.
     constexpr uid_t nobody = 65534;
     const bool isRoot = geteuid() == 0;

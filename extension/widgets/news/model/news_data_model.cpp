@@ -15,9 +15,11 @@ using platform::Result;
 constexpr std::array<std::string_view, 7> storyTypeNames{"liveblog",     "text", "podcast", "videos",
                                                          "photogallery", "news", "blogs"};
 
+using TextField = std::optional<std::string> NewsDetails::*;
+
 struct TextMember {
     const char* key;
-    std::optional<std::string> NewsDetails::* field;
+    TextField field;
 };
 constexpr std::array<TextMember, 5> textMembers{{{"headline", &NewsDetails::headline},
                                                  {"story_id", &NewsDetails::storyID},

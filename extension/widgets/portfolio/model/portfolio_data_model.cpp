@@ -12,9 +12,11 @@ using nlohmann::json;
 using nlohmann::ordered_json;
 using platform::Result;
 
+using TextField = std::optional<std::string> NetworthDetails::*;
+
 struct TextMember {
     const char* key;
-    std::optional<std::string> NetworthDetails::* field;
+    TextField field;
 };
 
 constexpr const char* countKey = "no_of_stocks";
