@@ -8,15 +8,17 @@ run: build
 
 build: setup
 	@cmake --preset release >/dev/null
-	@cmake --build --preset release
+	@cmake --build --preset release --target programs
 
 test: build
+	@cmake --build --preset release
 	@cmake --preset asan >/dev/null
 	@cmake --build --preset asan
 	@ctest --preset release
 	@ctest --preset asan
 
 bench: build
+	@cmake --build --preset release --target brightledger_bench
 	@bench/run
 
 lint: setup

@@ -255,7 +255,9 @@ TEST_F(CommandLineTest, StoredValuesKeepTheirTypesThroughExportAndImport) {
 TEST_F(CommandLineTest, ADamagedStoreIsLeftAloneUntilItIsRepaired) {
     ASSERT_EQ(run("store set key integer 1").exitCode, 0);
     std::filesystem::path file;
-    for (const auto& each : std::filesystem::directory_iterator(path("data"))) file = each.path();
+    for (const auto& each : std::filesystem::directory_iterator(path("data"))) {
+        if (each.path().extension() == ".sqlite") file = each.path();
+    }
     const std::string damaged(8192, 'x');
     write(file, damaged);
 
