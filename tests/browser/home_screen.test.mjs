@@ -184,7 +184,8 @@ story("another theme changes the pictures, and the automatic one turns dark at 1
   await until("the pictures are dark", () => isDark(page));
 
   const travel = async (time) => {
-    await page.getByLabel("Time in India").fill(time);
+    // The field writes no seconds where there are none.
+    await page.getByLabel("Time in India").fill(time.replace(/:00$/, ""));
     await button(page, "Go").click();
     const wanted = `${time.slice(11)} in India · stopped`;
     await until(`it is ${time}`, async () => (await page.locator("#clock").textContent()).endsWith(wanted));
