@@ -14,7 +14,7 @@
 #include "host/cli/output.h"
 #include "host/cli/surroundings.h"
 #include "platform/runtime/runtime.h"
-#include "platform/widget/host_widget_center.h"
+#include "platform/wire/host_widget_center.h"
 
 namespace host {
 namespace {

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <system_error>
-#include "host/process/file_descriptor.h"
+#include "platform/base/file_descriptor.h"
 #include "platform/wire/descriptor.h"
 
 namespace host {
@@ -39,7 +39,7 @@ Result<void> printText(std::string_view text) {
 void printLine(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
 
 Result<void> writeFile(const std::filesystem::path& file, std::string_view content, bool isPrivate) {
-    const FileDescriptor output(
+    const platform::FileDescriptor output(
         open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, isPrivate ? 0600 : 0666));
     if (!output.isOpen()) return fileFailure(file, "written", errno);
     const Result<void> written = platform::writeAll(output.number(), content);
@@ -48,7 +48,8 @@ Result<void> writeFile(const std::filesystem::path& file, std::string_view conte
 }
 
 Result<std::string> readFile(const std::filesystem::path& file) {
-    const FileDescriptor input(file == "-" ? dup(STDIN_FILENO) : open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    const platform::FileDescriptor input(file == "-" ? dup(STDIN_FILENO)
+                                                     : open(file.c_str(), O_RDONLY | O_CLOEXEC));
     if (!input.isOpen()) return fileFailure(file, "read", errno);
     std::string content;
     for (;;) {

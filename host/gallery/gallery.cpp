@@ -19,9 +19,9 @@
 #include "host/gallery/index_page.h"
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
+#include "host/process/demo_child.h"
 #include "host/process/extension_arguments.h"
 #include "host/process/extension_process.h"
-#include "host/web/demo_child.h"
 #include "platform/settings/property_list.h"
 
 namespace host {
@@ -121,12 +121,12 @@ platform::ProcessOptions surroundings(platform::ProcessOptions options) {
 }
 
 /// The extension in one state, with a store and an information dictionary of its own.
-class Stage {
+class GalleryRun {
 public:
-    static Result<std::unique_ptr<Stage>> make(const GalleryOptions& options,
-                                               const platform::ProcessOptions& surroundings,
-                                               const GalleryState& state, const fs::path& folder,
-                                               const std::string& origin) {
+    static Result<std::unique_ptr<GalleryRun>> make(const GalleryOptions& options,
+                                                    const platform::ProcessOptions& surroundings,
+                                                    const GalleryState& state, const fs::path& folder,
+                                                    const std::string& origin) {
         platform::ProcessOptions process = surroundings;
         process.dataDirectory = (folder / state.name).string();
         process.infoPlist = (folder / (state.name + ".plist")).string();
@@ -136,9 +136,9 @@ public:
         if (!written) return tl::unexpected(written.error());
         const Result<RuntimeOptions> resolved = platform::runtimeOptions(process, *process.infoPlist);
         if (!resolved) return tl::unexpected(resolved.error());
-        auto stage = std::unique_ptr<Stage>(new Stage(options, process, *resolved));
-        const Result<void> chosen = stage->choose(state, service);
-        return chosen ? Result<std::unique_ptr<Stage>>(std::move(stage)) : tl::unexpected(chosen.error());
+        auto run = std::unique_ptr<GalleryRun>(new GalleryRun(options, process, *resolved));
+        const Result<void> chosen = run->choose(state, service);
+        return chosen ? Result<std::unique_ptr<GalleryRun>>(std::move(run)) : tl::unexpected(chosen.error());
     }
 
     Result<void> setTheme(bool isDark) {
@@ -150,8 +150,8 @@ public:
     int osVersion() const { return runtime_.osVersion(); }
 
 private:
-    Stage(const GalleryOptions& options, const platform::ProcessOptions& process,
-          const RuntimeOptions& resolved)
+    GalleryRun(const GalleryOptions& options, const platform::ProcessOptions& process,
+               const RuntimeOptions& resolved)
         : runtime_(resolved),
           phoneApp_(runtime_),
           extension_({.program = options.programs / "brightledger-extension",
@@ -195,17 +195,17 @@ public:
         // The next state's questions are answered while this one's pictures are drawn.
         const auto asked = [&](const GalleryState& state) {
             return std::async(std::launch::async, [&] {
-                auto stage = Stage::make(options_, process, state, folder, origin);
-                return stage ? ask(**stage, state) : tl::unexpected(std::move(stage.error()));
+                auto run = GalleryRun::make(options_, process, state, folder, origin);
+                return run ? ask(**run, state) : tl::unexpected(std::move(run.error()));
             });
         };
         auto next = asked(states_.front());
         for (auto state = states_.begin(); state != states_.end(); ++state) {
-            const Result<std::vector<Pose>> poses = next.get();
+            const Result<std::vector<GalleryShot>> poses = next.get();
             if (!poses) return tl::unexpected(poses.error());
             if (state + 1 != states_.end()) next = asked(*(state + 1));
-            for (const Pose& pose : *poses) {
-                if (const Result<void> drawn = draw(pose); !drawn) return drawn;
+            for (const GalleryShot& shot : *poses) {
+                if (const Result<void> drawn = draw(shot); !drawn) return drawn;
             }
         }
         return {};
@@ -219,53 +219,53 @@ public:
 
 private:
     /// What the extension answered for one picture.
-    struct Pose {
+    struct GalleryShot {
         GalleryPicture picture;
         platform::View view;
         LayoutOptions layout;
     };
 
-    Result<std::vector<Pose>> ask(Stage& stage, const GalleryState& state) {
+    Result<std::vector<GalleryShot>> ask(GalleryRun& run, const GalleryState& state) {
         if (widgets_.empty()) {
-            auto widgets = stage.extension().gallery(waitingLimit);
+            auto widgets = run.extension().gallery(waitingLimit);
             if (!widgets) return tl::unexpected(widgets.error());
             widgets_ = std::move(*widgets);
         }
-        std::vector<Pose> poses;
+        std::vector<GalleryShot> poses;
         for (const bool isDark : themes) {
-            if (const Result<void> set = stage.setTheme(isDark); !set) return tl::unexpected(set.error());
+            if (const Result<void> set = run.setTheme(isDark); !set) return tl::unexpected(set.error());
             for (const WidgetListing& widget : widgets_) {
                 if (std::ranges::find(state.kinds, widget.kind) == state.kinds.end()) continue;
                 for (const WidgetFamily family : widget.families) {
-                    auto pose = ask(stage, state.request, {widget.kind, family, isDark, state.name});
-                    if (!pose) return tl::unexpected(pose.error());
-                    poses.push_back(std::move(*pose));
+                    auto shot = ask(run, state.request, {widget.kind, family, isDark, state.name});
+                    if (!shot) return tl::unexpected(shot.error());
+                    poses.push_back(std::move(*shot));
                 }
             }
         }
         return poses;
     }
 
-    static Result<Pose> ask(Stage& stage, EntryRequest request, GalleryPicture picture) {
-        const auto answer = stage.extension().ask(
+    static Result<GalleryShot> ask(GalleryRun& run, EntryRequest request, GalleryPicture picture) {
+        const auto answer = run.extension().ask(
             {.kind = picture.kind, .family = picture.family, .request = request, .wantsViews = true},
             waitingLimit);
         if (!answer) return tl::unexpected(answer.error());
         if (answer->entries.empty()) return failure(picture.kind + " answered without an entry");
         LayoutOptions layout{.size = platform::widgetSize(picture.family),
-                             .osVersion = stage.osVersion(),
+                             .osVersion = run.osVersion(),
                              .kind = picture.kind,
                              .family = std::string(description(picture.family)),
                              .isRedacted = request == EntryRequest::placeholder};
-        return Pose{std::move(picture), answer->entries.front().view.value_or(platform::View()),
-                    std::move(layout)};
+        return GalleryShot{std::move(picture), answer->entries.front().view.value_or(platform::View()),
+                           std::move(layout)};
     }
 
-    Result<void> draw(const Pose& pose) {
-        const DisplayList list = makeDisplayList(pose.view, pose.layout, painter_->measurer(options_.scale));
+    Result<void> draw(const GalleryShot& shot) {
+        const DisplayList list = makeDisplayList(shot.view, shot.layout, painter_->measurer(options_.scale));
         return painter_->png(list, options_.scale).and_then([&](const std::string& png) {
-            note(pose.picture.fileName(), png);
-            return write(options_.folder / pose.picture.fileName(), png);
+            note(shot.picture.fileName(), png);
+            return write(options_.folder / shot.picture.fileName(), png);
         });
     }
 

@@ -77,7 +77,7 @@ std::string_view newsText(PictureNews news) {
     return "";
 }
 
-struct Turn {
+struct Point {
     double x;
     double y;
 };
@@ -87,21 +87,21 @@ struct Turn {
 std::string outlinePath(WidgetFamily family) {
     constexpr double radius = 22.0;
     // Along the first side and away from it, in radii from the corner, up to the corner's end.
-    constexpr std::array<Turn, 10> curve{{{1.528665, 0.0},
-                                          {1.0884930, 0.0},
-                                          {0.8684070, 0.0},
-                                          {0.6314941, 0.0749114},
-                                          {0.3728240, 0.1690600},
-                                          {0.1690600, 0.3728240},
-                                          {0.0749114, 0.6314941},
-                                          {0.0, 0.8684070},
-                                          {0.0, 1.0884930},
-                                          {0.0, 1.528665}}};
+    constexpr std::array<Point, 10> curve{{{1.528665, 0.0},
+                                           {1.0884930, 0.0},
+                                           {0.8684070, 0.0},
+                                           {0.6314941, 0.0749114},
+                                           {0.3728240, 0.1690600},
+                                           {0.1690600, 0.3728240},
+                                           {0.0749114, 0.6314941},
+                                           {0.0, 0.8684070},
+                                           {0.0, 1.0884930},
+                                           {0.0, 1.528665}}};
     const auto [width, height] = platform::widgetSize(family);
     struct Corner {
-        Turn at;
-        Turn along;
-        Turn away;
+        Point at;
+        Point along;
+        Point away;
     };
     const std::array<Corner, 4> corners{{{{width, 0}, {-1, 0}, {0, 1}},
                                          {{width, height}, {0, -1}, {-1, 0}},

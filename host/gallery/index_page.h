@@ -4,7 +4,7 @@
 
 #include <string>
 #include <vector>
-#include "platform/widget/widget_family.h"
+#include "platform/view/widget_family.h"
 
 namespace host {
 

@@ -10,7 +10,7 @@
 #include "platform/base/bytes.h"
 #include "platform/base/color.h"
 #include "platform/view/view.h"
-#include "platform/widget/widget_family.h"
+#include "platform/view/widget_family.h"
 
 namespace host {
 

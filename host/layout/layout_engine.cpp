@@ -79,7 +79,7 @@ Point alignedOffset(const Answer& outer, const Answer& inner, const Alignment& a
 }
 
 /// The extent of views that are lined up by one guide each.
-struct LineUp {
+struct AlignedExtent {
     double before = 0.0;
     double after = 0.0;
 
@@ -394,8 +394,8 @@ private:
     Arrangement pile(const LayoutNode& node, const Proposal& proposal) {
         const auto* stack = std::get_if<node::ZStack>(node.kind);
         const Alignment alignment = stack != nullptr ? stack->alignment : Alignment{};
-        LineUp horizontal;
-        LineUp vertical;
+        AlignedExtent horizontal;
+        AlignedExtent vertical;
         std::vector<Answer> answers;
         answers.reserve(node.items.size());
         for (const std::size_t item : node.items) {
@@ -486,7 +486,7 @@ private:
         };
         std::vector<Answer> answers;
         answers.reserve(node.items.size());
-        LineUp breadth;
+        AlignedExtent breadth;
         for (std::size_t i = 0; i < node.items.size(); ++i) {
             const Answer& answered = answers.emplace_back(measure(node.items[i], proposals[i]));
             breadth.add(guideAcross(answered), along(across(axis), answered.size));

@@ -7,7 +7,7 @@
 #include <vector>
 #include "platform/base/bytes.h"
 #include "platform/view/view.h"
-#include "platform/widget/widget_family.h"
+#include "platform/view/widget_family.h"
 
 namespace host {
 

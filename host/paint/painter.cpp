@@ -42,18 +42,19 @@ Rect snapped(const Rect& frame, double scale) {
 }
 
 /// Far beyond any widget, and well within what can be counted in fixed-point pixels.
-bool isCountable(const Rect& frame) {
+bool isRepresentable(const Rect& frame) {
     constexpr double farthest = 1e6;
     return std::ranges::all_of(std::array{frame.x, frame.y, frame.width, frame.height},
                                [](double length) { return std::abs(length) <= farthest; });
 }
 
 /// Whether the item has its place among the pixels; what has not is not drawn.
-bool isCountable(const DisplayItem& item) {
+bool isRepresentable(const DisplayItem& item) {
     const auto* stroke = std::get_if<StrokeItem>(&item.content);
     const double lineWidth = stroke != nullptr ? stroke->lineWidth : 0.0;
-    return isCountable(item.frame) && isCountable({.x = 0.0, .y = 0.0, .width = lineWidth, .height = 0.0}) &&
-           std::ranges::all_of(item.clips, [](const Clip& clip) { return isCountable(clip.frame); });
+    return isRepresentable(item.frame) &&
+           isRepresentable({.x = 0.0, .y = 0.0, .width = lineWidth, .height = 0.0}) &&
+           std::ranges::all_of(item.clips, [](const Clip& clip) { return isRepresentable(clip.frame); });
 }
 
 void setColor(cairo_t* canvas, const platform::Color& color, double opacity) {
@@ -119,7 +120,7 @@ private:
                 if (depth == 0) break;
                 continue;
             }
-            if (isCountable(*item)) addWithOverhang(*item);
+            if (isRepresentable(*item)) addWithOverhang(*item);
         }
         cairo_clip(canvas_);
         cairo_push_group(canvas_);
@@ -144,7 +145,7 @@ private:
     }
 
     void paint(const DisplayItem& item) {
-        if (item.ownOpacity <= 0.0 || !isCountable(item)) return;
+        if (item.ownOpacity <= 0.0 || !isRepresentable(item)) return;
         cairo_save(canvas_);
         for (const Clip& clip : item.clips) {
             addRoundedRectangle(canvas_, snapped(clip.frame, scale_), clip.cornerRadius, clip.style);
@@ -320,7 +321,7 @@ Result<std::string> Painter::svg(const DisplayList& list) {
     if (const cairo_status_t status = cairo_status(canvas.get()); status != CAIRO_STATUS_SUCCESS) {
         return drawingFailed(status);
     }
-    return withNamesCountedAnew(text);
+    return withRenumberedIds(text);
 }
 
 }  // namespace host

@@ -13,7 +13,7 @@ constexpr std::array<std::string_view, 3> leads{"id=\"", "=\"#", "url(#"};
 
 }  // namespace
 
-std::string withNamesCountedAnew(std::string_view svg) {
+std::string withRenumberedIds(std::string_view svg) {
     std::unordered_map<std::string_view, std::size_t> numbers;
     std::string counted;
     counted.reserve(svg.size());

@@ -9,6 +9,6 @@ namespace host {
 
 /// Numbers the identifiers of an SVG anew, in the order in which they appear: the library counts on
 /// through all drawings of a process, and the same drawing is to give the same text.
-std::string withNamesCountedAnew(std::string_view svg);
+std::string withRenumberedIds(std::string_view svg);
 
 }  // namespace host

@@ -53,7 +53,7 @@ double millisecondsBetween(ExtensionChild::SteadyTime from, ExtensionChild::Stea
 
 /// Reads what is there without waiting; false at the end of the stream.
 template <typename Take>
-bool drain(const FileDescriptor& descriptor, const Take& take) {
+bool drain(const platform::FileDescriptor& descriptor, const Take& take) {
     std::array<char, 16384> buffer{};
     for (;;) {
         const ssize_t count = read(descriptor.number(), buffer.data(), buffer.size());
@@ -71,15 +71,15 @@ ExtensionChild::ExtensionChild(const ExtensionOptions& options, std::vector<wire
     : options_(options), started_(steady_clock::now()), heard_(started_), lastUse_(started_) {
     std::array<int, 2> ends{-1, -1};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0) {
-        messages_ = aboveStandard(ends[0]);
-        childMessages_ = aboveStandard(ends[1]);
+        messages_ = platform::aboveStandard(ends[0]);
+        childMessages_ = platform::aboveStandard(ends[1]);
     }
     if (pipe2(ends.data(), O_CLOEXEC) == 0) {
-        log_ = aboveStandard(ends[0]);
-        childLog_ = aboveStandard(ends[1]);
+        log_ = platform::aboveStandard(ends[0]);
+        childLog_ = platform::aboveStandard(ends[1]);
     }
-    wakeUp_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    for (const FileDescriptor* end : {&messages_, &log_}) {
+    wakeUp_ = platform::FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    for (const platform::FileDescriptor* end : {&messages_, &log_}) {
         if (end->isOpen()) fcntl(end->number(), F_SETFL, fcntl(end->number(), F_GETFL) | O_NONBLOCK);
     }
     for (wire::Request& request : first) tell(std::move(request));
@@ -212,7 +212,7 @@ bool ExtensionChild::start() {
     }
     const std::lock_guard lock(mutex_);
     processId_ = *child;
-    process_ = FileDescriptor(openProcess(*child));
+    process_ = platform::FileDescriptor(openProcess(*child));
     return true;
 }
 

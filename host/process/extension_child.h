@@ -13,8 +13,8 @@
 #include <thread>
 #include <vector>
 #include "host/process/extension_process.h"
-#include "host/process/file_descriptor.h"
 #include "host/process/process_status.h"
+#include "platform/base/file_descriptor.h"
 #include "platform/base/result.h"
 #include "platform/wire/extension.pb.h"
 #include "platform/wire/framing.h"
@@ -85,13 +85,13 @@ private:
 
     const ExtensionOptions options_;
     const SteadyTime started_;
-    FileDescriptor messages_;
-    FileDescriptor log_;
-    FileDescriptor wakeUp_;
-    FileDescriptor process_;
+    platform::FileDescriptor messages_;
+    platform::FileDescriptor log_;
+    platform::FileDescriptor wakeUp_;
+    platform::FileDescriptor process_;
     // The child's ends, until it has them.
-    FileDescriptor childMessages_;
-    FileDescriptor childLog_;
+    platform::FileDescriptor childMessages_;
+    platform::FileDescriptor childLog_;
 
     // Used on the child's thread only.
     platform::FrameReader frames_;

@@ -13,8 +13,8 @@
 #include "platform/base/clock.h"
 #include "platform/base/result.h"
 #include "platform/view/view.h"
+#include "platform/view/widget_family.h"
 #include "platform/widget/timeline.h"
-#include "platform/widget/widget_family.h"
 
 namespace host {
 

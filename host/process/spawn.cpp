@@ -11,7 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <system_error>
-#include "host/process/file_descriptor.h"
+#include "platform/base/file_descriptor.h"
 
 namespace host {
 namespace {
@@ -36,8 +36,8 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 }
 
 /// Between fork and exec nothing may allocate or lock: other threads' locks stay locked here.
-[[noreturn]] void becomeProgram(const SpawnOptions& options, pid_t parent, int trouble,
-                                char* const* arguments, char* const* environment) {
+[[noreturn]] void execInChild(const SpawnOptions& options, pid_t parent, int trouble, char* const* arguments,
+                              char* const* environment) {
     setpgid(0, 0);
     for (int signal = 1; signal < NSIG; ++signal) std::signal(signal, SIG_DFL);
     sigset_t none;
@@ -65,7 +65,7 @@ tl::unexpected<platform::Error> cannotStart(const std::string& program, int erro
 }
 
 /// What the child wrote before its end; 0 when it became the program, which closes the pipe.
-int readError(const FileDescriptor& trouble) {
+int readError(const platform::FileDescriptor& trouble) {
     int error = 0;
     while (read(trouble.number(), &error, sizeof error) < 0 && errno == EINTR) {
     }
@@ -84,18 +84,18 @@ platform::Result<int> spawn(const SpawnOptions& options) {
 
     std::array<int, 2> ends{-1, -1};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) return cannotStart(argumentTexts.front(), errno);
-    const FileDescriptor trouble(ends[0]);
-    FileDescriptor childsTrouble = aboveStandard(ends[1]);
+    const platform::FileDescriptor trouble(ends[0]);
+    platform::FileDescriptor errorPipe = platform::aboveStandard(ends[1]);
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
-        becomeProgram(options, parent, childsTrouble.number(), arguments.data(), environment.data());
+        execInChild(options, parent, errorPipe.number(), arguments.data(), environment.data());
     }
     if (child < 0) {
         return platform::failure("ExtensionError", errno,
                                  "no process can be started: " + std::generic_category().message(errno));
     }
-    childsTrouble.reset();
+    errorPipe.reset();
     const int error = readError(trouble);
     if (error == 0) return child;
     waitpid(child, nullptr, 0);

@@ -55,7 +55,7 @@ nlohmann::ordered_json ledgerJson(const LedgerEntry& entry) {
             {"widget", entry.widget},
             {"kind", entry.kind},
             {"family", platform::description(entry.family)},
-            {"asker", description(entry.asker)},
+            {"requester", description(entry.requester)},
             {"due", platform::formatInstant(entry.due)},
             {"decided", platform::formatInstant(entry.decided)},
             {"result", description(entry.result)},
@@ -67,8 +67,8 @@ nlohmann::ordered_json ledgerJson(const LedgerEntry& entry) {
 std::string ledgerLine(const LedgerEntry& entry) {
     std::string line = platform::formatInstant(entry.decided) + "  " + entry.kind + " " +
                        std::string(platform::description(entry.family)) + "  asked by " +
-                       std::string(description(entry.asker)) + " for " + platform::formatInstant(entry.due) +
-                       ": " + std::string(description(entry.result));
+                       std::string(description(entry.requester)) + " for " +
+                       platform::formatInstant(entry.due) + ": " + std::string(description(entry.result));
     if (!entry.reason.empty()) line += " (" + entry.reason + ")";
     if (entry.durationMs > 0.0) {
         char figures[64];

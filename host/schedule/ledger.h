@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 #include "host/schedule/reload_plan.h"
-#include "platform/widget/widget_family.h"
+#include "platform/view/widget_family.h"
 
 namespace host {
 
@@ -20,7 +20,7 @@ struct LedgerEntry {
     int widget = 0;
     std::string kind;
     platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
-    Asker asker = Asker::policy;
+    Requester requester = Requester::policy;
     /// When it was asked for, and when that was decided, on the widgets' clock.
     platform::Instant due;
     platform::Instant decided;

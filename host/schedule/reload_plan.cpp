@@ -7,13 +7,13 @@ using platform::Instant;
 
 std::string_view description(ReloadMode mode) { return mode == ReloadMode::live ? "live" : "phone"; }
 
-std::string_view description(Asker asker) {
-    switch (asker) {
-        case Asker::placement: return "placement";
-        case Asker::policy: return "policy";
-        case Asker::app: return "app";
-        case Asker::person: return "person";
-        case Asker::clock: return "clock";
+std::string_view description(Requester requester) {
+    switch (requester) {
+        case Requester::placement: return "placement";
+        case Requester::policy: return "policy";
+        case Requester::app: return "app";
+        case Requester::person: return "person";
+        case Requester::clock: return "clock";
     }
     return "";
 }
@@ -40,9 +40,9 @@ std::string pastReason(Hold hold, ReloadMode mode) {
     return "";
 }
 
-void ReloadPlan::ask(Asker asker, const Moment& now) {
+void ReloadPlan::ask(Requester requester, const Moment& now) {
     // A person's word weighs most: nothing holds it.
-    if (!request_ || asker == Asker::person) request_ = Request{asker, now, isRunning_};
+    if (!request_ || requester == Requester::person) request_ = Request{requester, now, isRunning_};
 }
 
 void ReloadPlan::clockMoved(const Moment& now) {
@@ -54,12 +54,12 @@ void ReloadPlan::clockMoved(const Moment& now) {
 std::optional<NextReload> ReloadPlan::next(const Moment& now) const {
     if (isRunning_) return std::nullopt;
     if (request_) {
-        const auto& [asker, asked, cameDuringAnother] = *request_;
-        NextReload next{asker,
+        const auto& [requester, asked, cameDuringAnother] = *request_;
+        NextReload next{requester,
                         asked.shown,
                         {std::min(asked.shown, now.shown), asked.real},
                         cameDuringAnother ? Hold::busy : Hold::none};
-        if (failures_ > 0 && asker != Asker::person && backOffEnd_ > asked.real) {
+        if (failures_ > 0 && requester != Requester::person && backOffEnd_ > asked.real) {
             next.at.real = backOffEnd_;
             next.hold = Hold::backOff;
         }
@@ -67,11 +67,11 @@ std::optional<NextReload> ReloadPlan::next(const Moment& now) const {
     }
     if (failures_ > 0) {
         return NextReload{
-            Asker::policy, failedAt_, {std::min(failedAt_, now.shown), backOffEnd_}, Hold::backOff};
+            Requester::policy, failedAt_, {std::min(failedAt_, now.shown), backOffEnd_}, Hold::backOff};
     }
     if (!policyDue_) return std::nullopt;
 
-    NextReload next{Asker::policy, *policyDue_, {*policyDue_, {}}, Hold::none};
+    NextReload next{Requester::policy, *policyDue_, {*policyDue_, {}}, Hold::none};
     const auto holdUntil = [&next](Instant moment, Hold hold) {
         if (moment <= next.at.shown) return;
         next.at.shown = moment;

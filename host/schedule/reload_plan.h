@@ -15,7 +15,7 @@ namespace host {
 enum class ReloadMode { live, phone };
 
 /// Who wants a widget anew.
-enum class Asker {
+enum class Requester {
     placement,  // it was just placed
     policy,     // its own timeline
     app,        // the phone app
@@ -27,7 +27,7 @@ enum class Asker {
 enum class Hold { none, floor, budget, backOff, busy };
 
 std::string_view description(ReloadMode mode);
-std::string_view description(Asker asker);
+std::string_view description(Requester requester);
 /// A reason for people, while it holds: "waiting after a failure".
 std::string reason(Hold hold, ReloadMode mode);
 /// The same once it is over: "had waited after a failure".
@@ -41,7 +41,7 @@ struct Moment {
 };
 
 struct NextReload {
-    Asker asker = Asker::policy;
+    Requester requester = Requester::policy;
     /// When it was asked for.
     platform::Instant due;
     /// When it may happen, on both clocks: the later of the two counts.
@@ -72,7 +72,7 @@ public:
 
     /// Several requests before the next start are one. One that comes while an answer is awaited is kept for
     /// afterwards: the answer may rest on what is no longer true.
-    void ask(Asker asker, const Moment& now);
+    void ask(Requester requester, const Moment& now);
     /// The time was set: what lies in the future now has never happened.
     void clockMoved(const Moment& now);
 
@@ -101,7 +101,7 @@ private:
     platform::Instant failedAt_;
     std::chrono::steady_clock::time_point backOffEnd_;
     struct Request {
-        Asker asker;
+        Requester requester;
         Moment at;
         bool cameDuringAnother;
     };

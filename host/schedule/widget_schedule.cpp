@@ -52,7 +52,7 @@ struct WidgetSchedule::Widget {
     std::string visible;
     std::string lastError;
     /// The hold that the ledger already tells of.
-    std::optional<std::pair<Asker, platform::Instant>> notedHold;
+    std::optional<std::pair<Requester, platform::Instant>> notedHold;
 
     /// The entry to be shown at that moment; null when all lie in the future.
     const AnsweredEntry* entryAt(platform::Instant moment) const {
@@ -98,7 +98,7 @@ void WidgetSchedule::place(int id, std::string kind, platform::WidgetFamily fami
     {
         const std::lock_guard lock(mutex_);
         const auto widget = std::make_shared<Widget>(id, std::move(kind), family, mode_);
-        widget->plan.ask(Asker::placement, now());
+        widget->plan.ask(Requester::placement, now());
         widgets_.emplace(id, widget);
     }
     wake_.notify_all();
@@ -112,21 +112,21 @@ void WidgetSchedule::remove(int id) {
     widgets_.erase(found);
 }
 
-void WidgetSchedule::reload(std::optional<std::string_view> kind, Asker asker) {
+void WidgetSchedule::reload(std::optional<std::string_view> kind, Requester requester) {
     {
         const std::lock_guard lock(mutex_);
         for (const auto& [id, widget] : widgets_) {
-            if (!kind || widget->kind == *kind) widget->plan.ask(asker, now());
+            if (!kind || widget->kind == *kind) widget->plan.ask(requester, now());
         }
     }
     wake_.notify_all();
 }
 
-void WidgetSchedule::reload(int id, Asker asker) {
+void WidgetSchedule::reload(int id, Requester requester) {
     {
         const std::lock_guard lock(mutex_);
         const auto found = widgets_.find(id);
-        if (found != widgets_.end()) found->second->plan.ask(asker, now());
+        if (found != widgets_.end()) found->second->plan.ask(requester, now());
     }
     wake_.notify_all();
 }
@@ -142,7 +142,7 @@ void WidgetSchedule::forget(std::string_view kind) {
             widget->picture.reset();
             widget->visible.clear();
             widget->needsPlaceholder = true;
-            widget->plan.ask(Asker::app, now());
+            widget->plan.ask(Requester::app, now());
             forgotten.push_back(id);
         }
     }
@@ -186,7 +186,7 @@ void WidgetSchedule::setClock(std::optional<platform::Instant> instant, double r
         const std::lock_guard lock(mutex_);
         for (const auto& [id, widget] : widgets_) {
             widget->plan.clockMoved(now());
-            widget->plan.ask(Asker::clock, now());
+            widget->plan.ask(Requester::clock, now());
         }
     }
     wake_.notify_all();
@@ -292,7 +292,8 @@ std::shared_ptr<WidgetSchedule::Widget> WidgetSchedule::nextReload(const Moment&
             continue;
         }
         // Together they may have been too much for it.
-        if (widget->plan.failures() > 0 && next->asker != Asker::person && isKindBusy(widget->kind)) continue;
+        if (widget->plan.failures() > 0 && next->requester != Requester::person && isKindBusy(widget->kind))
+            continue;
         // The real clock tells those apart that became ready while the shown one stood still.
         const std::pair ready{next->at.shown, next->at.real};
         if (first && ready >= firstReady) continue;
@@ -321,13 +322,13 @@ Hold WidgetSchedule::holdOf(const NextReload& next) const {
 }
 
 void WidgetSchedule::noteHold(Widget& widget, const NextReload& next, const Moment& now) {
-    const std::pair hold{next.asker, next.due};
+    const std::pair hold{next.requester, next.due};
     if (next.hold == Hold::none || widget.notedHold == hold) return;
     widget.notedHold = hold;
     surroundings_.ledger.add({.widget = widget.id,
                               .kind = widget.kind,
                               .family = widget.family,
-                              .asker = next.asker,
+                              .requester = next.requester,
                               .due = next.due,
                               .decided = now.shown,
                               .result = LedgerEntry::Result::held,
@@ -346,7 +347,7 @@ bool WidgetSchedule::show(Widget& widget, const AnsweredEntry& entry, bool isPla
     const bool isNew = !widget.picture || visible != widget.visible;
     auto picture = std::make_shared<ShownPicture>(ShownPicture{
         .version = isNew ? ++lastVersion_ : widget.picture->version,
-        .sitter = {*entry.view, widget.kind, widget.family, isPlaceholder},
+        .widget = {*entry.view, widget.kind, widget.family, isPlaceholder},
         .entryJson = entry.json,
         .entryDate = entry.date,
         .since = surroundings_.clock.now(),
@@ -387,7 +388,7 @@ void WidgetSchedule::reload(const std::shared_ptr<Widget>& widget, std::unique_l
     const std::uint64_t number = surroundings_.ledger.add({.widget = widget->id,
                                                            .kind = widget->kind,
                                                            .family = widget->family,
-                                                           .asker = next.asker,
+                                                           .requester = next.requester,
                                                            .due = next.due,
                                                            .decided = start.shown,
                                                            .reason = pastReason(hold, mode_)});

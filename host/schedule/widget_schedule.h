@@ -12,10 +12,10 @@
 #include <string>
 #include <thread>
 #include <vector>
+#include "host/paint/widget_renderer.h"
 #include "host/process/extension_process.h"
 #include "host/schedule/ledger.h"
 #include "host/schedule/pause.h"
-#include "host/schedule/picture_studio.h"
 #include "host/schedule/reload_plan.h"
 #include "platform/base/clock.h"
 
@@ -25,7 +25,7 @@ namespace host {
 struct ShownPicture {
     /// Counts up over all pictures of the process.
     int version = 0;
-    Sitter sitter;
+    DrawnWidget widget;
     std::string entryJson;
     platform::Instant entryDate;
     /// When it came, on the widgets' clock.
@@ -54,7 +54,7 @@ class WidgetSchedule {
 public:
     struct Surroundings {
         ExtensionProcess& extension;
-        PictureStudio& studio;
+        WidgetRenderer& renderer;
         /// The clock that widgets see.
         platform::Clock& clock;
         Ledger& ledger;
@@ -80,8 +80,8 @@ public:
     void remove(int id);
 
     /// Asks for the widgets of that kind, or for all.
-    void reload(std::optional<std::string_view> kind, Asker asker);
-    void reload(int id, Asker asker);
+    void reload(std::optional<std::string_view> kind, Requester requester);
+    void reload(int id, Requester requester);
     /// Takes the pictures of that kind away: they belong to somebody who is no longer here. The
     /// placeholder stands there until the next timeline comes.
     void forget(std::string_view kind);

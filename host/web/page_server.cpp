@@ -84,8 +84,9 @@ Response fileResponse(const std::filesystem::path& file, std::string_view type) 
     return {.contentType = std::string(type), .body = Bytes(text.str())};
 }
 
-Response withWalls(Response response) {
-    if (response.later) return {.later = [make = std::move(response.later)] { return withWalls(make()); }};
+Response withSecurityHeaders(Response response) {
+    if (response.later)
+        return {.later = [make = std::move(response.later)] { return withSecurityHeaders(make()); }};
     response.headers.emplace_back(
         "Content-Security-Policy",
         "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
@@ -144,7 +145,8 @@ platform::Result<std::unique_ptr<PageServer>> PageServer::start(HomeScreen& home
         // The first request may come before the port is known.
         const std::lock_guard lock(page->mutex_);
         auto server = serving::HttpServer::start(
-            port, [&self = *page](const Request& request) { return withWalls(self.answer(request)); },
+            port,
+            [&self = *page](const Request& request) { return withSecurityHeaders(self.answer(request)); },
             {.connections = 64, .headerBytes = 16U << 10, .bodyBytes = 64U << 10});
         if (!server) return tl::unexpected(server.error());
         page->server_ = std::move(*server);

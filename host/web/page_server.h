@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 #include <vector>
-#include "host/web/home_screen.h"
+#include "host/home/home_screen.h"
 #include "platform/base/result.h"
 #include "serving/http_server.h"
 

@@ -6,13 +6,13 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include "host/home/home_screen.h"
+#include "host/home/host_socket.h"
+#include "host/process/demo_child.h"
 #include "host/process/extension_arguments.h"
-#include "host/web/center_socket.h"
-#include "host/web/demo_child.h"
-#include "host/web/home_screen.h"
 #include "host/web/page_server.h"
 #include "platform/base/ending_signals.h"
-#include "platform/widget/host_widget_center.h"
+#include "platform/wire/host_widget_center.h"
 
 namespace host {
 
@@ -61,7 +61,7 @@ platform::Result<void> runHomeScreen(const RunOptions& options) {
     const std::filesystem::path socketPath = platform::hostSocketPath(runtime->dataDirectory);
     HomeScreen* answering = nullptr;
     std::mutex mutex;
-    auto socket = CenterSocket::open(socketPath, [&](std::string_view question) -> std::string {
+    auto socket = HostSocket::open(socketPath, [&](std::string_view question) -> std::string {
         const std::lock_guard lock(mutex);
         return answering == nullptr ? "error\nthe home screen is starting or ending"
                                     : answering->answerProcess(question);

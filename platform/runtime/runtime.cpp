@@ -25,9 +25,9 @@ public:
 std::atomic<const Runtime*> current = nullptr;
 
 /// Forgets that `owner` was the process's one, if it was.
-struct Resignation {
+struct CurrentRuntimeGuard {
     const Runtime* owner;
-    ~Resignation() { current.compare_exchange_strong(owner, nullptr); }
+    ~CurrentRuntimeGuard() { current.compare_exchange_strong(owner, nullptr); }
 };
 
 }  // namespace
@@ -49,7 +49,7 @@ struct Runtime::State {
     }
 
     // First, so that it comes last: a completion that is still running may ask for the process's one.
-    Resignation resignation;
+    CurrentRuntimeGuard resignation;
 
     Clock clock;
     Locale locale;

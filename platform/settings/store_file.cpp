@@ -61,7 +61,7 @@ int lockBytes(int descriptor, short kind) {
 }
 
 /// So that a power cut does not bring the old names back.
-void keepNames(const fs::path& folder) {
+void syncFolder(const fs::path& folder) {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) return;
     fsync(descriptor);
@@ -203,7 +203,7 @@ Result<void> createStore(const fs::path& file) {
         if (!filled) return filled;
     }
     if (std::rename(fresh.c_str(), file.c_str()) != 0) return systemFailure("create", file);
-    keepNames(file.parent_path());
+    syncFolder(file.parent_path());
     return {};
 }
 
@@ -237,7 +237,7 @@ Result<fs::path> setStoreAside(const fs::path& file) {
         if (!moved) return tl::unexpected(moved.error());
     }
     if (const auto moved = moveAside(file, name); !moved) return tl::unexpected(moved.error());
-    keepNames(file.parent_path());
+    syncFolder(file.parent_path());
     return name;
 }
 

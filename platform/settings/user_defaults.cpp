@@ -34,7 +34,7 @@ Result<PropertyList> decoded(std::string_view key, const std::optional<std::stri
 }
 
 /// Holds the lock shared, over a store that is there: the first to find it missing makes it.
-Result<void> takePart(const StoreLock& lock, const fs::path& file) {
+Result<void> joinStore(const StoreLock& lock, const fs::path& file) {
     if (!lock.holdShared(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being repaired");
     if (isThere(file)) return {};
     if (!lock.holdMaking(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being made");
@@ -109,7 +109,7 @@ struct UserDefaults::Connection {
 
     /// Runs `work` between `begin` and a commit; takes all back unless both go well.
     template <typename Work>
-    Result<void> together(const char* begin, Work&& work) {
+    Result<void> inTransaction(const char* begin, Work&& work) {
         const auto begun = database.execute(begin);
         if (!begun) return begun;
         struct Undo {
@@ -165,7 +165,7 @@ Result<std::shared_ptr<UserDefaults>> UserDefaults::open(const fs::path& directo
     if (!folder) return tl::unexpected(folder.error());
     const fs::path file = storeFile(*folder, suiteName);
     StoreLock lock(file);
-    if (const auto joined = takePart(lock, file); !joined) return tl::unexpected(joined.error());
+    if (const auto joined = joinStore(lock, file); !joined) return tl::unexpected(joined.error());
     Result<Database> database = openStore(file);
     if (!database) {
         Error error = database.error();
@@ -190,7 +190,7 @@ Result<std::vector<std::optional<PropertyList>>> UserDefaults::objects(
     const std::lock_guard lock(connection_->mutex);
     std::vector<std::optional<PropertyList>> values;
     values.reserve(keys.size());
-    const auto read = connection_->together("BEGIN", [&]() -> Result<void> {
+    const auto read = connection_->inTransaction("BEGIN", [&]() -> Result<void> {
         for (const std::string& key : keys) {
             Result<std::optional<PropertyList>> value = connection_->object(key);
             if (!value) return tl::unexpected(value.error());
@@ -236,7 +236,7 @@ Result<void> UserDefaults::transaction(const std::function<Result<void>(Transact
     const std::lock_guard lock(connection_->mutex);
     Connection::OpenTransaction open(*connection_);
     // Asks for the right to write at once: a reader that asks later is refused when another has written.
-    return noted(connection_->together("BEGIN IMMEDIATE", [&] { return work(open); }));
+    return noted(connection_->inTransaction("BEGIN IMMEDIATE", [&] { return work(open); }));
 }
 
 Result<std::int64_t> UserDefaults::dataVersion() const {

@@ -207,7 +207,7 @@ void Transfer::redirectTo(URL target, int status) {
     origin_ = std::move(origin);
 }
 
-SteadyTime Transfer::lateAt() const {
+SteadyTime Transfer::deadline() const {
     const SteadyTime idle = isUnderWay() ? lastByte_ + request_.timeoutInterval : SteadyTime::max();
     return deadline_ ? std::min(idle, *deadline_) : idle;
 }

@@ -46,7 +46,7 @@ public:
 
     /// When it is late: too long without a byte, or past the deadline. Time before the hop begins is no
     /// idle time.
-    SteadyTime lateAt() const;
+    SteadyTime deadline() const;
 
     void finish(Result<HTTPResponse> result);
     bool isFinished() const { return finish_ == nullptr; }

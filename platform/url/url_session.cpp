@@ -237,7 +237,7 @@ void URLLoader::Implementation::takeEnded() {
 void URLLoader::Implementation::endLate() {
     const auto now = steady_clock::now();
     for (const auto& transfer : transfers) {
-        if (transfer->isFinished() || transfer->lateAt() > now) continue;
+        if (transfer->isFinished() || transfer->deadline() > now) continue;
         if (transfer->isUnderWay()) endHop(*transfer, CURLE_OPERATION_TIMEDOUT);
         finish(*transfer, tl::unexpected(urlError(url_error::timedOut)));
     }
@@ -248,8 +248,8 @@ int URLLoader::Implementation::millisecondsToNextLate() const {
     const auto now = steady_clock::now();
     auto wait = longest;
     for (const auto& transfer : transfers) {
-        if (transfer->lateAt() > now + longest) continue;
-        wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(transfer->lateAt() - now));
+        if (transfer->deadline() > now + longest) continue;
+        wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(transfer->deadline() - now));
     }
     return static_cast<int>(std::max(wait, std::chrono::milliseconds(0)).count());
 }

@@ -15,7 +15,7 @@
 #include <vector>
 #include "platform/base/bytes.h"
 #include "platform/base/color.h"
-#include "platform/widget/widget_family.h"
+#include "platform/view/widget_family.h"
 
 namespace platform {
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <vector>
 #include "platform/base/clock.h"
-#include "platform/widget/widget_family.h"
+#include "platform/view/widget_family.h"
 
 namespace platform {
 

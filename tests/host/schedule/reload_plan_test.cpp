@@ -77,15 +77,16 @@ TEST(ReloadPlan, PhoneKeepsFifteenMinutesApartAndGivesSixtyADayOutOverTheDay) {
 }
 
 TEST(ReloadPlan, PeopleAndTheAppCostNoBudgetAndAreNotHeldByTheFloor) {
-    for (const Asker asker : {Asker::person, Asker::app, Asker::clock, Asker::placement}) {
+    for (const Requester requester :
+         {Requester::person, Requester::app, Requester::clock, Requester::placement}) {
         Desk desk(ReloadMode::phone);
         for (int i = 0; i < 100; ++i) {
-            desk.plan.ask(asker, desk.now);
-            ASSERT_EQ(desk.wait(), 0) << description(asker);
+            desk.plan.ask(requester, desk.now);
+            ASSERT_EQ(desk.wait(), 0) << description(requester);
             desk.reload(30s);
             desk.pass(1s);
         }
-        EXPECT_EQ(desk.hold(), Hold::floor) << description(asker);
+        EXPECT_EQ(desk.hold(), Hold::floor) << description(requester);
     }
 }
 
@@ -112,12 +113,12 @@ TEST(ReloadPlan, WaitsLongerAfterEveryFailureAndNotAtAllAfterASuccess) {
     }
     EXPECT_THAT(pauses, testing::ElementsAre(1, 2, 4, 8, 16, 32, 64, 128, 256, 300, 300));
 
-    desk.plan.ask(Asker::app, desk.now);
+    desk.plan.ask(Requester::app, desk.now);
     EXPECT_EQ(desk.wait(), 300);
     desk.pass(301s);
     EXPECT_EQ(desk.wait(), 0);
     EXPECT_EQ(desk.hold(), Hold::backOff);
-    desk.plan.ask(Asker::person, desk.now);
+    desk.plan.ask(Requester::person, desk.now);
     EXPECT_EQ(desk.wait(), 0);
     EXPECT_EQ(desk.hold(), Hold::none);
     desk.reload(30s);
@@ -129,7 +130,7 @@ TEST(ReloadPlan, WaitsLongerAfterEveryFailureAndNotAtAllAfterASuccess) {
 
 TEST(ReloadPlan, CountsFailuresByTheRealClockWhileTheShownOneStandsStill) {
     Desk desk(ReloadMode::live);
-    desk.plan.ask(Asker::placement, desk.now);
+    desk.plan.ask(Requester::placement, desk.now);
     desk.plan.start(desk.now);
     desk.plan.failed(desk.now);
     EXPECT_FALSE(desk.plan.next(desk.now)->isReady(desk.now));
@@ -140,11 +141,11 @@ TEST(ReloadPlan, CountsFailuresByTheRealClockWhileTheShownOneStandsStill) {
 TEST(ReloadPlan, MergesRequestsAndKeepsOneThatComesWhileItIsAnswered) {
     Desk desk(ReloadMode::live);
     EXPECT_FALSE(desk.plan.next(desk.now));
-    desk.plan.ask(Asker::app, desk.now);
-    desk.plan.ask(Asker::app, desk.now);
+    desk.plan.ask(Requester::app, desk.now);
+    desk.plan.ask(Requester::app, desk.now);
     desk.plan.start(desk.now);
     EXPECT_FALSE(desk.plan.next(desk.now));
-    desk.plan.ask(Asker::app, desk.now);
+    desk.plan.ask(Requester::app, desk.now);
     desk.plan.answered(TimelineReloadPolicy::after(desk.now.shown + 30s), 1, desk.now.shown, desk.now);
     EXPECT_EQ(desk.wait(), 0);
     EXPECT_EQ(desk.hold(), Hold::busy);
@@ -160,7 +161,7 @@ TEST(ReloadPlan, ForgetsAFutureThatTheClockHasLeft) {
     }
     desk.now.shown -= 48h;
     desk.plan.clockMoved(desk.now);
-    desk.plan.ask(Asker::clock, desk.now);
+    desk.plan.ask(Requester::clock, desk.now);
     desk.reload(30s);
     EXPECT_EQ(desk.hold(), Hold::floor);
     EXPECT_EQ(desk.wait(), 15 * 60);

@@ -13,15 +13,16 @@ using testing::HasSubstr;
 /// A schedule before an extension that is a shell script.
 struct Schedule {
     explicit Schedule(const char* script)
-        : studio(std::move(*Painter::make(std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources")), 18),
+        : renderer(std::move(*Painter::make(std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources")),
+                   18),
           extension({.program = "/bin/sh", .arguments = {"-c", script}, .log = {}}),
-          schedule({extension, studio, clock, ledger, [](int) {}}, ReloadMode::live) {}
+          schedule({extension, renderer, clock, ledger, [](int) {}}, ReloadMode::live) {}
     ~Schedule() {
         schedule.stopAsking();
         extension.close();
     }
 
-    /// The ledger's lines, each from its asker on, once there are so many and no reload is under way.
+    /// The ledger's lines, each from its requester on, once there are so many and no reload is under way.
     std::vector<std::string> lines(std::size_t count) const {
         const auto isRunning = [](const LedgerEntry& entry) {
             return entry.result == LedgerEntry::Result::running;
@@ -41,7 +42,7 @@ struct Schedule {
         return lines;
     }
 
-    PictureStudio studio;
+    WidgetRenderer renderer;
     ExtensionProcess extension;
     platform::Clock clock;
     Ledger ledger;
@@ -52,10 +53,10 @@ TEST(WidgetSchedule, TellsOfEveryRequestThatAFailureHeldAndOfItsGrant) {
     Schedule house("exit 7");
     house.schedule.place(1, "NewsWidget", platform::WidgetFamily::systemLarge);
     house.lines(2);
-    house.schedule.reload(1, Asker::app);
+    house.schedule.reload(1, Requester::app);
     const auto lines = house.lines(5);
-    const auto line = [](const char* asker, const char* result) {
-        return testing::AllOf(testing::StartsWith(std::string("asked by ") + asker), HasSubstr(result));
+    const auto line = [](const char* requester, const char* result) {
+        return testing::AllOf(testing::StartsWith(std::string("asked by ") + requester), HasSubstr(result));
     };
     EXPECT_THAT(
         lines, ElementsAre(
@@ -73,7 +74,7 @@ TEST(WidgetSchedule, ReloadsFirstWhatWasAskedForFirstAndTellsWhoHadToWait) {
     house.lines(16);
     std::vector<std::pair<int, bool>> reloads;
     for (const LedgerEntry& entry : house.ledger.entries()) {
-        if (entry.asker == Asker::placement)
+        if (entry.requester == Requester::placement)
             reloads.emplace_back(entry.widget, entry.reason.find("was busy") != std::string::npos);
     }
     const std::vector<std::pair<int, bool>> inTheirOrder{{1, false}, {2, false}, {3, false}, {4, false},
@@ -87,7 +88,7 @@ TEST(WidgetSchedule, AsksWidgetsOfAKindOneByOneAfterAFailure) {
     house.lines(6);
     std::vector<platform::Instant> repeated;
     for (const LedgerEntry& entry : house.ledger.entries()) {
-        if (entry.asker == Asker::policy && entry.result == LedgerEntry::Result::failed)
+        if (entry.requester == Requester::policy && entry.result == LedgerEntry::Result::failed)
             repeated.push_back(entry.decided);
     }
     ASSERT_GE(repeated.size(), 2U);

@@ -141,7 +141,7 @@ TEST(ASettingsStore, ShowsAWriteAtOnceToEverybodyAndTellsOfTheWritesOfOthers) {
 
 TEST(ASettingsStore, IsMadeByOneOfManyWhoComeAtOnceAndStay) {
     const TemporaryDirectory directory;
-    std::barrier together(8);
+    std::barrier inTransaction(8);
     std::vector<std::future<bool>> visits;
     for (int i = 0; i < 8; ++i) {
         visits.push_back(std::async(std::launch::async, [&, i] {

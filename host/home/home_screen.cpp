@@ -1,8 +1,8 @@
-#include "host/web/home_screen.h"
+#include "host/home/home_screen.h"
 #include <algorithm>
 #include <fstream>
 #include "companion/user_choices.h"
-#include "host/web/page_answers.h"
+#include "host/home/page_answers.h"
 #include "platform/settings/property_list.h"
 
 namespace host {
@@ -24,11 +24,11 @@ public:
 
     void reloadTimelines(std::string_view ofKind) override {
         home_.noticeUser();
-        home_.schedule_->reload(ofKind, Asker::app);
+        home_.schedule_->reload(ofKind, Requester::app);
     }
     void reloadAllTimelines() override {
         home_.noticeUser();
-        home_.schedule_->reload(std::optional<std::string_view>(), Asker::app);
+        home_.schedule_->reload(std::optional<std::string_view>(), Requester::app);
     }
     void getCurrentConfigurations(
         std::function<void(Result<std::vector<platform::PlacedWidget>>)> completion) override {
@@ -62,7 +62,7 @@ Result<std::unique_ptr<HomeScreen>> HomeScreen::start(HomeScreenOptions options)
 }
 
 HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> painter)
-    : options_(std::move(options)), studio_(std::move(painter), options_.runtime.osVersion) {
+    : options_(std::move(options)), renderer_(std::move(painter), options_.runtime.osVersion) {
     if (options_.runtime.bundle.text("ENVIRONMENT") == "staging") environment_ = "staging";
     options_.runtime.widgetCenter = std::make_shared<Center>(*this);
     runtime_ = std::make_unique<platform::Runtime>(options_.runtime);
@@ -75,7 +75,7 @@ HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> paint
     dayExtension_ = std::make_unique<ExtensionProcess>(ExtensionOptions{
         .program = options_.extensionProgram, .arguments = options_.extensionArguments, .log = {}});
     schedule_ = std::make_unique<WidgetSchedule>(
-        WidgetSchedule::Surroundings{*extension_, studio_, clock_, ledger_, [this](int) { changed(); }},
+        WidgetSchedule::Surroundings{*extension_, renderer_, clock_, ledger_, [this](int) { changed(); }},
         ReloadMode::live);
     if (options_.runtime.now) schedule_->setClock(options_.runtime.now, 0.0);
 }

@@ -7,7 +7,7 @@
 
 #include <utility>
 
-namespace host {
+namespace platform {
 
 class FileDescriptor {
 public:
@@ -42,4 +42,4 @@ inline FileDescriptor aboveStandard(int number) {
     return FileDescriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
-}  // namespace host
+}  // namespace platform

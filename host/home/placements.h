@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 #include "platform/base/result.h"
-#include "platform/widget/widget_family.h"
+#include "platform/view/widget_family.h"
 
 namespace host {
 

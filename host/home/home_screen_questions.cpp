@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include "host/web/home_screen.h"
+#include "host/home/home_screen.h"
 
 namespace host {
 
@@ -30,7 +30,7 @@ std::string HomeScreen::answerProcess(std::string_view question) {
     if (question == "reload" || question.starts_with("reload ")) {
         noticeUser();
         schedule_->reload(question == "reload" ? std::nullopt : std::optional(question.substr(7)),
-                          Asker::app);
+                          Requester::app);
         changed();
         return "ok\n";
     }

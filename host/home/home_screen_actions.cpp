@@ -4,10 +4,10 @@
 #include <csignal>
 #include <map>
 #include <nlohmann/json.hpp>
+#include "companion/chosen_assets.h"
 #include "companion/user_choices.h"
-#include "host/web/chosen_assets.h"
-#include "host/web/home_screen.h"
-#include "host/web/page_answers.h"
+#include "host/home/home_screen.h"
+#include "host/home/page_answers.h"
 
 namespace host {
 
@@ -91,9 +91,9 @@ Result<void> HomeScreen::move(const json& request) {
 Result<void> HomeScreen::reload(const json& request) {
     const int id = numberOf(request, "id", 0);
     if (id == 0) {
-        schedule_->reload(std::optional<std::string_view>(), Asker::person);
+        schedule_->reload(std::optional<std::string_view>(), Requester::person);
     } else {
-        schedule_->reload(id, Asker::person);
+        schedule_->reload(id, Requester::person);
     }
     return {};
 }
@@ -137,13 +137,16 @@ Result<void> HomeScreen::setAssets(const json& request) {
     if (!before) return tl::unexpected(before.error());
 
     // What the user has keeps its own record; what is new takes the catalogue's.
-    std::map<std::string, std::pair<const Shelf*, PropertyList>> known;
+    std::map<std::string, std::pair<const companion::AssetKind*, PropertyList>> known;
     for (const json& asset : json::parse(catalogue_)) {
-        const auto shelf = std::ranges::find(shelves, asset["type"].get<std::string>(), &Shelf::type);
-        if (shelf != std::end(shelves)) known[asset["priceIdentifier"]] = {shelf, recordOf(asset)};
+        const auto kind = std::ranges::find(companion::assetKinds, asset["type"].get<std::string>(),
+                                            &companion::AssetKind::type);
+        if (kind != std::end(companion::assetKinds))
+            known[asset["priceIdentifier"]] = {kind, recordOf(asset)};
     }
-    for (const Shelf& shelf : shelves) {
-        for (const PropertyList& record : (*before).*(shelf.list)) known[keyOf(record)] = {&shelf, record};
+    for (const companion::AssetKind& kind : companion::assetKinds) {
+        for (const PropertyList& record : (*before).*(kind.list))
+            known[companion::keyOf(record)] = {&kind, record};
     }
     companion::ChosenAssets chosen;
     for (const json& key : *found) {
@@ -167,7 +170,7 @@ Result<void> HomeScreen::setEnvironment(const json& request) {
     }
     // The flag is read once per process: a new child reads the new one.
     extension_->end();
-    schedule_->reload(std::optional<std::string_view>(), Asker::person);
+    schedule_->reload(std::optional<std::string_view>(), Requester::person);
     return {};
 }
 
@@ -209,7 +212,7 @@ Result<void> HomeScreen::setFault(const json& request) {
         const std::lock_guard lock(mutex_);
         fault_ = fault;
     }
-    schedule_->reload(std::optional<std::string_view>(), Asker::person);
+    schedule_->reload(std::optional<std::string_view>(), Requester::person);
     return {};
 }
 
@@ -219,7 +222,7 @@ Result<void> HomeScreen::kill(const json&) {
     ::kill(process, SIGKILL);
     noteLog("the extension was killed from the home screen");
     // Somebody who kills it wants to see what follows: the next question starts it anew.
-    schedule_->reload(std::optional<std::string_view>(), Asker::app);
+    schedule_->reload(std::optional<std::string_view>(), Requester::app);
     return {};
 }
 

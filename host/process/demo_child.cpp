@@ -1,4 +1,4 @@
-#include "host/web/demo_child.h"
+#include "host/process/demo_child.h"
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>

@@ -1,7 +1,7 @@
-#include "host/web/chosen_assets.h"
+#include "companion/chosen_assets.h"
 #include <string_view>
 
-namespace host {
+namespace companion {
 
 namespace {
 
@@ -25,4 +25,4 @@ std::string titleOf(const platform::PropertyList& asset) {
     return title.empty() ? keyOf(asset) : title;
 }
 
-}  // namespace host
+}  // namespace companion

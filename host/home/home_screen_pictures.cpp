@@ -1,9 +1,9 @@
 // What the page is shown: widgets as they stand, as they would be, and through a day.
 
 #include <nlohmann/json.hpp>
-#include "host/web/day_strip.h"
-#include "host/web/home_screen.h"
-#include "host/web/page_answers.h"
+#include "host/home/home_screen.h"
+#include "host/home/page_answers.h"
+#include "host/schedule/day_strip.h"
 
 namespace host {
 
@@ -20,7 +20,7 @@ constexpr std::chrono::seconds dayLimit{20};
 Result<std::string> HomeScreen::picture(int id, int scale) {
     const std::optional<WidgetState> state = schedule_->state(id);
     if (!state || !state->picture) return refusal("there is no picture yet");
-    return studio_.png(state->picture->sitter, scale);
+    return renderer_.png(state->picture->widget, scale);
 }
 
 Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily family, EntryRequest request,
@@ -31,7 +31,7 @@ Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily fa
         isPlaceholder ? WidgetSchedule::placeholderLimit : WidgetSchedule::snapshotLimit);
     if (!answer) return tl::unexpected(answer.error());
     if (answer->entries.empty() || !answer->entries.front().view) return refusal("there is nothing to draw");
-    return studio_.png({*answer->entries.front().view, kind, family, isPlaceholder}, scale);
+    return renderer_.png({*answer->entries.front().view, kind, family, isPlaceholder}, scale);
 }
 
 std::string HomeScreen::dayText() {
@@ -47,7 +47,7 @@ std::string HomeScreen::dayText() {
             looks.push_back({{"from", platform::formatInstant(look.from)},
                              {"cause", look.cause},
                              {"picture", pictures.size()}});
-            pictures.push_back(studio_.png(look.sitter, 1).value_or(""));
+            pictures.push_back(renderer_.png(look.widget, 1).value_or(""));
         }
         list.push_back({{"displayName", displayName(row.kind)},
                         {"family", platform::description(row.family)},

@@ -5,8 +5,8 @@
 #include <chrono>
 #include <string>
 #include <vector>
+#include "host/paint/widget_renderer.h"
 #include "host/process/extension_process.h"
-#include "host/schedule/picture_studio.h"
 #include "platform/base/clock.h"
 #include "platform/text/calendar.h"
 
@@ -17,7 +17,7 @@ struct DayLook {
     platform::Instant from;
     /// "policy", or what changes then: "theme", "window".
     std::string cause;
-    Sitter sitter;
+    DrawnWidget widget;
 };
 
 struct DayRow {

@@ -16,11 +16,11 @@
 #include <string_view>
 #include <vector>
 #include "companion/operations.h"
+#include "host/home/placements.h"
+#include "host/paint/widget_renderer.h"
 #include "host/process/extension_process.h"
 #include "host/schedule/ledger.h"
-#include "host/schedule/picture_studio.h"
 #include "host/schedule/widget_schedule.h"
-#include "host/web/placements.h"
 #include "platform/base/result.h"
 #include "platform/runtime/runtime.h"
 
@@ -135,18 +135,18 @@ private:
 
     /// What the page is told of a picture, which is laid out for it: the state is told far more often than
     /// there is a new one.
-    struct Told {
+    struct CachedPicture {
         std::shared_ptr<const ShownPicture> picture;
         std::shared_ptr<const nlohmann::ordered_json> json;
     };
-    std::mutex toldMutex_;
-    std::map<int, Told> told_;
+    std::mutex cachedPicturesMutex_;
+    std::map<int, CachedPicture> cachedPictures_;
 
     std::unique_ptr<platform::Runtime> runtime_;
     std::unique_ptr<companion::PhoneApp> phoneApp_;
     platform::Clock clock_;
     Ledger ledger_;
-    PictureStudio studio_;
+    WidgetRenderer renderer_;
     std::unique_ptr<ExtensionProcess> extension_;
     /// Asked for days only, as its clock travels.
     std::unique_ptr<ExtensionProcess> dayExtension_;

@@ -1,4 +1,4 @@
-#include "host/web/center_socket.h"
+#include "host/home/host_socket.h"
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <array>
 #include <cstring>
-#include "platform/widget/host_widget_center.h"
+#include "platform/wire/host_widget_center.h"
 
 namespace host {
 
@@ -27,9 +27,9 @@ bool prepareFolder(const std::filesystem::path& folder) {
 }
 
 /// The file stays behind: whoever removed it might let two others each lock a file of that name.
-platform::Result<FileDescriptor> lockBeside(std::filesystem::path path) {
+platform::Result<platform::FileDescriptor> lockBeside(std::filesystem::path path) {
     path.replace_extension(".lock");
-    FileDescriptor lock(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    platform::FileDescriptor lock(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!lock.isOpen()) return socketError("cannot open " + path.string());
     if (::flock(lock.number(), LOCK_EX | LOCK_NB) == 0) return lock;
     return socketError(errno == EWOULDBLOCK ? "a home screen of this data directory is running already"
@@ -44,8 +44,8 @@ bool isOurs(int connection) {
 
 }  // namespace
 
-platform::Result<std::unique_ptr<CenterSocket>> CenterSocket::open(const std::filesystem::path& path,
-                                                                   Answer answer) {
+platform::Result<std::unique_ptr<HostSocket>> HostSocket::open(const std::filesystem::path& path,
+                                                               Answer answer) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.native().size() >= sizeof address.sun_path)
@@ -66,12 +66,12 @@ platform::Result<std::unique_ptr<CenterSocket>> CenterSocket::open(const std::fi
         if (listener >= 0) ::close(listener);
         return socketError("cannot listen at " + path.string());
     }
-    return std::unique_ptr<CenterSocket>(
-        new CenterSocket(path, std::move(*lock), listener, wake[0], wake[1], std::move(answer)));
+    return std::unique_ptr<HostSocket>(
+        new HostSocket(path, std::move(*lock), listener, wake[0], wake[1], std::move(answer)));
 }
 
-CenterSocket::CenterSocket(std::filesystem::path path, FileDescriptor lock, int listener, int wakeReader,
-                           int wakeWriter, Answer answer)
+HostSocket::HostSocket(std::filesystem::path path, platform::FileDescriptor lock, int listener,
+                       int wakeReader, int wakeWriter, Answer answer)
     : path_(std::move(path)),
       lock_(std::move(lock)),
       listener_(listener),
@@ -80,7 +80,7 @@ CenterSocket::CenterSocket(std::filesystem::path path, FileDescriptor lock, int 
       answer_(std::move(answer)),
       thread_([this] { serve(); }) {}
 
-CenterSocket::~CenterSocket() {
+HostSocket::~HostSocket() {
     ::close(wakeWriter_);
     thread_.join();
     ::close(wakeReader_);
@@ -88,7 +88,7 @@ CenterSocket::~CenterSocket() {
     ::unlink(path_.c_str());
 }
 
-void CenterSocket::serve() {
+void HostSocket::serve() {
     std::array<pollfd, 2> watched{{{listener_, POLLIN, 0}, {wakeReader_, POLLIN, 0}}};
     for (;;) {
         if (::poll(watched.data(), watched.size(), -1) < 0) continue;

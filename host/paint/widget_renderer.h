@@ -9,12 +9,12 @@
 #include "host/paint/painter.h"
 #include "platform/base/result.h"
 #include "platform/view/view.h"
-#include "platform/widget/widget_family.h"
+#include "platform/view/widget_family.h"
 
 namespace host {
 
 /// What is drawn: a tree in the place of one widget.
-struct Sitter {
+struct DrawnWidget {
     platform::View view;
     std::string kind;
     platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
@@ -22,18 +22,18 @@ struct Sitter {
 };
 
 /// A painter that several threads may use.
-class PictureStudio {
+class WidgetRenderer {
 public:
-    PictureStudio(std::unique_ptr<Painter> painter, int osVersion);
+    WidgetRenderer(std::unique_ptr<Painter> painter, int osVersion);
 
     /// `scale` is 1, 2 or 3 pixels a point.
-    DisplayList displayList(const Sitter& sitter, int scale);
-    platform::Result<std::string> png(const Sitter& sitter, int scale);
+    DisplayList displayList(const DrawnWidget& widget, int scale);
+    platform::Result<std::string> png(const DrawnWidget& widget, int scale);
     /// The tree as JSON text with a frame in every node.
-    std::string laidOutText(const Sitter& sitter);
+    std::string laidOutText(const DrawnWidget& widget);
 
 private:
-    DisplayList list(const Sitter& sitter, int scale);
+    DisplayList list(const DrawnWidget& widget, int scale);
 
     std::mutex mutex_;
     std::unique_ptr<Painter> painter_;

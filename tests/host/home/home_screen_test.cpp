@@ -1,3 +1,4 @@
+#include "host/home/home_screen.h"
 #include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <netinet/in.h>
@@ -11,14 +12,13 @@
 #include <future>
 #include <nlohmann/json.hpp>
 #include <thread>
-#include "host/web/center_socket.h"
-#include "host/web/day_strip.h"
-#include "host/web/deep_link.h"
-#include "host/web/demo_child.h"
-#include "host/web/home_screen.h"
+#include "companion/deep_link.h"
+#include "host/home/host_socket.h"
+#include "host/home/placements.h"
+#include "host/process/demo_child.h"
+#include "host/schedule/day_strip.h"
 #include "host/web/page_server.h"
-#include "host/web/placements.h"
-#include "platform/widget/host_widget_center.h"
+#include "platform/wire/host_widget_center.h"
 
 namespace host {
 namespace {
@@ -81,7 +81,7 @@ TEST(DeepLinks, AreTakenApartAsThePhoneAppWould) {
     using Parameters = std::vector<std::pair<std::string, std::string>>;
     const struct {
         const char* link;
-        DeepLink parts;
+        companion::DeepLink parts;
     } cases[] = {
         {"brightledgerwidget://openPortfolio", {"openPortfolio", {}}},
         {"brightledgerwidget://indices/?id=4&exchg=bse&link_flag=1&positionSelected=1",
@@ -97,15 +97,15 @@ TEST(DeepLinks, AreTakenApartAsThePhoneAppWould) {
         {"", {"", {}}},
         {"brightledgerwidget://&&", {"", Parameters{{"", "&"}}}},
     };
-    for (const auto& [link, parts] : cases) EXPECT_EQ(takenApart(link), parts) << link;
+    for (const auto& [link, parts] : cases) EXPECT_EQ(companion::parseDeepLink(link), parts) << link;
 }
 
-TEST(CenterSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
+TEST(HostSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
     const Folder folder;
     const auto path = folder.path() / "ours" / "host.socket";
     EXPECT_THAT(platform::askHost(path, "placed", 1s).error().message, HasSubstr("no widget host"));
     {
-        const auto socket = CenterSocket::open(path, [](std::string_view question) {
+        const auto socket = HostSocket::open(path, [](std::string_view question) {
             return question.size() < 9 ? std::string("error\nno")
                                        : "ok\n" + std::string(question.size(), 'x');
         });
@@ -115,12 +115,12 @@ TEST(CenterSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
         EXPECT_EQ(status.st_mode & 0777, 0600U);
         EXPECT_EQ(platform::askHost(path, std::string(300000, 'q'), 5s)->size(), 300000U);
         // However it answers: a host that is starting knows nothing yet.
-        EXPECT_THAT(CenterSocket::open(path, {}).error().message, HasSubstr("running already"));
+        EXPECT_THAT(HostSocket::open(path, {}).error().message, HasSubstr("running already"));
         EXPECT_EQ(platform::askHost(path, "bad", 1s).error().message, "no");
     }
     EXPECT_FALSE(platform::askHost(path, "placed", 1s));
     ASSERT_EQ(::chmod(path.parent_path().c_str(), 0777), 0);
-    EXPECT_THAT(CenterSocket::open(path, {}).error().message, HasSubstr("not ours alone"));
+    EXPECT_THAT(HostSocket::open(path, {}).error().message, HasSubstr("not ours alone"));
 }
 
 /// A home screen with the real extension on the real demo service, and its page.

@@ -1,4 +1,4 @@
-#include "host/web/day_strip.h"
+#include "host/schedule/day_strip.h"
 #include <algorithm>
 #include <map>
 #include "host/schedule/reload_plan.h"
@@ -43,7 +43,7 @@ public:
         }
         const Moment now = momentAt(moment);
         // A phone would not ask at a change; that we do must cost the row no budget.
-        if (cause != "policy") plan_.ask(Asker::clock, now);
+        if (cause != "policy") plan_.ask(Requester::clock, now);
         plan_.start(now);
         ++row_.questions;
         static_cast<void>(extension_.setClock(moment, 0.0));
@@ -103,13 +103,13 @@ std::vector<DayRow> lookThroughDay(ExtensionProcess& extension, const std::vecto
         for (const platform::WidgetFamily family : widget.families) {
             DayRow& row =
                 rows.emplace_back(DayRow{.kind = widget.kind, .family = family, .looks = {}, .error = {}});
-            Row asker(extension, row, limit);
+            Row requester(extension, row, limit);
             auto changes = changesOf(start, end, calendar);
             Instant now = start;
             std::string cause = "policy";
             while (now < end && row.error.empty()) {
-                asker.ask(now, cause);
-                const std::optional<Instant> reload = asker.next(now);
+                requester.ask(now, cause);
+                const std::optional<Instant> reload = requester.next(now);
                 cause = "policy";
                 now = reload.value_or(end);
                 if (!changes.empty() && changes.begin()->first <= now) {

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
+#include "companion/chosen_assets.h"
+#include "companion/deep_link.h"
 #include "companion/user_choices.h"
-#include "host/web/chosen_assets.h"
-#include "host/web/deep_link.h"
-#include "host/web/home_screen.h"
-#include "host/web/page_answers.h"
+#include "host/home/home_screen.h"
+#include "host/home/page_answers.h"
 #include "platform/view/view_json.h"
 
 namespace host {
@@ -41,7 +41,7 @@ std::string nameOf(const Rect& area, const DisplayList& list) {
 }
 
 ordered_json linkJson(const std::string& url, const Rect& frame, const std::string& name) {
-    const DeepLink link = takenApart(url);
+    const companion::DeepLink link = companion::parseDeepLink(url);
     ordered_json parameters = ordered_json::array();
     for (const auto& [key, value] : link.parameters) parameters.push_back({{"name", key}, {"value", value}});
     return {{"url", url},
@@ -51,8 +51,8 @@ ordered_json linkJson(const std::string& url, const Rect& frame, const std::stri
             {"frame", {{"x", frame.x}, {"y", frame.y}, {"width", frame.width}, {"height", frame.height}}}};
 }
 
-ordered_json describedPicture(const ShownPicture& picture, PictureStudio& studio) {
-    const DisplayList list = studio.displayList(picture.sitter, galleryScale);
+ordered_json describedPicture(const ShownPicture& picture, WidgetRenderer& renderer) {
+    const DisplayList list = renderer.displayList(picture.widget, galleryScale);
     ordered_json links = ordered_json::array();
     const Rect whole{0, 0, list.size.width, list.size.height};
     if (list.widgetURL) links.push_back(linkJson(*list.widgetURL, whole, nameOf(whole, list)));
@@ -61,7 +61,7 @@ ordered_json describedPicture(const ShownPicture& picture, PictureStudio& studio
             links.push_back(linkJson(area.url, area.frame, nameOf(area.frame, list)));
     }
     return {{"version", picture.version},
-            {"isPlaceholder", picture.sitter.isRedacted},
+            {"isPlaceholder", picture.widget.isRedacted},
             {"since", platform::formatInstant(picture.since)},
             {"text", nameOf(whole, list)},
             {"links", links}};
@@ -77,7 +77,7 @@ ordered_json nextJson(const std::optional<NextReload>& next, ReloadMode mode) {
     if (!next) return nullptr;
     return {{"due", platform::formatInstant(next->due)},
             {"at", platform::formatInstant(next->at.shown)},
-            {"asker", description(next->asker)},
+            {"requester", description(next->requester)},
             {"hold", reason(next->hold, mode)}};
 }
 
@@ -91,13 +91,13 @@ std::string HomeScreen::displayName(const std::string& kind) const {
 ordered_json HomeScreen::pictureJson(int id, const std::shared_ptr<const ShownPicture>& picture) {
     if (!picture) return nullptr;
     {
-        const std::lock_guard lock(toldMutex_);
-        const auto told = told_.find(id);
-        if (told != told_.end() && told->second.picture == picture) return *told->second.json;
+        const std::lock_guard lock(cachedPicturesMutex_);
+        const auto told = cachedPictures_.find(id);
+        if (told != cachedPictures_.end() && told->second.picture == picture) return *told->second.json;
     }
-    const auto made = std::make_shared<const ordered_json>(describedPicture(*picture, studio_));
-    const std::lock_guard lock(toldMutex_);
-    told_[id] = {picture, made};
+    const auto made = std::make_shared<const ordered_json>(describedPicture(*picture, renderer_));
+    const std::lock_guard lock(cachedPicturesMutex_);
+    cachedPictures_[id] = {picture, made};
     return *made;
 }
 
@@ -105,8 +105,8 @@ ordered_json HomeScreen::widgetsJson() {
     std::map<int, WidgetState> states;
     for (WidgetState& state : schedule_->states()) states.emplace(state.id, std::move(state));
     {
-        const std::lock_guard lock(toldMutex_);
-        std::erase_if(told_, [&](const auto& told) { return !states.contains(told.first); });
+        const std::lock_guard lock(cachedPicturesMutex_);
+        std::erase_if(cachedPictures_, [&](const auto& told) { return !states.contains(told.first); });
     }
     std::vector<Placement> placements;
     {
@@ -155,10 +155,11 @@ ordered_json HomeScreen::phoneAppJson() {
     app["user"] = name;
     const auto chosen = companion::chosenAssets(*runtime_);
     ordered_json assets = ordered_json::array();
-    for (const auto& [type, list] : shelves) {
+    for (const auto& [type, list] : companion::assetKinds) {
         if (!chosen) break;
         for (const PropertyList& record : (*chosen).*list)
-            assets.push_back({{"type", type}, {"key", keyOf(record)}, {"title", titleOf(record)}});
+            assets.push_back(
+                {{"type", type}, {"key", companion::keyOf(record)}, {"title", companion::titleOf(record)}});
     }
     app["assets"] = assets;
     const auto feed = companion::newsFeedAddress(*runtime_);
@@ -216,7 +217,8 @@ std::optional<std::string> HomeScreen::inspectionText(int id) {
                             {"lastError", state->lastError}};
     if (state->picture) {
         inspection["entry"] = ordered_json::parse(state->picture->entryJson, nullptr, false);
-        inspection["tree"] = ordered_json::parse(studio_.laidOutText(state->picture->sitter), nullptr, false);
+        inspection["tree"] =
+            ordered_json::parse(renderer_.laidOutText(state->picture->widget), nullptr, false);
     }
     const std::lock_guard lock(mutex_);
     inspection["log"] = std::vector<std::string>(log_.begin(), log_.end());

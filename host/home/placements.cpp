@@ -1,4 +1,4 @@
-#include "host/web/placements.h"
+#include "host/home/placements.h"
 #include <fcntl.h>
 #include <unistd.h>
 #include <cstdio>

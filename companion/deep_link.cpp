@@ -1,8 +1,8 @@
-#include "host/web/deep_link.h"
+#include "companion/deep_link.h"
 #include <algorithm>
 #include <array>
 
-namespace host {
+namespace companion {
 
 namespace {
 
@@ -18,7 +18,7 @@ bool isParameter(std::string_view piece) {
 
 }  // namespace
 
-DeepLink takenApart(std::string_view link) {
+DeepLink parseDeepLink(std::string_view link) {
     const std::size_t scheme = link.find("://");
     if (scheme != std::string_view::npos) link.remove_prefix(scheme + 3);
     // A future of an unknown kind has its parameters without a "?".
@@ -44,4 +44,4 @@ DeepLink takenApart(std::string_view link) {
     }
 }
 
-}  // namespace host
+}  // namespace companion

@@ -1,4 +1,4 @@
-#include "platform/widget/host_widget_center.h"
+#include "platform/wire/host_widget_center.h"
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace host {
+namespace companion {
 
 struct DeepLink {
     /// Such as "stock" or "openPortfolio".
@@ -20,6 +20,6 @@ struct DeepLink {
 
 /// Takes a link apart. Values stand in our links as they came, so that a story's own address may hold
 /// "&" and "?": what follows a name that is none of ours belongs to the value before it.
-DeepLink takenApart(std::string_view link);
+DeepLink parseDeepLink(std::string_view link);
 
-}  // namespace host
+}  // namespace companion

@@ -8,13 +8,13 @@
 #include <string>
 #include <string_view>
 #include <thread>
-#include "host/process/file_descriptor.h"
+#include "platform/base/file_descriptor.h"
 #include "platform/base/result.h"
 
 namespace host {
 
 /// Answers one question a connection, one connection at a time, on a thread of its own.
-class CenterSocket {
+class HostSocket {
 public:
     /// Makes the whole answer: "ok\n…" or "error\n…".
     using Answer = std::function<std::string(std::string_view question)>;
@@ -22,19 +22,19 @@ public:
     /// Listens at `path` (mode 0600, in a folder of mode 0700 that is ours). Fails (domain
     /// "WidgetCenterError") when another host has this socket: it holds a locked file beside it until its
     /// end.
-    static platform::Result<std::unique_ptr<CenterSocket>> open(const std::filesystem::path& path,
-                                                                Answer answer);
-    ~CenterSocket();
-    CenterSocket(const CenterSocket&) = delete;
-    CenterSocket& operator=(const CenterSocket&) = delete;
+    static platform::Result<std::unique_ptr<HostSocket>> open(const std::filesystem::path& path,
+                                                              Answer answer);
+    ~HostSocket();
+    HostSocket(const HostSocket&) = delete;
+    HostSocket& operator=(const HostSocket&) = delete;
 
 private:
-    CenterSocket(std::filesystem::path path, FileDescriptor lock, int listener, int wakeReader,
-                 int wakeWriter, Answer answer);
+    HostSocket(std::filesystem::path path, platform::FileDescriptor lock, int listener, int wakeReader,
+               int wakeWriter, Answer answer);
     void serve();
 
     std::filesystem::path path_;
-    FileDescriptor lock_;
+    platform::FileDescriptor lock_;
     int listener_;
     int wakeReader_;
     int wakeWriter_;
