@@ -141,14 +141,14 @@ TEST(ASettingsStore, ShowsAWriteAtOnceToEverybodyAndTellsOfTheWritesOfOthers) {
 
 TEST(ASettingsStore, IsMadeByOneOfManyWhoComeAtOnceAndStay) {
     const TemporaryDirectory directory;
-    std::barrier inTransaction(8);
+    std::barrier meeting(8);
     std::vector<std::future<bool>> visits;
     for (int i = 0; i < 8; ++i) {
         visits.push_back(std::async(std::launch::async, [&, i] {
-            together.arrive_and_wait();
+            meeting.arrive_and_wait();
             const auto store = UserDefaults::open(directory.path(), suite);
             const bool isWritten = store && (*store)->set("key" + std::to_string(i), i);
-            together.arrive_and_wait();
+            meeting.arrive_and_wait();
             return isWritten;
         }));
     }
@@ -197,7 +197,7 @@ TEST(ASettingsStore, KeepsATransactionWhollyOrNotAtAll) {
 
 TEST(ASettingsStore, LosesNoStepWhenProcessesCountTogether) {
     const TemporaryDirectory folder;
-    // They also make the store together: none of them finds it there.
+    // They also make the store inTransaction: none of them finds it there.
     EXPECT_TRUE(inChildren(6, [&](int) {
         const auto store = UserDefaults::open(folder.path(), suite);
         if (!store) return false;
