@@ -80,21 +80,21 @@ struct Story {
     std::string_view address;
 };
 
-// More than are ever shown, and every type among the first seven.
+// More than are ever shown, with every type among the first seven. Each headline fits in two lines, so
+// that the news widget shows all of them whole.
 constexpr std::array stories{
-    Story{"Sensex climbs past 85,000 as banks and software services lead a broad rally", "liveblog",
-          "markets/sensex-nifty-live-blog"},
-    Story{"Household savings move into index funds at the fastest pace in five years, survey finds", "news",
+    Story{"Sensex climbs past 85,000 as banks lead gains", "liveblog", "markets/sensex-nifty-live-blog"},
+    Story{"Household savings move into index funds at a record pace", "news",
           "personal-finance/index-fund-flows"},
-    Story{"The morning bell: what a steady rupee means for exporters this quarter", "podcast",
+    Story{"The morning bell: what a steady rupee means for exporters", "podcast",
           "podcasts/morning-bell-214"},
-    Story{"Watch: inside the new container terminal that could halve shipping times", "videos",
+    Story{"Watch: inside the terminal that could halve shipping times", "videos",
           "videos/container-terminal"},
     Story{"In pictures: monsoon returns to the hill stations", "photogallery", "photos/monsoon-hills"},
-    Story{"Kaveri Textiles posts record profit; board proposes a final dividend of ₹12 a share", "text",
+    Story{"Kaveri Textiles posts record profit and a ₹12 dividend", "text",
           "business/kaveri-textiles-results"},
     Story{"Why patient money still beats clever money", "blogs", "opinion/patient-money"},
-    Story{"Home loans get cheaper as two lenders trim rates ahead of the festive season", "news",
+    Story{"Home loans get cheaper as two lenders trim their rates", "news",
           "personal-finance/home-loan-rates"},
 };
 

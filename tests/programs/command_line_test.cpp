@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -112,6 +113,24 @@ TEST_F(CommandLineTest, AFreshDataDirectoryShowsThreeIndicesOfTheServiceAndAsksA
         EXPECT_THAT(keysOf(answer), ElementsAre("kind", "family", "request", "entry"));
         EXPECT_EQ(answer["request"], request);
     }
+}
+
+TEST_F(CommandLineTest, TheDemoServicesHeadlinesAreShownWhole) {
+    const auto service = demo::DemoService::start();
+    ASSERT_TRUE(service);
+    serve((*service)->origin());
+
+    // A headline that fits in two lines also takes two in a card with more room.
+    const Outcome tree = run("view NewsWidget --family systemLarge");
+    const auto card = json("draw --tree - --size 338x354", tree.output)["items"];
+    const auto tall = json("draw --tree - --size 338x1000", tree.output)["items"];
+    ASSERT_EQ(card.size(), tall.size());
+    for (std::size_t i = 0; i < card.size(); ++i) {
+        if (card[i]["kind"] != "text") continue;
+        EXPECT_LT(card[i]["lines"], 3) << card[i]["text"];
+        EXPECT_EQ(card[i]["lines"], tall[i]["lines"]) << card[i]["text"];
+    }
+    EXPECT_EQ(std::ranges::count(card, 2, [](const auto& item) { return item.value("lines", 0); }), 5);
 }
 
 TEST_F(CommandLineTest, StatisticsAreOneLineOnStandardError) {
