@@ -18,26 +18,14 @@ View::View(NodeKind kind, std::vector<View> children)
 const NodeKind& View::kind() const { return node_->kind; }
 const std::vector<View>& View::children() const { return node_->children; }
 
+bool View::operator==(const View& other) const {
+    return node_ == other.node_ || (kind() == other.kind() && children() == other.children());
+}
+
 View View::padding(EdgeInsets insets) const { return View(node::Padding{insets}, {*this}); }
 View View::padding(double allEdges) const { return padding({allEdges, allEdges, allEdges, allEdges}); }
 
-View View::frame(FrameSize size) const {
-    node::Frame frame;
-    frame.width = size.width;
-    frame.height = size.height;
-    frame.alignment = size.alignment;
-    return View(frame, {*this});
-}
-
-View View::frame(FlexibleFrameSize size) const {
-    node::Frame frame;
-    frame.minWidth = size.minWidth;
-    frame.maxWidth = size.maxWidth;
-    frame.minHeight = size.minHeight;
-    frame.maxHeight = size.maxHeight;
-    frame.alignment = size.alignment;
-    return View(frame, {*this});
-}
+View View::frame(node::Frame frame) const { return View(frame, {*this}); }
 
 View View::overlay(const View& layer, Alignment alignment) const {
     return View(node::Overlay{alignment}, {*this, layer});

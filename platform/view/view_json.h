@@ -22,9 +22,6 @@ nlohmann::ordered_json colorJson(const Color& color);
 /// `alpha` is 1 where absent and is held within 0 to 1.
 Result<Color> colorFromJson(const nlohmann::ordered_json& json);
 
-/// {"name":"system","size":12,"weight":"regular"}
-nlohmann::ordered_json fontJson(const Font& font);
-
 /// {"text":…,"font":…,"color":…} or {"image":…}; without "color" where the run has none.
 nlohmann::ordered_json textRunJson(const TextRun& run);
 

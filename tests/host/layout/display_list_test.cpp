@@ -177,7 +177,7 @@ TEST(DisplayList, CutsWhatOverflowsAndRoundsWhatFits) {
 
 TEST(DisplayList, CutsAColumnAtTheFootOfItsLastWholeChild) {
     const auto cutFoot = [](double height, std::vector<View> children) {
-        FlexibleFrameSize size;
+        node::Frame size;
         size.minHeight = 0.0;
         size.maxHeight = height;
         size.alignment = {HorizontalAlignment::center, VerticalAlignment::top};

@@ -28,7 +28,7 @@ TEST(HostileTree, WithHugeOrMeaninglessNumbersHasFiniteFrames) {
     const std::vector<double> numbers{
         1e308, -1e308, std::numeric_limits<double>::quiet_NaN(), infinity, -infinity, 1e-308, 0.0};
     for (const double number : numbers) {
-        FlexibleFrameSize limits;
+        node::Frame limits;
         limits.minWidth = limits.maxWidth = limits.minHeight = limits.maxHeight = number;
         const View leaf =
             VStack({.spacing = number}, ColorFill(Color::gray()), Spacer(number), words("ab"),

@@ -40,7 +40,7 @@ TEST(Frame, WithANumberAnswersItAndPlacesItsContentByGuides) {
 TEST(Frame, WithLimitsClampsWhatItIsOffered) {
     const auto frameOf = [](const View& content, std::optional<double> minimum,
                             std::optional<double> maximum) {
-        FlexibleFrameSize size;
+        node::Frame size;
         size.minWidth = minimum;
         size.maxWidth = maximum;
         return rootFrame(content.frame(size));
@@ -56,7 +56,7 @@ TEST(Frame, WithLimitsClampsWhatItIsOffered) {
     EXPECT_EQ(frameOf(box(40, 10), infinity, {}), "30,45 40x10") << "an infinite minimum is none";
     EXPECT_EQ(frameOf(color(), {}, 30), "35,0 30x100") << "the content is offered the clamped size";
 
-    FlexibleFrameSize wide;
+    node::Frame wide;
     wide.maxWidth = infinity;
     EXPECT_EQ(rootFrame(words("ab").body().frame(wide).fixedSize(true, true)), "45,45 10x10")
         << "nothing specified: the content's own size";

@@ -9,7 +9,7 @@ namespace {
 using namespace platform;
 
 View flexible(double minWidth, double maxWidth) {
-    FlexibleFrameSize size;
+    node::Frame size;
     size.minWidth = minWidth;
     size.maxWidth = maxWidth;
     size.minHeight = 10.0;

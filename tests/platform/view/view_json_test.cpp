@@ -148,7 +148,7 @@ TEST(ViewJson, ThatIsWrongSaysWhere) {
         {R"({"type":"frame","alignment":7,"content":{"type":"divider"}})", "alignment: not a text"},
         {R"({"type":"frame","width":"infinity","content":{"type":"divider"}})", "width: not a finite number"},
         {R"({"type":"vstack","children":{}})", "children: not a list"},
-        {R"({"type":"text"})", "runs: not a list"},
+        {R"({"type":"text"})", "runs: missing"},
         {R"({"type":"text","runs":[{"text":"a"},{"font":{}}]})", "runs[1].text: missing"},
         {R"({"type":"text","runs":[{"text":"a","font":{"size":1e9}}]})",
          "runs[0].font.size: not between 0 and 1000"},

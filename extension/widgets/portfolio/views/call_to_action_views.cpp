@@ -9,7 +9,7 @@ namespace {
 
 using namespace platform;
 
-constexpr FlexibleFrameSize wholeWidget{
+constexpr node::Frame wholeWidget{
     .minWidth = 0.0, .maxWidth = infinity, .minHeight = 0.0, .maxHeight = infinity};
 
 /// Text whose lines are centred.
