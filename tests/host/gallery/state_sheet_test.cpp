@@ -1,4 +1,4 @@
-#include "host/gallery/gallery.h"
+#include "host/gallery/state_sheet.h"
 
 #include <gmock/gmock.h>
 #include <fstream>
@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 const fs::path programs = BRIGHTLEDGER_PROGRAM_DIR;
 
-GalleryOptions optionsFor(const fs::path& folder) {
+SheetOptions optionsFor(const fs::path& folder) {
     return {.folder = folder, .programs = programs, .resources = programs / "resources", .scale = 1};
 }
 
@@ -38,7 +38,7 @@ void write(const fs::path& path, const std::string& content) {
 /// The gallery that all tests look at, and none changes.
 const fs::path& gallery() {
     static const tests::TemporaryDirectory directory;
-    static const platform::Result<GalleryOutcome> outcome = drawGallery(optionsFor(directory.path()));
+    static const platform::Result<SheetOutcome> outcome = drawStateSheet(optionsFor(directory.path()));
     EXPECT_TRUE(outcome) << outcome.error().message;
     return directory.path();
 }
@@ -59,7 +59,7 @@ std::set<std::string> shownIn(const std::string& page) {
     return sources;
 }
 
-TEST(Gallery, ShowsEveryFamilyInBothThemesInTheStatesOfItsWidget) {
+TEST(StateSheet, ShowsEveryFamilyInBothThemesInTheStatesOfItsWidget) {
     const std::set<std::string> drawn = pictures(gallery());
     const struct {
         std::string kind;
@@ -90,7 +90,7 @@ TEST(Gallery, ShowsEveryFamilyInBothThemesInTheStatesOfItsWidget) {
     EXPECT_EQ(drawn, expected);
 }
 
-TEST(Gallery, DrawsEveryPictureInItsFamilysSize) {
+TEST(StateSheet, DrawsEveryPictureInItsFamilysSize) {
     for (const std::string& name : pictures(gallery())) {
         const auto picture = decodePicture(contentOf(gallery() / name), 1000, 1000);
         ASSERT_TRUE(picture) << name;
@@ -100,7 +100,7 @@ TEST(Gallery, DrawsEveryPictureInItsFamilysSize) {
 }
 
 // States that differ for a reader differ in the picture, so that no state shows another's by mistake.
-TEST(Gallery, DrawsNoTwoStatesOfAWidgetAlikeButThoseThatMeanToBe) {
+TEST(StateSheet, DrawsNoTwoStatesOfAWidgetAlikeButThoseThatMeanToBe) {
     const auto read = [](const std::string& name) { return contentOf(gallery() / (name + ".png")); };
     for (const auto& [one, other] : std::vector<std::pair<std::string, std::string>>{
              {"PerchWidget-systemMedium-light-gain", "PerchWidget-systemMedium-light-loss"},
@@ -124,25 +124,25 @@ TEST(Gallery, DrawsNoTwoStatesOfAWidgetAlikeButThoseThatMeanToBe) {
         looksLike(read("PerchWidget-systemMedium-light-full"), read("PerchWidget-systemMedium-light-full")));
 }
 
-TEST(Gallery, HasAPageThatShowsAllPicturesAndRunsNoScript) {
+TEST(StateSheet, HasAPageThatShowsAllPicturesAndRunsNoScript) {
     const std::string page = contentOf(gallery() / "index.html");
     EXPECT_EQ(shownIn(page), pictures(gallery()));
     EXPECT_THAT(page, Not(HasSubstr("<script")));
     EXPECT_THAT(page, Not(HasSubstr("changed")));
 }
 
-TEST(Gallery, DrawnAgainLooksAsBefore) {
+TEST(StateSheet, DrawnAgainLooksAsBefore) {
     const tests::TemporaryDirectory again;
-    GalleryOptions options = optionsFor(again.path());
+    SheetOptions options = optionsFor(again.path());
     options.comparedWith = gallery();
-    const auto outcome = drawGallery(options);
+    const auto outcome = drawStateSheet(options);
     ASSERT_TRUE(outcome) << outcome.error().message;
     EXPECT_TRUE(outcome->isLikeBefore());
     EXPECT_EQ(outcome->pictures, pictures(gallery()).size());
     EXPECT_TRUE(fs::is_empty(again.path() / "before"));
 }
 
-TEST(Gallery, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
+TEST(StateSheet, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
     const tests::TemporaryDirectory directory;
     const fs::path& folder = directory.path();
     fs::copy(gallery(), folder);
@@ -153,9 +153,9 @@ TEST(Gallery, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
     write(folder / changed, other);
     fs::rename(folder / added, folder / missing);
 
-    GalleryOptions options = optionsFor(folder);
+    SheetOptions options = optionsFor(folder);
     options.comparedWith = folder;
-    const auto outcome = drawGallery(options);
+    const auto outcome = drawStateSheet(options);
     ASSERT_TRUE(outcome) << outcome.error().message;
     EXPECT_EQ(outcome->changed, 1U);
     EXPECT_EQ(outcome->added, 1U);
@@ -171,12 +171,12 @@ TEST(Gallery, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
     }
 }
 
-TEST(Gallery, SaysWhatItCannotDo) {
+TEST(StateSheet, SaysWhatItCannotDo) {
     const tests::TemporaryDirectory directory;
     write(directory.path() / "file", "");
     const struct {
         std::string name;
-        GalleryOptions options;
+        SheetOptions options;
         std::string message;
     } cases[] = {
         {"no earlier gallery",
@@ -189,7 +189,7 @@ TEST(Gallery, SaysWhatItCannotDo) {
         {"no programs", {.folder = directory.path() / "new", .programs = directory.path()}, "demo service"},
     };
     for (const auto& [name, options, message] : cases) {
-        const auto outcome = drawGallery(options);
+        const auto outcome = drawStateSheet(options);
         ASSERT_FALSE(outcome) << name;
         EXPECT_THAT(outcome.error().message, HasSubstr(message)) << name;
     }
