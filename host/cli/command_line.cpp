@@ -37,6 +37,12 @@ constexpr const char* commonOptionsHelp =
     "  --time-zone ID       BRIGHTLEDGER_TIME_ZONE   device time zone, such as Asia/Kolkata\n"
     "  --verbose                                     debug log on standard error";
 
+constexpr const char* kindHelp = "NewsWidget, PerchWidget or PortfolioWidget";
+constexpr const char* familyHelp = "systemSmall, systemMedium or systemLarge";
+constexpr const char* statisticsHelp = "print memory and times on standard error";
+constexpr const char* scaleHelp = "pixels per point: 1, 2 or 3 (default)";
+constexpr const char* treeHelp = "a view tree as JSON; - is standard input";
+
 /// What a subcommand does once its words are read; returns the exit code.
 using Command = std::function<int()>;
 
@@ -131,19 +137,18 @@ private:
     }
 
     void addQuestion(CLI::App& command) {
-        command.add_option("KIND", question_.kind, "NewsWidget, PerchWidget or PortfolioWidget")->required();
-        command.add_option("--family", question_.family, "systemSmall, systemMedium or systemLarge")
-            ->required();
+        command.add_option("KIND", question_.kind, kindHelp)->required();
+        command.add_option("--family", question_.family, familyHelp)->required();
     }
 
     void addEntries() {
-        for (const auto& [name, request] : requests()) {
+        for (const auto& [name, request] : entryRequests) {
             CLI::App* command = add(name, "ask a widget and print its answer", [this, asked = request] {
                 question_.request = asked;
                 return exitCode(printEntries(process_, question_));
             });
             addQuestion(*command);
-            command->add_flag("--stats", question_.isMeasured, "print memory and times on standard error");
+            command->add_flag("--stats", question_.isMeasured, statisticsHelp);
         }
         CLI::App* view = add("view", "print the view tree of the timeline's first entry",
                              [this] { return exitCode(printView(process_, question_)); });
@@ -153,16 +158,14 @@ private:
     void addDrawing() {
         CLI::App* draw = add("draw", "draw a widget's first entry, or any view tree",
                              [this] { return exitCode(drawChosen()); });
-        auto* kind = draw->add_option("KIND", question_.kind, "NewsWidget, PerchWidget or PortfolioWidget");
-        auto* family =
-            draw->add_option("--family", question_.family, "systemSmall, systemMedium or systemLarge");
+        auto* kind = draw->add_option("KIND", question_.kind, kindHelp);
+        auto* family = draw->add_option("--family", question_.family, familyHelp);
         auto* request = draw->add_option("--request", request_, "timeline (default), snapshot or placeholder")
                             ->check(CLI::IsMember({"timeline", "snapshot", "placeholder"}));
-        auto* stats =
-            draw->add_flag("--stats", question_.isMeasured, "print memory and times on standard error");
-        auto* tree = draw->add_option("--tree", tree_.file, "a view tree as JSON; - is standard input");
+        auto* stats = draw->add_flag("--stats", question_.isMeasured, statisticsHelp);
+        auto* tree = draw->add_option("--tree", tree_.file, treeHelp);
         auto* size = draw->add_option("--size", tree_.size, "size of the tree's widget in points, WxH");
-        draw->add_option("--scale", drawing_.scale, "pixels per point: 1, 2 or 3 (default)");
+        draw->add_option("--scale", drawing_.scale, scaleHelp);
         draw->add_option("-o", drawing_.output, "a file that ends in " + pictureEndings());
         for (CLI::Option* ofWidget : {kind, family, request, stats}) ofWidget->excludes(tree);
         kind->needs(family);
@@ -171,9 +174,9 @@ private:
 
         CLI::App* layout = add("layout", "lay out a view tree and print it with every frame",
                                [this] { return exitCode(layoutTree(process_, tree_, drawing_.scale)); });
-        layout->add_option("FILE", tree_.file, "a view tree as JSON; - is standard input")->required();
+        layout->add_option("FILE", tree_.file, treeHelp)->required();
         layout->add_option("--size", tree_.size, "size of the widget in points, WxH")->required();
-        layout->add_option("--scale", drawing_.scale, "pixels per point: 1, 2 or 3 (default)");
+        layout->add_option("--scale", drawing_.scale, scaleHelp);
     }
 
     Result<void> drawChosen() {
@@ -182,7 +185,7 @@ private:
             return platform::failure("UsageError", 2,
                                      "draw needs a KIND with --family, or --tree with --size");
         }
-        for (const auto& [name, request] : requests()) {
+        for (const auto& [name, request] : entryRequests) {
             if (name == request_) question_.request = request;
         }
         return drawWidget(process_, question_, drawing_);
@@ -229,14 +232,6 @@ private:
             }
             chosen_ = own;
         });
-    }
-
-    static const std::vector<std::pair<const char*, EntryRequest>>& requests() {
-        static const std::vector<std::pair<const char*, EntryRequest>> all{
-            {"placeholder", EntryRequest::placeholder},
-            {"snapshot", EntryRequest::snapshot},
-            {"timeline", EntryRequest::timeline}};
-        return all;
     }
 
     CLI::App app_{"The widget host: asks the extension, lays out, draws and serves its widgets",

@@ -1,5 +1,6 @@
 #include "host/cli/widget_commands.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -29,12 +30,7 @@ tl::unexpected<Error> wrongUsage(std::string message) {
 }
 
 const char* requestName(EntryRequest request) {
-    switch (request) {
-        case EntryRequest::placeholder: return "placeholder";
-        case EntryRequest::snapshot: return "snapshot";
-        case EntryRequest::timeline: return "timeline";
-    }
-    return "";
+    return std::ranges::find(entryRequests, request, &decltype(entryRequests)::value_type::second)->first;
 }
 
 /// An answer, and what it cost.
@@ -114,9 +110,7 @@ struct DrawingTiming {
 };
 
 Result<DrawingTiming> draw(const platform::View& view, const LayoutOptions& layout,
-                           const DrawingOptions& drawing) {
-    const Result<PictureFormat> format = pictureFormat(drawing);
-    if (!format) return tl::unexpected(format.error());
+                           const DrawingOptions& drawing, const PictureFormat& format) {
     const auto painter = Painter::make(platform::resourcesDirectory());
     if (!painter) return tl::unexpected(painter.error());
 
@@ -126,7 +120,7 @@ Result<DrawingTiming> draw(const platform::View& view, const LayoutOptions& layo
     timing.layoutMs =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 
-    const Result<std::string> content = format->content(**painter, list, drawing.scale, timing.painter);
+    const Result<std::string> content = format.content(**painter, list, drawing.scale, timing.painter);
     if (!content) return tl::unexpected(content.error());
     const Result<void> written = drawing.output ? writeFile(*drawing.output, *content) : printText(*content);
     if (!written) return tl::unexpected(written.error());
@@ -212,9 +206,8 @@ Result<void> printView(const ProcessOptions& process, const WidgetQuestion& ques
 
 Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& question,
                         const DrawingOptions& drawing) {
-    if (const Result<PictureFormat> format = pictureFormat(drawing); !format) {
-        return tl::unexpected(format.error());
-    }
+    const Result<PictureFormat> format = pictureFormat(drawing);
+    if (!format) return tl::unexpected(format.error());
     const Result<Answered> answered = askExtension(process, question, Wanted::views);
     if (!answered) return tl::unexpected(answered.error());
     const Result<DrawingTiming> timing =
@@ -224,7 +217,7 @@ Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& que
               .kind = question.kind,
               .family = question.family,
               .isRedacted = question.request == EntryRequest::placeholder},
-             drawing);
+             drawing, *format);
     if (!timing) return tl::unexpected(timing.error());
     if (question.isMeasured) {
         printLine(ordered_json{{"extension", statisticsJson(answered->statistics)},
@@ -238,12 +231,11 @@ Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& que
 }
 
 Result<void> drawTree(const ProcessOptions& process, const TreeFile& file, const DrawingOptions& drawing) {
-    if (const Result<PictureFormat> format = pictureFormat(drawing); !format) {
-        return tl::unexpected(format.error());
-    }
+    const Result<PictureFormat> format = pictureFormat(drawing);
+    if (!format) return tl::unexpected(format.error());
     const Result<Tree> tree = readTree(process, file);
     if (!tree) return tl::unexpected(tree.error());
-    return draw(tree->view, tree->layout, drawing).map([](const DrawingTiming&) {});
+    return draw(tree->view, tree->layout, drawing, *format).map([](const DrawingTiming&) {});
 }
 
 Result<void> layoutTree(const ProcessOptions& process, const TreeFile& file, int scale) {

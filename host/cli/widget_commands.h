@@ -2,12 +2,20 @@
 
 // The commands that ask the extension and show what it answers.
 
+#include <array>
 #include <optional>
 #include <string>
+#include <utility>
 #include "host/process/extension_process.h"
 #include "platform/runtime/process_options.h"
 
 namespace host {
+
+/// What the extension can be asked for, by the names that the command line uses.
+inline constexpr std::array<std::pair<const char*, EntryRequest>, 3> entryRequests{
+    {{"placeholder", EntryRequest::placeholder},
+     {"snapshot", EntryRequest::snapshot},
+     {"timeline", EntryRequest::timeline}}};
 
 struct WidgetQuestion {
     std::string kind;

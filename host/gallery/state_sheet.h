@@ -24,7 +24,7 @@ struct SheetOptions {
     /// Where the extension and the demo service are.
     std::filesystem::path programs = platform::programDirectory();
     std::filesystem::path resources = platform::resourcesDirectory();
-    /// Pixels a point.
+    /// Pixels per point.
     int scale = 2;
     /// Receives the extension's log, on a separate thread.
     std::function<void(std::string line)> log = {};

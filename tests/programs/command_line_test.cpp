@@ -1,4 +1,4 @@
-// The programs as people and scripts call them: exit codes, output shapes, and what bad input becomes.
+// The programs as users and scripts call them: exit codes, the shape of the output, and bad input.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,7 +50,13 @@ std::vector<std::string> keysOf(const ordered_json& object) {
     return keys;
 }
 
-/// `brightledger` with a data directory of the test's own, a clock that stands still, and a service to call.
+struct Complaint {
+    std::string words;
+    /// Part of the one line on standard error; empty where another part of the program chooses the words.
+    std::string message;
+};
+
+/// Runs `brightledger` with its own data directory, a stopped clock and a service to call.
 class CommandLineTest : public testing::Test {
 protected:
     CommandLineTest() { serve("http://127.0.0.1:1"); }
@@ -78,6 +84,14 @@ protected:
         const Outcome outcome = run(words, input);
         EXPECT_EQ(outcome.exitCode, 0) << words << ": " << outcome.complaint;
         return ordered_json::parse(outcome.output);
+    }
+
+    void expectComplaint(const Complaint& expected, int exitCode) const {
+        const Outcome outcome = run(expected.words);
+        EXPECT_EQ(outcome.exitCode, exitCode) << expected.words;
+        EXPECT_THAT(outcome.output, IsEmpty()) << expected.words;
+        EXPECT_THAT(outcome.complaint, MatchesRegex("brightledger: [^\n]+\n")) << expected.words;
+        EXPECT_THAT(outcome.complaint, HasSubstr(expected.message)) << expected.words;
     }
 
     std::string path(const std::string& name) const { return directory_.path() / name; }
@@ -173,12 +187,6 @@ TEST_F(CommandLineTest, APrintedTreeCanBeLaidOutAndDrawnAgain) {
     EXPECT_EQ(list["items"], json("draw PerchWidget --family systemLarge")["items"]);
 }
 
-struct Complaint {
-    std::string words;
-    /// What the line on standard error says after "brightledger: "; empty: any words of the argument parser.
-    std::string message;
-};
-
 TEST_F(CommandLineTest, WrongUsageIsExitCode2AndOneLineThatSaysWhatToDo) {
     const std::string unknownWidget =
         "unknown widget \"ClockWidget\"; choose NewsWidget, PerchWidget or PortfolioWidget";
@@ -229,13 +237,7 @@ TEST_F(CommandLineTest, WrongUsageIsExitCode2AndOneLineThatSaysWhatToDo) {
         {"call KeyConstants", "a call needs a class and a selector; \"call\" lists them"},
         {"call UIColor hexString", "wrong number of arguments; write UIColor hexString COLOR"},
     };
-    for (const auto& [words, message] : complaints) {
-        const Outcome outcome = run(words);
-        EXPECT_EQ(outcome.exitCode, 2) << words;
-        EXPECT_THAT(outcome.output, IsEmpty()) << words;
-        EXPECT_THAT(outcome.complaint, MatchesRegex("brightledger: [^\n]+\n")) << words;
-        if (!message.empty()) EXPECT_EQ(outcome.complaint, "brightledger: " + message + "\n") << words;
-    }
+    for (const Complaint& complaint : complaints) expectComplaint(complaint, 2);
 }
 
 TEST_F(CommandLineTest, WhatCannotBeDoneIsExitCode1AndOneLine) {
@@ -255,12 +257,7 @@ TEST_F(CommandLineTest, WhatCannotBeDoneIsExitCode1AndOneLine) {
         {"call --data-dir " + path("file") + " ThemeManager setCurrentSelectedThemeTypeWithType: 1", ""},
         {"why PerchWidget", ""},
     };
-    for (const auto& [words, message] : complaints) {
-        const Outcome outcome = run(words);
-        EXPECT_EQ(outcome.exitCode, 1) << words;
-        EXPECT_THAT(outcome.complaint, MatchesRegex("brightledger: [^\n]+\n")) << words;
-        if (!message.empty()) EXPECT_EQ(outcome.complaint, "brightledger: " + message + "\n") << words;
-    }
+    for (const Complaint& complaint : complaints) expectComplaint(complaint, 1);
 }
 
 TEST_F(CommandLineTest, AnUnusableDataDirectoryStillGivesAnEntryWithoutContent) {
@@ -337,7 +334,7 @@ TEST_F(CommandLineTest, OperationsOfTheAppAreCalledOneByOneOrLineByLineInOneProc
     EXPECT_THAT(lines.complaint, StartsWith("brightledger: line 3: "));
 }
 
-TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndTellsWhatHappensWhenAsked) {
+TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndLogsWhenAskedTo) {
     const Outcome outcome = run("run --for 1 --verbose");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.output, MatchesRegex("http://127.0.0.1:[0-9]+/.token=[0-9a-f]+\n"));
@@ -410,7 +407,7 @@ struct BadService {
     tests::Answer answer;
 };
 
-TEST_F(CommandLineTest, WhateverTheServiceDoesThereIsOneEntryAndTheNextReload) {
+TEST_F(CommandLineTest, WhateverTheServiceDoesATimelineHasOneEntryAndAReloadDate) {
     using Ending = tests::Answer::Ending;
     const BadService services[] = {
         {"304", {.status = 304}},
