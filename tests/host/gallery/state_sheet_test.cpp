@@ -65,7 +65,8 @@ ordered_json dataOf(const std::string& page) {
 /// The files that the page shows, with what a comparison says about each.
 std::map<std::string, std::string> shownIn(const fs::path& folder) {
     std::map<std::string, std::string> news;
-    for (const auto& section : dataOf(contentOf(folder / "index.html"))["sections"]) {
+    const ordered_json data = dataOf(contentOf(folder / "index.html"));
+    for (const auto& section : data["sections"]) {
         for (const auto& row : section["rows"]) {
             for (const auto& picture : row["pictures"]) news[picture["file"]] = picture["news"];
         }
