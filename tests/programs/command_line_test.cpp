@@ -360,7 +360,7 @@ TEST_F(CommandLineTest, AUserIsSignedInAndOutAndTheirRowsGoWithThem) {
     EXPECT_EQ(json("timeline PortfolioWidget --family systemMedium")["entries"][0]["apiError"], "nonLogin");
 }
 
-/// The quotes' answer for one index whose link holds a blank, so that it is no address.
+/// Quotes for one index whose link contains a blank, so that it is not an address.
 class BrokenLinkTest : public CommandLineTest {
 protected:
     BrokenLinkTest() {
