@@ -1,5 +1,4 @@
-// A card from its view tree to pixels, with everything warm. What a first drawing costs is measured
-// with whole processes.
+// Lays out and draws a card with warm caches. whole_processes.py measures what the first drawing costs.
 
 #include <benchmark/benchmark.h>
 #include <string>

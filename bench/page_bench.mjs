@@ -1,5 +1,5 @@
-// Measures the home screen as people feel it: first paint, from a request to the new picture, and what
-// the host costs while nobody does anything. Six widgets are placed, the demo service answers.
+// Measures what users of the home screen notice: the first paint, the time from a request to the new picture, and the
+// load of the idle host. Six widgets are placed, and the demo service answers.
 //
 // usage: page_bench.mjs FOLDER_OF_THE_PROGRAMS [SECONDS_OF_IDLENESS]
 
@@ -27,7 +27,7 @@ async function firstPaints(page) {
   return paints;
 }
 
-/** From the click to the frame in which another picture stands, timed within the page. */
+/** From the click to the frame that shows the new picture, timed within the page. */
 async function newPictures(page) {
   const times = [];
   await page.getByRole("button", { name: "Controls", exact: true }).click();
@@ -41,7 +41,7 @@ async function newPictures(page) {
       }).observe(widget, { childList: true });
       document.querySelector(`input[name=theme][value="${theme}"]`).click();
     }), round % 2 === 0 ? 1 : 0));
-    await until("the others have followed", async () => (await stateOf(page)).widgets.every((widget) => !widget.isRunning));
+    await until("the other widgets are drawn", async () => (await stateOf(page)).widgets.every((widget) => !widget.isRunning));
   }
   return times;
 }
@@ -54,7 +54,7 @@ function processorSeconds(process) {
 
 const residentMiB = (process) => Number(/VmRSS:\s+(\d+)/.exec(readFileSync(`/proc/${process}/status`, "utf8"))[1]) / 1024;
 
-/** In percent of a core. The quotes are renewed every 30 s: less than that would miss what they cost. */
+/** In percent of a core. Quotes are renewed every 30 s, so a shorter time would miss that work. */
 async function idle(home) {
   const before = processorSeconds(home.process.pid);
   const start = performance.now();

@@ -1,4 +1,4 @@
-// From the quote message's bytes to rows, for lists of three sizes: cost must grow linearly.
+// Decodes quotes and makes rows, for lists of three sizes. The time must grow linearly.
 
 #include <benchmark/benchmark.h>
 #include <string>

@@ -1,4 +1,4 @@
-// The settings store: what one read and one write cost.
+// The time of opening, reading and writing the settings store.
 
 #include <benchmark/benchmark.h>
 #include "platform/settings/user_defaults.h"
@@ -10,7 +10,7 @@ using platform::UserDefaults;
 
 void storeOpen(benchmark::State& state) {
     const tests::TemporaryDirectory directory;
-    const auto keepsFile = UserDefaults::open(directory.path(), "bench");
+    const auto keepsStoreOpen = UserDefaults::open(directory.path(), "bench");
     for (auto _ : state) {
         auto defaults = UserDefaults::open(directory.path(), "bench");
         benchmark::DoNotOptimize(defaults);
@@ -20,7 +20,7 @@ void storeOpen(benchmark::State& state) {
 void storeRead(benchmark::State& state) {
     const tests::TemporaryDirectory directory;
     const auto defaults = *UserDefaults::open(directory.path(), "bench");
-    if (!defaults->set("key", "value")) state.SkipWithError("the store takes no value");
+    if (!defaults->set("key", "value")) state.SkipWithError("cannot write to the store");
     for (auto _ : state) {
         auto value = defaults->object("key");
         benchmark::DoNotOptimize(value);
@@ -32,7 +32,7 @@ void storeWrite(benchmark::State& state) {
     const auto defaults = *UserDefaults::open(directory.path(), "bench");
     int number = 0;
     for (auto _ : state) {
-        if (!defaults->set("key", ++number)) state.SkipWithError("the store takes no value");
+        if (!defaults->set("key", ++number)) state.SkipWithError("cannot write to the store");
     }
 }
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Measures what only whole processes can tell: the extension's start, memory and refresh.
+"""Measures whole processes: the extension's start, memory and refresh.
 
-Starts the demo service and asks a fresh extension for a timeline many times, by the command line's
-own --stats. Prints medians, with the smallest and the largest value.
+Starts the demo service and asks a new extension process for a timeline many times, with the command line's
+--stats. Prints medians with the smallest and the largest value.
 """
 
 import json

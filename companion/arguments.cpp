@@ -15,7 +15,7 @@ using platform::Color;
 using platform::Result;
 
 tl::unexpected<platform::Error> noSuch(const std::string& text, std::string_view kind) {
-    return platform::failure("UsageError", 0, "'" + text + "' is no " + std::string(kind));
+    return platform::failure("UsageError", 0, "'" + text + "' is not a " + std::string(kind));
 }
 
 /// None, white and alpha, or red, green, blue and alpha.
@@ -37,7 +37,7 @@ std::optional<Color> colorOf(const ordered_json& components) {
 }  // namespace
 
 Result<std::string> Argument<std::string>::read(const std::string& text) {
-    if (!platform::isUtf8(text)) return platform::failure("UsageError", 0, "a text is no UTF-8");
+    if (!platform::isUtf8(text)) return platform::failure("UsageError", 0, "a text is not UTF-8");
     return text;
 }
 
@@ -69,7 +69,7 @@ Result<Color> Argument<Color>::read(const std::string& text) {
     if (json.is_object() && json.contains("components")) {
         const auto color = json["components"].is_array() ? colorOf(json["components"]) : std::nullopt;
         return color ? Result<Color>(*color)
-                     : noSuch(text, "colour of none, two or four components of 0 to 1");
+                     : noSuch(text, "colour of zero, two or four components from 0 to 1");
     }
     const Result<Color> color = platform::colorFromJson(json);
     return color ? color : noSuch(text, R"(colour such as {"hex":"#1A1A22","alpha":1})");

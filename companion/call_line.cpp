@@ -34,7 +34,8 @@ std::size_t endOfValue(std::string_view line, std::size_t start) {
 platform::Result<std::string> wordOf(std::string_view value) {
     if (!value.starts_with('"')) return std::string(value);
     const auto text = nlohmann::json::parse(value, nullptr, /*allow_exceptions=*/false);
-    if (!text.is_string()) return platform::failure("UsageError", 0, std::string(value) + " is no JSON text");
+    if (!text.is_string())
+        return platform::failure("UsageError", 0, std::string(value) + " is not JSON text");
     return text.get<std::string>();
 }
 
@@ -48,11 +49,11 @@ platform::Result<std::vector<std::string>> splitCallLine(std::string_view line) 
         const std::size_t end =
             isValue ? endOfValue(line, at) : std::min(line.find_first_of(blanks, at), line.size());
         if (end == std::string_view::npos) {
-            return platform::failure("UsageError", 0, std::string(line.substr(at)) + " does not end");
+            return platform::failure("UsageError", 0, std::string(line.substr(at)) + " is not closed");
         }
         if (end < line.size() && blanks.find(line[end]) == std::string_view::npos) {
             return platform::failure("UsageError", 0,
-                                     "no blank behind " + std::string(line.substr(at, end - at)));
+                                     "a blank is missing after " + std::string(line.substr(at, end - at)));
         }
         platform::Result<std::string> word = wordOf(line.substr(at, end - at));
         if (!word) return tl::unexpected(word.error());

@@ -281,16 +281,17 @@ Result<ordered_json> PhoneApp::call(std::string_view className, std::string_view
                                     const std::vector<std::string>& arguments) {
     const auto& all = allOperations();
     if (std::ranges::find(all, className, &Operation::className) == all.end()) {
-        return wrongUsage("there is no class " + std::string(className));
+        return wrongUsage("unknown class " + std::string(className) + "; \"call\" lists all operations");
     }
     const auto found = std::ranges::find_if(all, [&](const Operation& operation) {
         return operation.className == className && operation.selector == selector;
     });
     if (found == all.end()) {
-        return wrongUsage(std::string(className) + " has no operation " + std::string(selector));
+        return wrongUsage(std::string(className) + " has no operation " + std::string(selector) +
+                          "; \"call\" lists all operations");
     }
     if (arguments.size() != found->parameters.size()) {
-        return wrongUsage("the operation is: " + line(*found));
+        return wrongUsage("wrong number of arguments; write " + line(*found));
     }
     return found->call(*state_, arguments);
 }

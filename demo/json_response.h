@@ -1,6 +1,6 @@
 #pragma once
 
-// What the service and its scenes answer with.
+// How the service and its scenes answer with JSON.
 
 #include <nlohmann/json.hpp>
 #include "serving/http_server.h"

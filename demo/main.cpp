@@ -1,4 +1,4 @@
-// brightledger-demo: the demo service alone.
+// brightledger-demo: the demo service as a program.
 
 #include <charconv>
 #include <csignal>

@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::seconds;
 
-// India has had one offset and no daylight saving since long before anything here.
+// India has had one offset and no daylight saving for all dates that matter here.
 constexpr seconds indiaOffset{5 * 3600 + 1800};
 constexpr seconds day{86400};
 
@@ -29,7 +29,7 @@ std::uint64_t hashOf(std::string_view text) {
     return hash;
 }
 
-/// -1 to 1, anew for every step of every octave.
+/// From -1 to 1, different for every step of every octave.
 double jitter(std::uint64_t seed, std::int64_t step) {
     return static_cast<double>(mixed(seed ^ mixed(static_cast<std::uint64_t>(step))) >> 11) / 0x1p52 - 1.0;
 }
@@ -42,7 +42,7 @@ double smoothNoise(std::uint64_t seed, double position) {
     return std::lerp(jitter(seed, whole), jitter(seed, whole + 1), weight);
 }
 
-/// Slow tides under quick ripples, about -1 to 1: looks like a walk, and any moment can be asked for.
+/// A sum of slow and quick waves, about -1 to 1. It looks like a random walk, but any moment can be computed.
 double wander(std::uint64_t seed, double secondsSince1970) {
     constexpr struct {
         double period;
@@ -136,7 +136,7 @@ std::string twoDecimals(double number) {
 
 std::string indianAmount(double amount) {
     std::string text = twoDecimals(std::abs(amount));
-    // The last three whole digits stand together, those before them in twos.
+    // The last three whole digits form a group, those before them form groups of two.
     for (std::size_t point = text.find('.'), group = 3; point > group; group = 2) {
         point -= group;
         text.insert(point, ",");

@@ -9,7 +9,7 @@
 
 namespace demo {
 
-/// One thing that can be chosen, in the fields of the phone app's records.
+/// Something that a user can choose, with the fields of the phone app's records.
 struct Instrument {
     /// "indices", "stock", "future" or "crypto".
     std::string_view type;
@@ -19,27 +19,27 @@ struct Instrument {
     std::string_view symbol;
     std::string_view priceIdentifier;
     double basePrice = 0.0;
-    /// How far a price strays in a day, as a fraction of it.
+    /// How far the price moves in a day, as a fraction of it.
     double liveliness = 0.01;
-    /// Of futures: "FUTIDX" or "FUTSTK", and the underlying's identifier.
+    /// Only for futures: "FUTIDX" or "FUTSTK", and the underlying's identifier.
     std::string_view instrument = {};
     std::string_view underlying = {};
 };
 
 const std::vector<Instrument>& catalogue();
 
-/// The instrument of that price identifier. Whatever is asked for is traded: an identifier that is not
-/// in the catalogue gets a price that follows from its letters.
+/// The instrument with that price identifier. An identifier that is not in the catalogue gets a price that
+/// depends on its letters.
 Instrument instrumentFor(std::string_view priceIdentifier);
 
 struct Price {
     double current = 0.0;
-    /// Since the day's beginning in India.
+    /// Since midnight in India.
     double change = 0.0;
     double percentChange = 0.0;
 };
 
-/// A function of its arguments alone. Never below a hundredth of the base price.
+/// Depends only on its arguments. Never below a hundredth of the base price.
 Price priceAt(const Instrument& instrument, platform::Instant moment);
 
 /// The moment as a clock in India shows it: "22 Nov, 15:30:05".
@@ -48,7 +48,10 @@ std::string displayTime(platform::Instant moment);
 /// 1234567.891 as "12,34,567.89".
 std::string indianAmount(double amount);
 
-/// A plain decimal with two digits behind the point.
+/// A decimal number with two digits after the point.
 std::string twoDecimals(double number);
+
+/// "1" for a gain, "-1" for a loss, otherwise "0".
+inline std::string direction(double change) { return change > 0 ? "1" : change < 0 ? "-1" : "0"; }
 
 }  // namespace demo

@@ -1,6 +1,6 @@
 #pragma once
 
-// Small pictures for the stories, drawn by the service itself.
+// Pictures for the stories, drawn by the service.
 
 #include <string>
 
@@ -8,7 +8,7 @@ namespace demo {
 
 inline constexpr int pictureCount = 8;
 
-/// A JPEG of 480 × 320 pixels, another scene for every number; the same bytes for the same number.
+/// A JPEG of 480 × 320 pixels. Each number has its own picture, and always the same bytes.
 std::string makePicture(int number);
 
 }  // namespace demo

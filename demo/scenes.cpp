@@ -1,13 +1,11 @@
 #include "demo/scenes.h"
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <optional>
 #include <string>
 #include <vector>
 #include "demo/json_response.h"
 #include "demo/market.h"
-#include "extension/widgets/perch/proto/market_package.h"
+#include "demo/quotes.h"
 
 namespace demo {
 
@@ -20,7 +18,7 @@ using serving::Response;
 struct SceneStory {
     std::string_view headline;
     std::string_view type;
-    /// Of the demo's own pictures; below 0 the story has none.
+    /// The number of a demo picture; below 0 the story has none.
     int picture = -1;
 };
 
@@ -39,9 +37,9 @@ struct ScenePortfolio {
 
 struct Scene {
     std::string_view name;
-    /// In percent, taken in turn; without any there are no quotes.
+    /// In percent, used in turn. Empty: the scene has no quotes.
     std::vector<double> changes = {};
-    /// What every price is multiplied with.
+    /// Every price is multiplied by this.
     double priceFactor = 1.0;
     std::vector<SceneStory> stories = {};
     /// Absent: a user without a portfolio.
@@ -119,37 +117,14 @@ const std::vector<Scene>& scenes() {
     return all;
 }
 
-void addQuote(extension::MarketPackage_MultiAssetInfo& info, const std::string& identifier,
-              const Scene& scene) {
-    auto& list = *info.mutable_data()->mutable_datalist();
-    const double percent = scene.changes[static_cast<std::size_t>(list.size()) % scene.changes.size()];
-    const Instrument instrument = instrumentFor(identifier);
-    const double price = instrument.basePrice * scene.priceFactor;
-    auto& item = *list.Add();
-    item.set_assetid(std::string(instrument.id));
-    item.set_symbol(identifier);
-    item.set_shortname(std::string(instrument.title));
-    item.set_currentprice(twoDecimals(price));
-    item.set_change(twoDecimals(price * percent / 100.0));
-    item.set_perchange(twoDecimals(percent));
-    item.set_direction(percent > 0.0 ? "1" : percent < 0.0 ? "-1" : "0");
-    item.set_ex(std::string(instrument.exchange));
-    item.set_disptime("23 Nov, 12:00:00");
-    item.set_assettype(std::string(instrument.type));
-    item.set_priceidentifier(identifier);
-}
-
-Response quotes(const Request& request, const Scene& scene) {
-    extension::MarketPackage_MultiAssetInfo info;
-    info.set_success(1);
-    info.mutable_data();
-    std::string identifiers = serving::queryValue(request.query, "asset_ids").value_or("");
-    while (!identifiers.empty() && !scene.changes.empty()) {
-        const std::string identifier = identifiers.substr(0, identifiers.find(','));
-        identifiers.erase(0, identifier.size() + 1);
-        addQuote(info, identifier, scene);
-    }
-    return {.contentType = "application/x-protobuf", .body = platform::Bytes(info.SerializeAsString())};
+Response quotes(Request request, const Scene& scene) {
+    if (scene.changes.empty()) request.query.clear();
+    const auto priceOf = [&](const Instrument& instrument, std::size_t place) {
+        const double percent = scene.changes[place % scene.changes.size()];
+        const double price = instrument.basePrice * scene.priceFactor;
+        return Price{.current = price, .change = price * percent / 100.0, .percentChange = percent};
+    };
+    return quotesResponse(request, *platform::parseInstant("2026-11-23T12:00:00+05:30"), priceOf);
 }
 
 Response news(const Scene& scene, std::string_view origin) {

@@ -8,8 +8,8 @@
 #include "demo/json_response.h"
 #include "demo/market.h"
 #include "demo/pictures.h"
+#include "demo/quotes.h"
 #include "demo/scenes.h"
-#include "extension/widgets/perch/proto/market_package.h"
 
 namespace demo {
 
@@ -40,39 +40,7 @@ constexpr std::string_view quotesPath = "/swiftapi/v1/markets/multi-asset-info";
 constexpr std::string_view portfolioPath = "/portfolioapi/summary";
 constexpr std::string_view thumbnailPath = "/thumbnails/";
 
-Response missing() { return {.status = 404, .body = platform::Bytes("nothing here\n")}; }
-
-std::string direction(double change) { return change > 0 ? "1" : change < 0 ? "-1" : "0"; }
-
-Response quotes(const Request& request, platform::Instant now) {
-    extension::MarketPackage_MultiAssetInfo info;
-    info.set_success(1);
-    auto& data = *info.mutable_data();
-    std::string identifiers = serving::queryValue(request.query, "asset_ids").value_or("");
-    while (!identifiers.empty()) {
-        const std::string identifier = identifiers.substr(0, identifiers.find(','));
-        identifiers.erase(0, identifier.size() + 1);
-        if (identifier.empty()) continue;
-        const Instrument instrument = instrumentFor(identifier);
-        const Price price = priceAt(instrument, now);
-        auto& item = *data.add_datalist();
-        item.set_assetid(std::string(instrument.id));
-        item.set_symbol(identifier);
-        item.set_shortname(std::string(instrument.title));
-        item.set_currentprice(twoDecimals(price.current));
-        item.set_change(twoDecimals(price.change));
-        item.set_perchange(twoDecimals(price.percentChange));
-        item.set_volume(std::to_string(static_cast<long long>(1e9 / price.current)));
-        item.set_direction(direction(price.change));
-        item.set_ex(std::string(instrument.exchange));
-        item.set_disptime(displayTime(now));
-        item.set_dateformat("dd MMM, HH:mm:ss");
-        item.set_lastupdated(platform::formatInstant(now));
-        item.set_assettype(std::string(instrument.type));
-        item.set_priceidentifier(identifier);
-    }
-    return {.contentType = "application/x-protobuf", .body = platform::Bytes(info.SerializeAsString())};
-}
+Response missing() { return {.status = 404, .body = platform::Bytes("not found\n")}; }
 
 struct Story {
     std::string_view headline;
@@ -80,8 +48,8 @@ struct Story {
     std::string_view address;
 };
 
-// More than are ever shown, with every type among the first seven. Each headline fits in two lines, so
-// that the news widget shows all of them whole.
+// More than a widget shows, with every type among the first seven. Each headline fits in two lines, so that
+// the news widget does not cut it.
 constexpr std::array stories{
     Story{"Sensex climbs past 85,000 as banks lead gains", "liveblog", "markets/sensex-nifty-live-blog"},
     Story{"Household savings move into index funds at a record pace", "news",
@@ -98,7 +66,7 @@ constexpr std::array stories{
           "personal-finance/home-loan-rates"},
 };
 
-// The feed turns over slowly, so that somebody who watches sees new stories come.
+// The stories move up slowly, so that somebody who watches the widget sees new ones.
 constexpr std::chrono::minutes turnover{30};
 
 Response news(const Request& request, platform::Instant now, const std::string& origin, Fault fault) {
@@ -107,13 +75,13 @@ Response news(const Request& request, platform::Instant now, const std::string& 
         return text.empty() || text.size() > 3 ? otherwise : std::strtoul(text.c_str(), nullptr, 10);
     };
     const std::size_t start = wanted("start", 0);
-    // One more than asked for, as the real service is generous too.
+    // More than asked for, as the real service does too.
     const std::size_t count = std::min(wanted("limit", 5) + 2, stories.size());
     const auto turn = static_cast<std::size_t>(now.time_since_epoch() / turnover);
 
     ordered_json list = ordered_json::array();
     for (std::size_t place = start; place < start + count; ++place) {
-        // The live blog stays on top, the others move up one place with every turn.
+        // The live blog stays on top; the others move up one place at every turnover.
         const std::size_t index = place == 0 ? 0 : 1 + (place - 1 + turn) % (stories.size() - 1);
         const Story& story = stories.at(index);
         list.push_back({{"headline", story.headline},
@@ -187,7 +155,7 @@ Response portfolio(const Request& request, platform::Instant now) {
     const auto& users = DemoService::users();
     const auto user =
         std::ranges::find(users, serving::queryValue(request.query, "uname").value_or(""), &DemoUser::userId);
-    // A service that does not believe somebody tells nothing about whom it knows.
+    // The same answer for an unknown user and a wrong token, so that it does not reveal which users exist.
     if (user == users.end() || serving::queryValue(request.query, "token") != user->token)
         return jsonResponse({{"status", "failure"}, {"message", "Invalid session"}}, 401);
     if (user->userId == users[1].userId) return jsonResponse({{"portfoliosummary", nullptr}});
@@ -197,7 +165,7 @@ Response portfolio(const Request& request, platform::Instant now) {
     return jsonResponse({{"portfoliosummary", {{"networth_details", figures}}}});
 }
 
-/// A record as the phone app stores it under one of the widget's keys.
+/// A record as the phone app stores it for the widget.
 ordered_json record(const Instrument& instrument, platform::Instant now) {
     ordered_json record{{"title", instrument.title},
                         {"exchg", instrument.exchange},
@@ -257,7 +225,7 @@ struct DemoService::Implementation {
     platform::Clock systemClock;
     const platform::Clock* clock = &systemClock;
     std::atomic<Fault> fault{Fault::none};
-    /// The server knows its port only when it listens, and its first request may come at once.
+    /// Guards `origin`: the server knows its port only when it listens, and may be asked at once.
     std::mutex mutex;
     std::string origin;
     std::unique_ptr<serving::HttpServer> server;
@@ -265,8 +233,8 @@ struct DemoService::Implementation {
 
 Response DemoService::Implementation::answer(const Request& request) {
     if (request.path.starts_with("/demo/")) return control(request);
-    // The extension's requests name their method in lower case.
-    if (!request.isMethod("GET")) return {.status = 405, .body = platform::Bytes("GET is all we know\n")};
+    // The extension sends its method in lower case.
+    if (!request.isMethod("GET")) return {.status = 405, .body = platform::Bytes("only GET is supported\n")};
     if (request.path.starts_with(scenePrefix)) {
         const std::lock_guard lock(mutex);
         return sceneAnswer(request, origin);
@@ -277,7 +245,11 @@ Response DemoService::Implementation::answer(const Request& request) {
 
 Response DemoService::Implementation::extensionAnswer(const Request& request, Fault current) {
     const platform::Instant now = clock->now();
-    if (request.path == quotesPath) return quotes(request, now);
+    if (request.path == quotesPath) {
+        return quotesResponse(request, now, [now](const Instrument& instrument, std::size_t) {
+            return priceAt(instrument, now);
+        });
+    }
     if (request.path == portfolioPath) return portfolio(request, now);
     if (request.path.starts_with(thumbnailPath)) return thumbnail(request);
     if (request.path != newsPath) return missing();

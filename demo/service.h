@@ -1,7 +1,7 @@
 #pragma once
 
 // A service on this machine that answers as the real one would: quotes that move, stories with
-// pictures, and the portfolios of three users. It fails on demand.
+// pictures, and the portfolios of three users. It can be made to fail.
 
 #include <cstdint>
 #include <memory>
@@ -36,20 +36,20 @@ struct DemoUser {
     std::string name;
     std::string userId;
     std::string token;
-    /// What the user's portfolio is like, for people.
+    /// What the user's portfolio is like, to be shown.
     std::string description;
 };
 
-/// Listens from its making to its end. Prices are a function of the clock alone, so that two services
-/// tell the same at the same moment.
+/// Listens as long as it lives. Prices depend only on the clock, so that two services give the same prices at
+/// the same moment.
 ///
-/// Behind "/scene/NAME" it answers the extension with what never changes, see demo/scenes.h.
+/// Under "/scene/NAME" its answers never change, see demo/scenes.h.
 ///
-/// Beside what the extension asks for it answers: GET /demo/users and GET /demo/catalogue (JSON, for
-/// whoever plays the phone app), POST /demo/fault with the name of a fault as its body.
+/// It also answers GET /demo/users and GET /demo/catalogue (JSON, for a program that plays the phone app) and
+/// POST /demo/fault with the name of a fault as its body.
 class DemoService {
 public:
-    /// `port` 0 takes any free one. `clock` must outlive the service; null: the system's.
+    /// `port` 0 takes any free one. `clock` must outlive the service; null: the system's clock.
     static platform::Result<std::unique_ptr<DemoService>> start(std::uint16_t port = 0,
                                                                 const platform::Clock* clock = nullptr);
     ~DemoService();
@@ -59,7 +59,7 @@ public:
     /// "http://127.0.0.1:PORT": API host and web host at once.
     std::string origin() const;
     static const std::vector<DemoUser>& users();
-    /// What the phone app would store under "userPortfolio".
+    /// What the phone app stores under "userPortfolio".
     std::string portfolioAddress() const;
 
     /// From the next request on. Any thread.

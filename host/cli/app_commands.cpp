@@ -13,6 +13,7 @@
 #include "companion/user_choices.h"
 #include "host/cli/output.h"
 #include "host/cli/surroundings.h"
+#include "platform/base/alternatives.h"
 #include "platform/runtime/runtime.h"
 #include "platform/wire/host_widget_center.h"
 
@@ -25,10 +26,11 @@ using platform::Result;
 constexpr std::chrono::seconds answerLimit{5};
 
 Result<void> callWords(companion::PhoneApp& app, const std::vector<std::string>& words) {
-    if (words.size() < 2) return platform::failure("UsageError", 2, "a call needs a class and a selector");
+    if (words.size() < 2)
+        return platform::failure("UsageError", 2, "a call needs a class and a selector; \"call\" lists them");
     const auto result = app.call(words[0], words[1], {words.begin() + 2, words.end()});
     if (!result) return tl::unexpected(result.error());
-    // One line a call, so that many can be told apart.
+    // One line per call, so that the results of several calls can be told apart.
     return printText(result->dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
 
@@ -48,7 +50,7 @@ Result<void> callLines(companion::PhoneApp& app, std::istream& input) {
     return {};
 }
 
-/// Of the user of that name, by the service that the information dictionary names.
+/// Looks the user up at the service that the information dictionary names.
 Result<companion::Session> sessionOf(const std::string& name, const platform::Runtime& runtime) {
     const auto origin = runtime.bundle().text("ProductionWebHost");
     const auto address = platform::URL::parse(origin.value_or("") + "/demo/users");
@@ -56,8 +58,10 @@ Result<companion::Session> sessionOf(const std::string& name, const platform::Ru
         address ? runtime.urls().load({.url = *address}, std::chrono::steady_clock::now() + answerLimit)
                 : tl::unexpected(platform::urlError(platform::url_error::badURL));
     if (!answer || answer->statusCode != 200 || !answer->body) {
-        return platform::failure("UserError", 1,
-                                 "no home screen is running, and the web host knows no users by name");
+        return platform::failure(
+            "UserError", 1,
+            "cannot look up the user \"" + name +
+                "\": no home screen is running, and the web host did not list its users");
     }
     const auto users = nlohmann::json::parse(answer->body->view(), nullptr, false);
     if (users.is_array()) {
@@ -67,7 +71,7 @@ Result<companion::Session> sessionOf(const std::string& name, const platform::Ru
                                       user.value("userPortfolio", "")};
         }
     }
-    return platform::failure("UserError", 2, "nobody of that name is known");
+    return platform::failure("UserError", 2, "unknown user \"" + name + "\"");
 }
 
 Result<void> printOperations() {
@@ -80,12 +84,13 @@ Result<void> checkKind(const std::string& kind, ExtensionOptions options) {
     ExtensionProcess extension(std::move(options));
     const auto gallery = extension.gallery(answerLimit);
     if (!gallery) return tl::unexpected(gallery.error());
-    std::string kinds;
+    std::vector<std::string> kinds;
     for (const WidgetListing& widget : *gallery) {
         if (widget.kind == kind) return {};
-        kinds += (kinds.empty() ? "" : ", ") + widget.kind;
+        kinds.push_back(widget.kind);
     }
-    return platform::failure("UsageError", 2, "there is no widget \"" + kind + "\", but " + kinds);
+    return platform::failure("UsageError", 2,
+                             "unknown widget \"" + kind + "\"; choose " + platform::alternatives(kinds));
 }
 
 }  // namespace
@@ -136,7 +141,7 @@ Result<void> becomeDemo(int port) {
     const std::string program = platform::programDirectory() / "brightledger-demo";
     execl(program.c_str(), program.c_str(), "--port", std::to_string(port).c_str(), nullptr);
     return platform::failure("FileError", errno,
-                             program + " cannot be started: " + std::generic_category().message(errno));
+                             "cannot start " + program + ": " + std::generic_category().message(errno));
 }
 
 }  // namespace host

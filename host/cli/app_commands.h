@@ -1,6 +1,6 @@
 #pragma once
 
-// The commands that play the phone app, and those that speak to a running home screen.
+// The commands that play the phone app, and those that ask a running home screen.
 
 #include <string>
 #include <vector>
@@ -9,20 +9,19 @@
 
 namespace host {
 
-/// Calls a published operation: `words` are its class, its selector and the arguments. None lists all
-/// operations; a single "-" reads one call a line from standard input until one goes wrong.
+/// Calls a published operation: `words` are its class, its selector and its arguments. Without words it lists
+/// all operations; a single "-" reads one call per line from standard input until one fails.
 platform::Result<void> callOperation(const platform::ProcessOptions& process,
                                      const std::vector<std::string>& words);
 
-/// Signs a user of the demo service in, as the phone app would, or whoever is signed in out when the name
-/// is "none". A running home screen knows its service; otherwise the information dictionary's web host is
-/// asked for its users.
+/// Signs a user of the demo service in, as the phone app would; "none" signs out. A running home screen asks
+/// its own service; otherwise the information dictionary's web host is asked for its users.
 platform::Result<void> signInUser(const platform::ProcessOptions& process, const std::string& name);
 
-/// Prints what the running home screen has noted about a widget's last reload.
+/// Prints what the running home screen recorded about a widget's last reload.
 platform::Result<void> explainReloads(const platform::ProcessOptions& process, const std::string& kind);
 
-/// Becomes the demo service; returns only when that fails.
+/// Replaces this process by the demo service; returns only when that fails.
 platform::Result<void> becomeDemo(int port);
 
 }  // namespace host

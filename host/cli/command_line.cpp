@@ -15,6 +15,7 @@
 #include "host/cli/output.h"
 #include "host/cli/store_commands.h"
 #include "host/cli/widget_commands.h"
+#include "host/paint/picture_formats.h"
 #include "host/web/run.h"
 #include "platform/base/standard_streams.h"
 #include "platform/runtime/command_line.h"
@@ -26,17 +27,23 @@ using platform::ProcessOptions;
 using platform::Result;
 
 constexpr const char* commonOptionsHelp =
-    "Every command takes these too, before or after its own words; an option beats its variable:\n"
+    "Every command also takes these options, before or after its own; an option overrides its variable:\n"
     "  --data-dir DIR       BRIGHTLEDGER_DATA_DIR    where the shared settings store lives\n"
     "  --info-plist FILE    BRIGHTLEDGER_INFO_PLIST  the bundle's information dictionary\n"
     "  --now INSTANT        BRIGHTLEDGER_NOW         stops the extension's clock (ISO 8601 with offset or "
     "Z)\n"
-    "  --os-version N       BRIGHTLEDGER_OS_VERSION  the system's major version that the extension sees\n"
+    "  --os-version N       BRIGHTLEDGER_OS_VERSION  the system's major version, as the extension sees it\n"
     "  --locale ID          BRIGHTLEDGER_LOCALE      device locale, such as en_IN\n"
     "  --time-zone ID       BRIGHTLEDGER_TIME_ZONE   device time zone, such as Asia/Kolkata\n"
     "  --verbose                                     debug log on standard error";
 
-/// What a subcommand does once it has been read, in the exit code's terms.
+constexpr const char* kindHelp = "NewsWidget, PerchWidget or PortfolioWidget";
+constexpr const char* familyHelp = "systemSmall, systemMedium or systemLarge";
+constexpr const char* statisticsHelp = "print memory and times on standard error";
+constexpr const char* scaleHelp = "pixels per point: 1, 2 or 3 (default)";
+constexpr const char* treeHelp = "a view tree as JSON; - is standard input";
+
+/// What a subcommand does once its words are read; returns the exit code.
 using Command = std::function<int()>;
 
 constexpr long longestRun = 366L * 24 * 60 * 60;
@@ -59,14 +66,15 @@ public:
     CommandLine& operator=(const CommandLine&) = delete;
 
     int run(std::vector<std::string> words) {
-        // These take their words as they are anyway; to the parser two dashes would end the command.
+        // These commands take their words as they are, but the parser would end the command at two dashes.
         if (!words.empty() && (words.front() == "call" || words.front() == "store")) {
             const auto dashes = std::find(words.begin(), words.end(), "--");
             if (dashes != words.end()) words.erase(dashes);
         }
         const auto isNamed = [&](const CLI::App* command) { return command->get_name() == words.front(); };
         if (!words.empty() && !words.front().starts_with('-') && app_.get_subcommands(isNamed).empty()) {
-            return complain({"UsageError", 2, "there is no command \"" + words.front() + "\""});
+            return complain(
+                {"UsageError", 2, "unknown command \"" + words.front() + "\"; see brightledger --help"});
         }
         // The parser takes its words from the end.
         std::reverse(words.begin(), words.end());
@@ -97,12 +105,12 @@ private:
             if (seconds_) run_.duration = std::chrono::seconds(*seconds_);
             return exitCode(runHomeScreen(run_));
         });
-        run->add_option("--port", run_.port, "of the page; 0 takes any free one");
+        run->add_option("--port", run_.port, "port of the page; 0 takes any free one");
         run->add_option("--service", service_, "demo (the default) or configured")
             ->check(CLI::IsMember({"demo", "configured"}));
-        run->add_option("--for", seconds_, "stop after so many seconds")->check(CLI::Range(0L, longestRun));
+        run->add_option("--for", seconds_, "stop after this many seconds")->check(CLI::Range(0L, longestRun));
 
-        CLI::App* demo = add("demo", "start the demo service alone and print its origin",
+        CLI::App* demo = add("demo", "start only the demo service and print its origin",
                              [this] { return exitCode(becomeDemo(demoPort_)); });
         demo->add_option("--port", demoPort_, "0 takes any free one")->check(CLI::Range(0, 65535));
 
@@ -110,14 +118,16 @@ private:
                              [this] { return exitCode(signInUser(process_, userName_)); });
         user->add_option("NAME", userName_, "a user's name, or none")->required();
 
-        CLI::App* why = add("why", "tell from a running home screen why a widget was reloaded, or not",
+        CLI::App* why = add("why", "show why the running home screen reloaded a widget, or did not",
                             [this] { return exitCode(explainReloads(process_, question_.kind)); });
         why->add_option("KIND", question_.kind)->required();
 
         CLI::App* gallery = add("gallery", "list the widgets", [this] { return exitCode(makeGallery()); });
         CLI::Option* folder = gallery->add_option("-o", galleryFolder_,
                                                   "draw every widget, family, theme and state into a folder");
-        gallery->add_option("--compare", earlierGallery_, "mark what is not as in this gallery and exit 1")
+        gallery
+            ->add_option("--compare", earlierGallery_,
+                         "mark what differs from this gallery, and exit 1 if anything does")
             ->needs(folder);
     }
 
@@ -127,19 +137,18 @@ private:
     }
 
     void addQuestion(CLI::App& command) {
-        command.add_option("KIND", question_.kind, "NewsWidget, PerchWidget or PortfolioWidget")->required();
-        command.add_option("--family", question_.family, "systemSmall, systemMedium or systemLarge")
-            ->required();
+        command.add_option("KIND", question_.kind, kindHelp)->required();
+        command.add_option("--family", question_.family, familyHelp)->required();
     }
 
     void addEntries() {
-        for (const auto& [name, request] : requests()) {
-            CLI::App* command = add(name, "ask a widget and print what it answers", [this, asked = request] {
+        for (const auto& [name, request] : entryRequests) {
+            CLI::App* command = add(name, "ask a widget and print its answer", [this, asked = request] {
                 question_.request = asked;
                 return exitCode(printEntries(process_, question_));
             });
             addQuestion(*command);
-            command->add_flag("--stats", question_.isMeasured, "print memory and times on standard error");
+            command->add_flag("--stats", question_.isMeasured, statisticsHelp);
         }
         CLI::App* view = add("view", "print the view tree of the timeline's first entry",
                              [this] { return exitCode(printView(process_, question_)); });
@@ -149,17 +158,15 @@ private:
     void addDrawing() {
         CLI::App* draw = add("draw", "draw a widget's first entry, or any view tree",
                              [this] { return exitCode(drawChosen()); });
-        auto* kind = draw->add_option("KIND", question_.kind, "NewsWidget, PerchWidget or PortfolioWidget");
-        auto* family =
-            draw->add_option("--family", question_.family, "systemSmall, systemMedium or systemLarge");
+        auto* kind = draw->add_option("KIND", question_.kind, kindHelp);
+        auto* family = draw->add_option("--family", question_.family, familyHelp);
         auto* request = draw->add_option("--request", request_, "timeline (default), snapshot or placeholder")
                             ->check(CLI::IsMember({"timeline", "snapshot", "placeholder"}));
-        auto* stats =
-            draw->add_flag("--stats", question_.isMeasured, "print memory and times on standard error");
-        auto* tree = draw->add_option("--tree", tree_.file, "a view tree as JSON; - is standard input");
-        auto* size = draw->add_option("--size", tree_.size, "the tree's widget in points, WxH");
-        draw->add_option("--scale", drawing_.scale, "pixels a point: 1, 2 or 3 (default)");
-        draw->add_option("-o", drawing_.output, "a .png, .svg or .json file");
+        auto* stats = draw->add_flag("--stats", question_.isMeasured, statisticsHelp);
+        auto* tree = draw->add_option("--tree", tree_.file, treeHelp);
+        auto* size = draw->add_option("--size", tree_.size, "size of the tree's widget in points, WxH");
+        draw->add_option("--scale", drawing_.scale, scaleHelp);
+        draw->add_option("-o", drawing_.output, "a file that ends in " + pictureEndings());
         for (CLI::Option* ofWidget : {kind, family, request, stats}) ofWidget->excludes(tree);
         kind->needs(family);
         tree->needs(size);
@@ -167,17 +174,18 @@ private:
 
         CLI::App* layout = add("layout", "lay out a view tree and print it with every frame",
                                [this] { return exitCode(layoutTree(process_, tree_, drawing_.scale)); });
-        layout->add_option("FILE", tree_.file, "a view tree as JSON; - is standard input")->required();
-        layout->add_option("--size", tree_.size, "the widget in points, WxH")->required();
-        layout->add_option("--scale", drawing_.scale, "pixels a point: 1, 2 or 3 (default)");
+        layout->add_option("FILE", tree_.file, treeHelp)->required();
+        layout->add_option("--size", tree_.size, "size of the widget in points, WxH")->required();
+        layout->add_option("--scale", drawing_.scale, scaleHelp);
     }
 
     Result<void> drawChosen() {
         if (!tree_.file.empty()) return drawTree(process_, tree_, drawing_);
         if (question_.kind.empty()) {
-            return platform::failure("UsageError", 2, "draw needs a KIND with its --family, or a --tree");
+            return platform::failure("UsageError", 2,
+                                     "draw needs a KIND with --family, or --tree with --size");
         }
-        for (const auto& [name, request] : requests()) {
+        for (const auto& [name, request] : entryRequests) {
             if (name == request_) question_.request = request;
         }
         return drawWidget(process_, question_, drawing_);
@@ -198,37 +206,32 @@ private:
                  3, [this] { return exitCode(setKey(process_, words_[0], words_[1], words_[2])); });
         addWords(*store, "remove", "KEY: remove a value", 1,
                  [this] { return exitCode(removeKey(process_, words_[0])); });
-        add(*store, "repair", "set a damaged store aside and say where",
+        add(*store, "repair", "set a damaged store aside and say where it is now",
             [this] { return exitCode(repair(process_)); });
     }
 
     void addPhoneApp() {
         addWords(app_, "call",
                  "CLASS SELECTOR ARGUMENT...: call what the extension publishes to the phone app; "
-                 "alone: list it; -: one call a line",
+                 "without arguments: list it; -: read one call per line",
                  std::nullopt, [this] { return exitCode(callOperation(process_, words_)); });
     }
 
-    /// A command whose words stay as they are, whatever they look like.
+    /// A command that takes its words as they are, even when they look like options. `description` begins
+    /// with the names of its parameters and a colon.
     void addWords(CLI::App& parent, const char* name, const char* description,
                   std::optional<std::size_t> count, Command command) {
         CLI::App* subcommand = parent.add_subcommand(name, description);
         subcommand->prefix_command();
-        subcommand->callback([this, subcommand, name, count, own = std::move(command)] {
+        const std::string text = description;
+        subcommand->callback([this, subcommand, name, count, parameters = text.substr(0, text.find(':')),
+                              own = std::move(command)] {
             words_ = subcommand->remaining();
             if (count && words_.size() != *count) {
-                throw CLI::ValidationError(name, "takes " + std::to_string(*count) + " words, see --help");
+                throw CLI::ValidationError(name, "takes " + parameters);
             }
             chosen_ = own;
         });
-    }
-
-    static const std::vector<std::pair<const char*, EntryRequest>>& requests() {
-        static const std::vector<std::pair<const char*, EntryRequest>> all{
-            {"placeholder", EntryRequest::placeholder},
-            {"snapshot", EntryRequest::snapshot},
-            {"timeline", EntryRequest::timeline}};
-        return all;
     }
 
     CLI::App app_{"The widget host: asks the extension, lays out, draws and serves its widgets",
@@ -255,7 +258,7 @@ private:
 
 int runCommandLine(int count, char** words) {
     platform::fillStandardStreams();
-    // A reader that has gone is an error of the writing command.
+    // When the reader of a pipe has gone, writing fails with an error instead of a signal.
     std::signal(SIGPIPE, SIG_IGN);
     std::vector<std::string> arguments(words + 1, words + count);
     Result<ProcessOptions> process = platform::takeProcessOptions(arguments);

@@ -2,16 +2,16 @@
 
 #include <filesystem>
 #include "host/cli/output.h"
-#include "host/gallery/gallery.h"
+#include "host/gallery/state_sheet.h"
 
 namespace host {
 
 platform::Result<void> drawGalleryFolder(const platform::ProcessOptions& process, const std::string& folder,
                                          const std::optional<std::string>& comparedWith) {
-    GalleryOptions options{.folder = folder, .process = process};
+    SheetOptions options{.folder = folder, .process = process};
     if (comparedWith) options.comparedWith = *comparedWith;
     if (process.isVerbose) options.log = [](const std::string& line) { printLine(line); };
-    const platform::Result<GalleryOutcome> outcome = drawGallery(options);
+    const platform::Result<SheetOutcome> outcome = drawStateSheet(options);
     if (!outcome) return tl::unexpected(outcome.error());
     auto printed = printText(std::to_string(outcome->pictures) + " pictures, see " +
                              (options.folder / "index.html").string() + "\n");

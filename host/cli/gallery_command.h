@@ -9,8 +9,8 @@
 
 namespace host {
 
-/// Draws the gallery into `folder` and tells on standard output how many pictures there are. Compared with
-/// an earlier gallery, pictures that are not as they were are an error that counts them.
+/// Draws the gallery into `folder` and prints how many pictures it has. When pictures differ from the earlier
+/// gallery, the error says how many.
 platform::Result<void> drawGalleryFolder(const platform::ProcessOptions& process, const std::string& folder,
                                          const std::optional<std::string>& comparedWith);
 

@@ -21,7 +21,7 @@ constexpr std::size_t longestFile = 64U << 20;
 tl::unexpected<Error> fileFailure(const std::filesystem::path& file, std::string_view what, int code) {
     return platform::failure(
         "FileError", code,
-        file.string() + " cannot be " + std::string(what) + ": " + std::generic_category().message(code));
+        "cannot " + std::string(what) + " " + file.string() + ": " + std::generic_category().message(code));
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ Result<void> print(const nlohmann::ordered_json& json) {
 
 Result<void> printText(std::string_view text) {
     const Result<void> written = platform::writeAll(STDOUT_FILENO, text);
-    if (!written) return fileFailure("standard output", "written", written.error().code);
+    if (!written) return fileFailure("standard output", "write", written.error().code);
     return {};
 }
 
@@ -41,9 +41,9 @@ void printLine(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_st
 Result<void> writeFile(const std::filesystem::path& file, std::string_view content, bool isPrivate) {
     const platform::FileDescriptor output(
         open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, isPrivate ? 0600 : 0666));
-    if (!output.isOpen()) return fileFailure(file, "written", errno);
+    if (!output.isOpen()) return fileFailure(file, "write", errno);
     const Result<void> written = platform::writeAll(output.number(), content);
-    if (!written) return fileFailure(file, "written", written.error().code);
+    if (!written) return fileFailure(file, "write", written.error().code);
     return {};
 }
 

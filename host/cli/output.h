@@ -1,6 +1,6 @@
 #pragma once
 
-// Where results and complaints go.
+// Where results and error messages go.
 
 #include <filesystem>
 #include <nlohmann/json_fwd.hpp>
@@ -10,20 +10,20 @@
 
 namespace host {
 
-/// To standard output, indented, with a line break.
+/// To standard output, indented, with a line break at the end.
 platform::Result<void> print(const nlohmann::ordered_json& json);
 /// To standard output as it is.
 platform::Result<void> printText(std::string_view text);
 /// One line on standard error.
 void printLine(const std::string& text);
 
-/// Replaces the file's content; a new file is only the user's own when `isPrivate`.
+/// Replaces the file's content. When `isPrivate`, only the user can read a new file.
 platform::Result<void> writeFile(const std::filesystem::path& file, std::string_view content,
                                  bool isPrivate = false);
 /// "-" is standard input. At most 64 MiB.
 platform::Result<std::string> readFile(const std::filesystem::path& file);
 
-/// Tells the error in one line on standard error; the exit code is 2 for wrong usage, else 1.
+/// Prints the error in one line on standard error. Returns the exit code: 2 for wrong usage, otherwise 1.
 int complain(const platform::Error& error);
 
 }  // namespace host

@@ -21,7 +21,7 @@ using platform::PropertyList;
 using platform::Result;
 using platform::UserDefaults;
 
-/// The suite's name is a promise between the phone app and its widgets.
+/// The phone app and its widgets both use this name.
 constexpr std::string_view sharedSuite = "group.shareWithTodayExtension";
 
 Result<std::shared_ptr<UserDefaults>> openStore(const ProcessOptions& process) {
@@ -52,7 +52,7 @@ tl::unexpected<Error> wrongValue(const std::string& value, std::string_view expe
 }
 
 Result<PropertyList> parseText(const std::string& text) {
-    if (!platform::isUtf8(text)) return platform::failure("UsageError", 2, "the text is no UTF-8");
+    if (!platform::isUtf8(text)) return platform::failure("UsageError", 2, "the text is not UTF-8");
     return PropertyList(text);
 }
 
@@ -60,13 +60,13 @@ Result<PropertyList> parseInteger(const std::string& text) {
     std::int64_t integer = 0;
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, integer);
-    if (error != std::errc() || rest != end) return wrongValue(text, "no whole number of 64 bits");
+    if (error != std::errc() || rest != end) return wrongValue(text, "not a whole number of 64 bits");
     return PropertyList(integer);
 }
 
 Result<PropertyList> parseReal(const std::string& text) {
     double real = 0.0;
-    if (!platform::parseDecimal(text, real)) return wrongValue(text, "no decimal number");
+    if (!platform::parseDecimal(text, real)) return wrongValue(text, "not a decimal number");
     return PropertyList(real);
 }
 
@@ -77,13 +77,13 @@ Result<PropertyList> parseBoolean(const std::string& text) {
 
 Result<PropertyList> parseData(const std::string& text) {
     std::optional<std::string> bytes = platform::base64Decoded(text);
-    if (!bytes) return wrongValue(text, "no base64");
+    if (!bytes) return wrongValue(text, "not base64");
     return PropertyList(platform::Bytes(std::move(*bytes)));
 }
 
 Result<PropertyList> parseDate(const std::string& text) {
     const auto instant = platform::parseInstant(text);
-    if (!instant) return wrongValue(text, "no ISO 8601 instant with an offset or Z");
+    if (!instant) return wrongValue(text, "not an ISO 8601 instant with an offset or Z");
     return PropertyList(*instant);
 }
 
@@ -103,7 +103,7 @@ Result<PropertyList> parseValue(const std::string& type, const std::string& text
     if (type == "plist") return parsePlist(text);
     return platform::failure(
         "UsageError", 2,
-        "there is no type \"" + type + "\", but string, integer, real, boolean, data, date and plist");
+        "unknown type \"" + type + "\"; choose string, integer, real, boolean, data, date or plist");
 }
 
 }  // namespace
@@ -128,7 +128,7 @@ Result<void> importStore(const ProcessOptions& process, const std::string& file)
     }
     const PropertyList::Dictionary* values = list->dictionary();
     if (values == nullptr) {
-        return platform::failure("PropertyListError", 1, file + " holds no dictionary of keys");
+        return platform::failure("PropertyListError", 1, file + " does not hold a dictionary of keys");
     }
     const auto store = openStore(process);
     if (!store) return tl::unexpected(store.error());
@@ -145,13 +145,13 @@ Result<void> getKey(const ProcessOptions& process, const std::string& key) {
     if (!store) return tl::unexpected(store.error());
     const Result<std::optional<PropertyList>> value = (*store)->object(key);
     if (!value) return tl::unexpected(value.error());
-    if (!*value) return platform::failure("SettingsError", 3, "there is no value under \"" + key + "\"");
+    if (!*value) return platform::failure("SettingsError", 3, "the key \"" + key + "\" is not in the store");
     return print(valueJson(**value));
 }
 
 Result<void> setKey(const ProcessOptions& process, const std::string& key, const std::string& type,
                     const std::string& value) {
-    if (!platform::isUtf8(key)) return platform::failure("UsageError", 2, "the key is no UTF-8");
+    if (!platform::isUtf8(key)) return platform::failure("UsageError", 2, "the key is not UTF-8");
     const Result<PropertyList> parsed = parseValue(type, value);
     if (!parsed) return tl::unexpected(parsed.error());
     const auto store = openStore(process);
@@ -171,7 +171,7 @@ Result<void> repair(const ProcessOptions& process) {
     const auto aside = platform::repairStore(resolved->dataDirectory, sharedSuite);
     if (!aside) return tl::unexpected(aside.error());
     if (!*aside) return printText("The settings store is in order.\n");
-    return printText("The damaged settings store now stands in " + (*aside)->string() + "\n");
+    return printText("The damaged settings store is now in " + (*aside)->string() + "\n");
 }
 
 }  // namespace host

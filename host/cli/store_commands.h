@@ -9,12 +9,12 @@
 
 namespace host {
 
-// All of them answer with what went wrong; the domain "UsageError" is wrong usage.
+// An error of the domain "UsageError" is wrong usage.
 
-/// To standard output when no file is named.
+/// Writes to standard output when no file is named.
 platform::Result<void> exportStore(const platform::ProcessOptions& process,
                                    const std::optional<std::string>& file);
-/// All keys of the file, or none.
+/// Sets all keys of the file, or none of them.
 platform::Result<void> importStore(const platform::ProcessOptions& process, const std::string& file);
 platform::Result<void> getKey(const platform::ProcessOptions& process, const std::string& key);
 /// `type` is string, integer, real, boolean, data, date or plist.

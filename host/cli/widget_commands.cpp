@@ -1,5 +1,6 @@
 #include "host/cli/widget_commands.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -10,6 +11,7 @@
 #include "host/cli/surroundings.h"
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
+#include "host/paint/picture_formats.h"
 #include "platform/view/view_json.h"
 
 namespace host {
@@ -28,12 +30,7 @@ tl::unexpected<Error> wrongUsage(std::string message) {
 }
 
 const char* requestName(EntryRequest request) {
-    switch (request) {
-        case EntryRequest::placeholder: return "placeholder";
-        case EntryRequest::snapshot: return "snapshot";
-        case EntryRequest::timeline: return "timeline";
-    }
-    return "";
+    return std::ranges::find(entryRequests, request, &decltype(entryRequests)::value_type::second)->first;
 }
 
 /// An answer, and what it cost.
@@ -48,7 +45,10 @@ enum class Wanted { entries, views };
 
 Result<Answered> askExtension(const ProcessOptions& process, const WidgetQuestion& question, Wanted wanted) {
     const auto family = platform::widgetFamily(question.family);
-    if (!family) return wrongUsage("there is no family \"" + question.family + "\"");
+    if (!family) {
+        return wrongUsage("unknown family \"" + question.family +
+                          "\"; choose systemSmall, systemMedium or systemLarge");
+    }
     const auto resolved = surroundings(process);
     if (!resolved) return tl::unexpected(resolved.error());
 
@@ -77,7 +77,8 @@ ordered_json statisticsJson(const ExtensionStatistics& statistics) {
 
 Result<ordered_json> entryJson(const AnsweredEntry& entry) {
     ordered_json json = ordered_json::parse(entry.json, nullptr, /*allow_exceptions=*/false);
-    if (json.is_discarded()) return platform::failure("ExtensionError", 2, "an entry is no JSON");
+    if (json.is_discarded())
+        return platform::failure("ExtensionError", 2, "the extension sent an entry that is not JSON");
     return json;
 }
 
@@ -97,14 +98,10 @@ ordered_json listingJson(const WidgetListing& widget) {
             {"families", std::move(families)}};
 }
 
-enum class PictureFormat { displayList, png, svg };
-
+/// Fails before anything is asked or drawn when the result could not be written.
 Result<PictureFormat> pictureFormat(const DrawingOptions& drawing) {
-    if (drawing.scale < 1 || drawing.scale > 3) return wrongUsage("the scale is 1, 2 or 3");
-    if (!drawing.output || drawing.output->ends_with(".json")) return PictureFormat::displayList;
-    if (drawing.output->ends_with(".png")) return PictureFormat::png;
-    if (drawing.output->ends_with(".svg")) return PictureFormat::svg;
-    return wrongUsage(*drawing.output + " ends in none of .png, .svg and .json");
+    if (drawing.scale < 1 || drawing.scale > 3) return wrongUsage("the scale must be 1, 2 or 3");
+    return pictureFormatOf(drawing.output.value_or(".json"));
 }
 
 struct DrawingTiming {
@@ -112,20 +109,8 @@ struct DrawingTiming {
     Painter::Timing painter;
 };
 
-Result<std::string> encoded(Painter& painter, const DisplayList& list, PictureFormat format, int scale,
-                            Painter::Timing& timing) {
-    switch (format) {
-        case PictureFormat::png: return painter.png(list, scale, &timing);
-        case PictureFormat::svg: return painter.svg(list);
-        case PictureFormat::displayList: break;
-    }
-    return displayListJson(list).dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
-}
-
 Result<DrawingTiming> draw(const platform::View& view, const LayoutOptions& layout,
-                           const DrawingOptions& drawing) {
-    const Result<PictureFormat> format = pictureFormat(drawing);
-    if (!format) return tl::unexpected(format.error());
+                           const DrawingOptions& drawing, const PictureFormat& format) {
     const auto painter = Painter::make(platform::resourcesDirectory());
     if (!painter) return tl::unexpected(painter.error());
 
@@ -135,7 +120,7 @@ Result<DrawingTiming> draw(const platform::View& view, const LayoutOptions& layo
     timing.layoutMs =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 
-    const Result<std::string> content = encoded(**painter, list, *format, drawing.scale, timing.painter);
+    const Result<std::string> content = format.content(**painter, list, drawing.scale, timing.painter);
     if (!content) return tl::unexpected(content.error());
     const Result<void> written = drawing.output ? writeFile(*drawing.output, *content) : printText(*content);
     if (!written) return tl::unexpected(written.error());
@@ -151,7 +136,8 @@ Result<platform::Size> parseSize(const std::string& text) {
     const auto isSide = [](double side) { return side > 0.0 && side <= longestSide; };
     if (!hasHeight || height.ec != std::errc() || height.ptr != end || !isSide(size.width) ||
         !isSide(size.height)) {
-        return wrongUsage("the size \"" + text + "\" is not WxH, both above 0 and at most 4096 points");
+        return wrongUsage("the size \"" + text +
+                          "\" is not WxH, such as 338x158, with sides above 0 and at most 4096 points");
     }
     return size;
 }
@@ -220,9 +206,8 @@ Result<void> printView(const ProcessOptions& process, const WidgetQuestion& ques
 
 Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& question,
                         const DrawingOptions& drawing) {
-    if (const Result<PictureFormat> format = pictureFormat(drawing); !format) {
-        return tl::unexpected(format.error());
-    }
+    const Result<PictureFormat> format = pictureFormat(drawing);
+    if (!format) return tl::unexpected(format.error());
     const Result<Answered> answered = askExtension(process, question, Wanted::views);
     if (!answered) return tl::unexpected(answered.error());
     const Result<DrawingTiming> timing =
@@ -232,7 +217,7 @@ Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& que
               .kind = question.kind,
               .family = question.family,
               .isRedacted = question.request == EntryRequest::placeholder},
-             drawing);
+             drawing, *format);
     if (!timing) return tl::unexpected(timing.error());
     if (question.isMeasured) {
         printLine(ordered_json{{"extension", statisticsJson(answered->statistics)},
@@ -246,16 +231,15 @@ Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& que
 }
 
 Result<void> drawTree(const ProcessOptions& process, const TreeFile& file, const DrawingOptions& drawing) {
-    if (const Result<PictureFormat> format = pictureFormat(drawing); !format) {
-        return tl::unexpected(format.error());
-    }
+    const Result<PictureFormat> format = pictureFormat(drawing);
+    if (!format) return tl::unexpected(format.error());
     const Result<Tree> tree = readTree(process, file);
     if (!tree) return tl::unexpected(tree.error());
-    return draw(tree->view, tree->layout, drawing).map([](const DrawingTiming&) {});
+    return draw(tree->view, tree->layout, drawing, *format).map([](const DrawingTiming&) {});
 }
 
 Result<void> layoutTree(const ProcessOptions& process, const TreeFile& file, int scale) {
-    if (scale < 1 || scale > 3) return wrongUsage("the scale is 1, 2 or 3");
+    if (scale < 1 || scale > 3) return wrongUsage("the scale must be 1, 2 or 3");
     const Result<Tree> tree = readTree(process, file);
     if (!tree) return tl::unexpected(tree.error());
     const auto painter = Painter::make(platform::resourcesDirectory());

@@ -9,9 +9,9 @@
 namespace host {
 namespace {
 
-constexpr int wholeSize = 1 << 14;
+constexpr int anySize = 1 << 14;
 
-/// The channels of one row, without the padding behind it.
+/// The channels of one row, without the padding after it.
 std::span<const std::uint8_t> row(const DecodedPicture& picture, int number) {
     cairo_surface_t* surface = picture.surface.get();
     const auto* pixels = cairo_image_surface_get_data(surface) +
@@ -25,8 +25,8 @@ bool isOneStepApart(std::uint8_t channel, std::uint8_t other) { return std::abs(
 
 bool looksLike(std::string_view picture, std::string_view other) {
     if (picture == other) return true;
-    const auto first = decodePicture(picture, wholeSize, wholeSize);
-    const auto second = decodePicture(other, wholeSize, wholeSize);
+    const auto first = decodePicture(picture, anySize, anySize);
+    const auto second = decodePicture(other, anySize, anySize);
     if (!first || !second || first->width != second->width || first->height != second->height) return false;
     for (int number = 0; number < first->height; ++number) {
         if (!std::ranges::equal(row(*first, number), row(*second, number), isOneStepApart)) return false;

@@ -1,13 +1,13 @@
 #pragma once
 
-// Holds pictures of one gallery against those of another.
+// Compares the pictures of two galleries.
 
 #include <string_view>
 
 namespace host {
 
-/// Whether two PNGs show the same to the eye: of one size, and no channel of any pixel more than one
-/// step apart. A picture that cannot be decoded is like none but itself.
+/// Whether two PNGs look the same: they have one size, and no channel of any pixel differs by more than one
+/// step. Bytes that cannot be decoded look only like the same bytes.
 bool looksLike(std::string_view picture, std::string_view other);
 
 }  // namespace host

@@ -16,7 +16,7 @@ using platform::Result;
 using FontConfiguration = Owned<FcConfig, FcConfigDestroy>;
 using FontMap = Owned<PangoFontMap, g_object_unref>;
 
-// Inter in three weights; then what has the characters that Inter has not.
+// Inter in three weights, then fonts for characters that Inter lacks.
 constexpr std::array fontFiles{
     "/usr/share/fonts/opentype/inter/Inter-Regular.otf",
     "/usr/share/fonts/opentype/inter/Inter-Medium.otf",
@@ -28,7 +28,7 @@ constexpr std::array fontFiles{
 constexpr std::array readByFontLibraries{"FREETYPE_PROPERTIES", "HB_SHAPER_LIST", "HB_OPTIONS",
                                          "FONTCONFIG_SYSROOT",  "FC_DEBUG",       "FC_LANG"};
 
-// The emoji are bitmaps of one size: without this they are drawn at that size, whatever was asked.
+// The emoji are bitmaps of one size. Without this they are drawn at that size, whatever size is wanted.
 constexpr const char* configuration = R"(<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
 <fontconfig>
@@ -60,11 +60,11 @@ Result<FontConfiguration> makeConfiguration() {
     FontConfiguration config(FcConfigCreate());
     const auto* text = reinterpret_cast<const FcChar8*>(configuration);
     if (!config || !FcConfigParseAndLoadFromMemory(config.get(), text, FcTrue)) {
-        return failure("PaintError", 1, "the font configuration could not be read");
+        return failure("PaintError", 1, "cannot read the font configuration");
     }
     for (const char* file : fontFiles) {
         if (!FcConfigAppFontAddFile(config.get(), reinterpret_cast<const FcChar8*>(file))) {
-            return failure("PaintError", 1, std::string("there is no font ") + file);
+            return failure("PaintError", 1, std::string("cannot find the font ") + file);
         }
     }
     return config;
@@ -78,7 +78,7 @@ void setFontOptions(PangoContext* context) {
     pango_cairo_context_set_font_options(context, options.get());
 }
 
-/// The font that really answers to our family's name.
+/// The font that is found under our family's name.
 std::string resolvedFamily(PangoContext* context) {
     const Owned<PangoFontDescription, pango_font_description_free> wanted(pango_font_description_new());
     pango_font_description_set_family_static(wanted.get(), textFamily);
@@ -95,7 +95,7 @@ Result<TextContext> makeTextContext() {
     for (const char* variable : readByFontLibraries) unsetenv(variable);
     Result<FontConfiguration> config = makeConfiguration();
     if (!config) return tl::unexpected(config.error());
-    // Otherwise the machine's fonts are read in vain, and complained about.
+    // Otherwise the library reads the machine's fonts, which are not needed, and prints warnings about them.
     FcConfigSetCurrent(config->get());
 
     const FontMap map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
@@ -109,7 +109,7 @@ Result<TextContext> makeTextContext() {
     setFontOptions(context.get());
 
     if (const std::string family = resolvedFamily(context.get()); family != textFamily) {
-        return failure("PaintError", 1, "text would be drawn in \"" + family + "\"");
+        return failure("PaintError", 1, "text would be drawn in \"" + family + "\" instead of " + textFamily);
     }
     return context;
 }

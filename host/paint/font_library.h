@@ -1,6 +1,6 @@
 #pragma once
 
-// The fonts that we draw with: a few files at known places and nothing else of the machine.
+// The fonts for drawing: a few files at known places. Other fonts of the machine are never used.
 
 #include <pango/pango.h>
 #include "host/paint/owned.h"
@@ -12,11 +12,11 @@ using TextContext = Owned<PangoContext, g_object_unref>;
 
 inline constexpr const char* textFamily = "Inter";
 
-/// A context in which one unit is a point, without hinting, in a fixed language. It owns its fonts.
+/// A context that owns its fonts. One unit is a point, hinting is off and the language is fixed.
 /// Fails (domain "PaintError") when a font is not installed.
 ///
-/// Takes out of the process's environment the variables by which the font libraries would draw
-/// otherwise, and makes the fonts the process's own; so call it before other threads start.
+/// Call it before other threads start: it removes environment variables that would change how the font
+/// libraries draw, and replaces the fonts of the whole process.
 platform::Result<TextContext> makeTextContext();
 
 }  // namespace host

@@ -1,6 +1,6 @@
 #pragma once
 
-// Ownership of what C libraries hand out.
+// Ownership of objects from C libraries.
 
 #include <memory>
 
@@ -14,7 +14,7 @@ struct Release {
     }
 };
 
-/// A pointer that is given back with `release`.
+/// A pointer that is released with `release`.
 template <typename T, auto release>
 using Owned = std::unique_ptr<T, Release<release>>;
 

@@ -26,13 +26,14 @@ using Canvas = Owned<cairo_t, cairo_destroy>;
 
 constexpr int smallestScale = 1;
 constexpr int largestScale = 3;
-// An SVG has no pixels of its own: its frames stand where the sharpest screen has them.
+// An SVG has no pixels, so its frames are placed where the sharpest screen would put them.
 constexpr int vectorScale = largestScale;
 constexpr std::size_t keptSurfaces = 4;
 
 /// Both corners on the nearest pixel, ties up.
 Rect snapped(const Rect& frame, double scale) {
-    // Sums of thirds of a point miss a pixel's middle by a hair; a line of one pixel must not vanish for it.
+    // Sums of thirds of a point miss a pixel's middle by very little; a line of one pixel must not vanish for
+    // that.
     constexpr double hair = 1e-6;
     const auto snap = [&](double position) { return std::floor(position * scale + 0.5 + hair) / scale; };
     const double x = snap(frame.x);
@@ -41,14 +42,14 @@ Rect snapped(const Rect& frame, double scale) {
         .x = x, .y = y, .width = snap(frame.x + frame.width) - x, .height = snap(frame.y + frame.height) - y};
 }
 
-/// Far beyond any widget, and well within what can be counted in fixed-point pixels.
+/// The limit is far beyond any widget and well within cairo's fixed-point pixels.
 bool isRepresentable(const Rect& frame) {
     constexpr double farthest = 1e6;
     return std::ranges::all_of(std::array{frame.x, frame.y, frame.width, frame.height},
                                [](double length) { return std::abs(length) <= farthest; });
 }
 
-/// Whether the item has its place among the pixels; what has not is not drawn.
+/// Items that are not representable are not drawn.
 bool isRepresentable(const DisplayItem& item) {
     const auto* stroke = std::get_if<StrokeItem>(&item.content);
     const double lineWidth = stroke != nullptr ? stroke->lineWidth : 0.0;
@@ -134,11 +135,11 @@ private:
         cairo_restore(canvas_);
     }
 
-    /// Adds the item's frame to the path, with what glyphs and lines may draw beyond it.
+    /// Adds the item's frame to the path, enlarged by what glyphs and lines may draw outside it.
     void addWithOverhang(const DisplayItem& item) {
-        constexpr double ofGlyphs = 16.0;
+        constexpr double glyphOverhang = 16.0;
         const auto* stroke = std::get_if<StrokeItem>(&item.content);
-        const double overhang = ofGlyphs + (stroke != nullptr ? stroke->lineWidth : 0.0);
+        const double overhang = glyphOverhang + (stroke != nullptr ? stroke->lineWidth : 0.0);
         const Rect frame = snapped(item.frame, scale_);
         cairo_rectangle(canvas_, frame.x - overhang, frame.y - overhang, frame.width + 2 * overhang,
                         frame.height + 2 * overhang);
@@ -173,7 +174,7 @@ private:
     void draw(const TextItem& text, const DisplayItem& item, const Rect& frame) {
         blended(item, [&] {
             cairo_translate(canvas_, frame.x, frame.y);
-            // Broken at the width that was measured: rounding it could break a line anew.
+            // Uses the width that was measured: a rounded one could break the lines elsewhere.
             text_.draw(canvas_, text.runs, text.lines, item.frame.width, text.alignment);
         });
     }
@@ -194,14 +195,14 @@ private:
 
     void draw(const GroupItem&, const DisplayItem&, const Rect&) {}
 
-    /// A corner that is cut twice is thinner at its edge than one that is cut once.
+    /// Cutting a corner twice would make its edge thinner, so a clip of the same frame is enough.
     static bool isRoundedByClip(const DisplayItem& item) {
         return std::ranges::any_of(item.clips, [&](const Clip& clip) {
             return clip.frame == item.frame && clip.cornerRadius > 0.0;
         });
     }
 
-    /// What is drawn in several strokes fades as a whole.
+    /// Fades an item as a whole, although it is drawn in several strokes.
     template <typename Draw>
     void blended(const DisplayItem& item, const Draw& drawItem) {
         if (item.ownOpacity >= 1.0) {
@@ -229,7 +230,7 @@ double millisecondsSince(std::chrono::steady_clock::time_point start) {
 
 tl::unexpected<platform::Error> drawingFailed(cairo_status_t status) {
     return failure("PaintError", 3,
-                   std::string("the list could not be drawn: ") + cairo_status_to_string(status));
+                   std::string("cannot draw the display list: ") + cairo_status_to_string(status));
 }
 
 }  // namespace
@@ -242,7 +243,7 @@ struct Painter::Implementation {
         }
     }
 
-    /// A surface of that size, with whatever was last drawn on it. Fresh memory is dear to touch.
+    /// A surface of that size that still holds what was last drawn on it. Touching fresh memory is slow.
     cairo_surface_t* surface(int width, int height) {
         const auto kept = std::ranges::find_if(surfaces, [&](const Surface& candidate) {
             return cairo_image_surface_get_width(candidate.get()) == width &&

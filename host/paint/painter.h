@@ -11,17 +11,17 @@
 
 namespace host {
 
-/// Holds fonts, assets and surfaces that are worth keeping between pictures. One thread at a time.
-/// The same list gives the same bytes on one machine, whatever its environment.
+/// Keeps fonts, assets and surfaces between pictures. One thread at a time. On one machine, the same list
+/// always gives the same bytes, whatever the environment variables say.
 class Painter {
 public:
-    /// `resources` holds `assets/*.svg`. Fails (domain "PaintError") when a font or the assets are not there.
+    /// `resources` holds `assets/*.svg`. Fails (domain "PaintError") when a font or the assets are missing.
     static platform::Result<std::unique_ptr<Painter>> make(const std::filesystem::path& resources);
     ~Painter();
     Painter(const Painter&) = delete;
     Painter& operator=(const Painter&) = delete;
 
-    /// Lives as long as the painter. `scale` is 1, 2 or 3 pixels a point.
+    /// Lives as long as the painter. `scale` is 1, 2 or 3 pixels per point.
     const Measurer& measurer(int scale);
 
     struct Timing {

@@ -10,7 +10,7 @@ namespace host {
 namespace {
 
 constexpr double mostPixels = 16'000'000.0;
-// The longest side that cairo takes.
+// The longest side that cairo supports.
 constexpr double longestSide = 32'767.0;
 
 Surface makeSurface(cairo_format_t format, int width, int height) {
@@ -19,7 +19,7 @@ Surface makeSurface(cairo_format_t format, int width, int height) {
     return surface;
 }
 
-/// Calls `decode(pixels, stride)`; nothing when it fails.
+/// Calls `decode(pixels, stride)`. Null when it fails.
 template <typename Decode>
 Surface filled(Surface surface, const Decode& decode) {
     if (!surface) return nullptr;
@@ -50,7 +50,7 @@ std::uint32_t bigEndian(std::string_view four) {
     return value;
 }
 
-/// Animated PNG says so in a chunk before the first pixels, which the library passes over.
+/// An animated PNG has a chunk before the first pixels that says so, which the library ignores.
 bool isAnimatedPng(std::string_view bytes) {
     constexpr std::size_t signature = 8;
     constexpr std::size_t aroundData = 12;
@@ -80,7 +80,7 @@ std::optional<DecodedPicture> decodePng(std::string_view bytes) {
     if (isAnimatedPng(bytes)) return std::nullopt;
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
-    // Frees what the reader holds, whatever way is taken out of here.
+    // Frees the reader's memory on every way out.
     const Owned<png_image, png_image_free> guard(&image);
     if (!png_image_begin_read_from_memory(&image, bytes.data(), bytes.size())) return std::nullopt;
     if (!isSurfaceSize(image.width, image.height)) return std::nullopt;
@@ -98,12 +98,12 @@ std::optional<DecodedPicture> decodePng(std::string_view bytes) {
 
 void destroyJpegReader(void* reader) { tjDestroy(reader); }
 
-/// A warning may be about a blemish, which does no harm, or about a missing end; the text tells only of
-/// the last of several. So the mark of the end has to be there, with no more than a little behind it.
+/// A warning may be about a small fault, which does no harm, or about a missing end, and its text names only
+/// the last of several. So the end marker must be there, with little after it.
 bool isComplete(tjhandle reader, int outcome, std::string_view bytes) {
     if (outcome == 0) return true;
-    constexpr std::size_t mostBehind = 64;
-    const std::string_view last = bytes.substr(bytes.size() - std::min(bytes.size(), mostBehind));
+    constexpr std::size_t mostAfterEnd = 64;
+    const std::string_view last = bytes.substr(bytes.size() - std::min(bytes.size(), mostAfterEnd));
     return tjGetErrorCode(reader) == TJERR_WARNING && last.find("\xFF\xD9") != std::string_view::npos;
 }
 

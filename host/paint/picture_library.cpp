@@ -13,11 +13,11 @@ using platform::failure;
 using platform::Result;
 
 constexpr std::size_t mostKept = 48U << 20U;
-// A thumbnail at scale 3; whether bytes are a picture is found out at this size.
+// A thumbnail at scale 3: the size at which a picture is first decoded.
 constexpr int usualPixels = 256;
-// Pixels per point of a picture within a drawing that has none.
+// Pixels per point of a picture in a drawing that has no pixels.
 constexpr double vectorPixels = 3.0;
-// A larger picture than this, four million pixels, is drawn without being kept.
+// Pixels; a larger picture is drawn without being kept.
 constexpr double largestRaster = 4'000'000.0;
 
 /// Whole pixels on the canvas's surface.
@@ -55,7 +55,7 @@ Result<std::unique_ptr<PictureLibrary>> PictureLibrary::open(const std::filesyst
         if (file.extension() == ".svg") library->assets_[file.stem().string()].file = file;
     }
     if (library->assets_.empty()) {
-        return failure("PaintError", 2, "there are no picture assets in " + assets.string());
+        return failure("PaintError", 2, "cannot find the picture assets in " + assets.string());
     }
     return library;
 }
@@ -124,7 +124,7 @@ PictureLibrary::Picture& PictureLibrary::picture(const platform::Bytes& bytes) {
     return picture;
 }
 
-/// A page shows few pictures at a time, and makes what it needs anew.
+/// A page shows few pictures at a time, so whatever it still needs is soon made again.
 void PictureLibrary::forgetWhenFull() {
     if (kept_ <= mostKept) return;
     pictures_.clear();
@@ -163,7 +163,7 @@ void PictureLibrary::render(cairo_t* canvas, Picture& picture, const Rect& frame
     cairo_scale(canvas, frame.width / cairo_image_surface_get_width(surface),
                 frame.height / cairo_image_surface_get_height(surface));
     cairo_set_source_surface(canvas, surface, 0.0, 0.0);
-    // Otherwise the picture's edges blend into the nothing around it.
+    // Otherwise the picture's edges would blend into the transparent area around it.
     cairo_pattern_set_extend(cairo_get_source(canvas), CAIRO_EXTEND_PAD);
     cairo_paint(canvas);
     cairo_restore(canvas);

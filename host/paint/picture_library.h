@@ -1,6 +1,6 @@
 #pragma once
 
-// Our own assets and the pictures that came with a view tree, ready to be drawn.
+// The host's own assets, and the pictures that come with a view tree.
 
 #include <cairo.h>
 #include <librsvg/rsvg.h>
@@ -21,17 +21,17 @@
 
 namespace host {
 
-/// Keeps what it has decoded and rendered while there is room. One thread at a time.
+/// Keeps decoded and rendered pictures up to a limit. One thread at a time.
 class PictureLibrary {
 public:
-    /// `assets` holds the SVG files; a file's name without its ending is the asset's name.
+    /// `assets` is a folder of SVG files. A file's name without its ending is the asset's name.
     static platform::Result<std::unique_ptr<PictureLibrary>> open(const std::filesystem::path& assets);
     PictureLibrary(const PictureLibrary&) = delete;
     PictureLibrary& operator=(const PictureLibrary&) = delete;
 
-    /// In points; nothing when there is no such asset.
+    /// In points; absent when there is no such asset.
     std::optional<platform::Size> assetSize(const std::string& name);
-    /// In pixels; nothing when the bytes are no picture.
+    /// In pixels; absent when the bytes are not a picture.
     std::optional<platform::Size> pictureSize(const platform::Bytes& bytes);
 
     /// Stretched to `frame`, which is in the canvas's units. Draws nothing when there is no such picture.
@@ -48,16 +48,16 @@ private:
     struct Asset {
         std::filesystem::path file;
         bool isRead = false;
-        /// Null when the file is not there or no SVG.
+        /// Null when the file cannot be read as SVG.
         Owned<RsvgHandle, g_object_unref> handle;
         platform::Size size;
         std::vector<Raster> rasters;
     };
     struct Picture {
         platform::Bytes bytes;
-        /// Absent when the bytes are no picture.
+        /// Absent when the bytes are not a picture.
         std::optional<platform::Size> size;
-        /// Until a raster has been made of it.
+        /// Kept only until a raster has been made of it.
         Surface decoded;
         std::vector<Raster> rasters;
     };
@@ -74,7 +74,7 @@ private:
 
     std::map<std::string, Asset> assets_;
     std::unordered_map<std::size_t, Picture> pictures_;
-    /// What is kept, in bytes of pixels and of encoded pictures.
+    /// Bytes of pixels and of encoded pictures that are kept.
     std::size_t kept_ = 0;
 };
 

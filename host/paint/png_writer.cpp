@@ -40,8 +40,8 @@ void writeOpaqueRow(const std::uint32_t* pixels, int width, std::uint8_t* row) {
     }
 }
 
-/// Takes the alpha out of the colours, which the surface has multiplied by it.
-void writeClearRow(const std::uint32_t* pixels, int width, std::uint8_t* row) {
+/// Divides the colours by alpha, since the surface holds them multiplied by it.
+void writeTransparentRow(const std::uint32_t* pixels, int width, std::uint8_t* row) {
     for (int x = 0; x < width; ++x, row += 4) {
         const std::uint32_t alpha = pixels[x] >> 24U;
         const auto part = [&](std::uint32_t shift) {
@@ -57,7 +57,7 @@ void writeClearRow(const std::uint32_t* pixels, int width, std::uint8_t* row) {
 
 }  // namespace
 
-/// Every row as its difference from the row above: a widget's rows are much alike.
+/// Stores every row as its difference from the row above, since neighbouring rows of a widget are similar.
 void PngWriter::filterRows(cairo_surface_t* surface, bool isOpaque) {
     constexpr std::uint8_t upFilter = 2;
     const int width = cairo_image_surface_get_width(surface);
@@ -65,7 +65,7 @@ void PngWriter::filterRows(cairo_surface_t* surface, bool isOpaque) {
     const int stride = cairo_image_surface_get_stride(surface);
     const unsigned char* pixels = cairo_image_surface_get_data(surface);
     const std::size_t rowSize = static_cast<std::size_t>(width) * (isOpaque ? 3 : 4);
-    const auto writeRow = isOpaque ? writeOpaqueRow : writeClearRow;
+    const auto writeRow = isOpaque ? writeOpaqueRow : writeTransparentRow;
 
     above_.assign(rowSize, 0);
     current_.resize(rowSize);

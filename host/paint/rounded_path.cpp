@@ -8,7 +8,7 @@
 namespace host {
 namespace {
 
-// Where a continuous corner begins, in radii from the corner point.
+// How far from the corner point a continuous corner begins, in radii.
 constexpr double continuousReach = 1.528665;
 
 struct Point {
@@ -18,7 +18,7 @@ struct Point {
 
 /// From `start` around `corner` to `end`, both `reach` away from it, as a quarter of a superellipse.
 void addContinuousCorner(cairo_t* canvas, Point corner, Point start, Point end, double reach, double radius) {
-    // An arc leaves this much of the corner's diagonal, on either axis, in radii.
+    // How far an arc stays from the corner point on the diagonal, along either axis, in radii.
     constexpr double leftByArc = 1.0 - std::numbers::sqrt2 / 2.0;
     const double exponent = std::log(0.5) / std::log(1.0 - leftByArc * radius / reach);
     const Point center{start.x + end.x - corner.x, start.y + end.y - corner.y};

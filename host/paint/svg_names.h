@@ -1,14 +1,14 @@
 #pragma once
 
-// Names in SVG that do not depend on what was drawn before.
+// Makes the names in an SVG independent of what was drawn before.
 
 #include <string>
 #include <string_view>
 
 namespace host {
 
-/// Numbers the identifiers of an SVG anew, in the order in which they appear: the library counts on
-/// through all drawings of a process, and the same drawing is to give the same text.
+/// Renumbers the identifiers of an SVG in the order in which they appear. Cairo keeps counting through all
+/// drawings of a process, but the same drawing must give the same text.
 std::string withRenumberedIds(std::string_view svg);
 
 }  // namespace host

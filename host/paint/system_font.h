@@ -1,6 +1,6 @@
 #pragma once
 
-// What stands in for the platform's fonts: which face is drawn, on which line metrics, and how far apart.
+// How Inter replaces the platform's fonts: which weight is drawn, with which line metrics and spacing.
 
 #include <string_view>
 #include "host/layout/measurer.h"
@@ -8,18 +8,18 @@
 
 namespace host {
 
-/// The weight of Inter that draws a font. A custom font carries its weight in its name; one that is
-/// not there is the system font at the same size.
+/// The weight of Inter that replaces a font. A custom font has its weight in its name; an unknown custom font
+/// is replaced by the system font at the same size.
 platform::FontWeight drawnWeight(const platform::Font& font);
 
-/// Points; sizes that cannot be drawn are brought to the nearest that can.
+/// In points. A size that cannot be drawn becomes the nearest size that can.
 double drawnSize(const platform::Font& font);
 
-/// The platform's own metrics, the same for every weight and name: Inter's are a little larger, and its
-/// baseline is put on the platform's.
+/// The platform's metrics, the same for every weight and name. Inter's own are a little larger; its text is
+/// placed on the platform's baseline.
 FontMetrics systemMetrics(double size);
 
-/// What is added to every advance, in points.
+/// The space that is added after every letter, in points.
 double tracking(const platform::Font& font);
 
 }  // namespace host

@@ -14,7 +14,7 @@ using platform::TextRun;
 constexpr std::string_view ellipsis = "\u2026";
 constexpr std::string_view objectReplacement = "\uFFFC";
 
-// More than any widget has room for; what is longer would only cost time.
+// More than any widget has room for; longer text would only take time.
 constexpr glong longestText = 4000;
 constexpr int mostLines = 200;
 constexpr std::size_t rememberedMeasures = 4096;
@@ -38,7 +38,7 @@ struct SetLine {
     PangoLayoutLine* line = nullptr;
     /// Where it starts in the whole text.
     std::size_t begin = 0;
-    /// Of its paragraph.
+    /// Where its paragraph ends in the whole text.
     std::size_t paragraphEnd = 0;
     double width = 0.0;
     double ascent = 0.0;
@@ -68,7 +68,7 @@ FlatText flatten(const std::vector<TextRun>& runs) {
     return flat;
 }
 
-/// The run at a place of the text; the last one at its end. None in a text without runs.
+/// The run at a place in the text; at its end, the last one. Null when the text has no runs.
 const TextRun* runAt(const FlatText& flat, std::size_t place) {
     for (const Piece& piece : flat.pieces) {
         if (place < piece.end) return piece.run;
@@ -154,11 +154,11 @@ void addAttributes(PangoAttrList* list, const TextRun& run, std::size_t begin, s
     add(pango_attr_insert_hyphens_new(FALSE));
     add(pango_attr_foreground_new(pangoColor(color.red()), pangoColor(color.green()),
                                   pangoColor(color.blue())));
-    // 0 would stand for "not set".
+    // To pango, 0 means "not set".
     add(pango_attr_foreground_alpha_new(std::max<guint16>(pangoColor(color.alpha()), 1)));
 }
 
-/// The text from `begin` to `end` with its attributes, then `suffix` in those of the last character.
+/// The text from `begin` to `end` with its attributes, then `suffix` with those of the last character.
 Layout makeLayout(PangoContext* context, const FlatText& flat, std::size_t begin, std::size_t end,
                   std::string_view suffix, std::optional<int> width, PictureLibrary& pictures) {
     const std::string text = flat.text.substr(begin, end - begin).append(suffix);
@@ -203,9 +203,9 @@ int letterSpacing(const PangoItem& item) {
     return 0;
 }
 
-/// The width by which the line was broken, in pango's units: with the spacing around its first and
-/// last letters, which is taken off once it is broken. A line that is broken again at this width
-/// or any from here to the one it was broken at has the same letters.
+/// The width that broke the line, in pango's units. It includes the spacing around the first and last
+/// letters, which pango removes after breaking. Breaking again at any width from this to the original one
+/// gives the same line.
 int brokenWidth(const PangoLayoutLine& line) {
     int width = 0;
     int taken = 0;
@@ -213,7 +213,7 @@ int brokenWidth(const PangoLayoutLine& line) {
         const auto& run = *static_cast<const PangoGlyphItem*>(node->data);
         const int spacing = letterSpacing(*run.item);
         if (node == line.runs) taken += spacing / 2;
-        // Nothing is taken off a line that ends in a run of blanks: they have no width left.
+        // Pango removes nothing from a line that ends in a run of blanks, which have no width.
         const int runWidth = pango_glyph_string_get_width(run.glyphs);
         if (node->next == nullptr && runWidth != 0) taken += spacing - spacing / 2;
         width += runWidth;
@@ -240,11 +240,11 @@ SetLine makeLine(PangoLayoutLine* line, const FlatText& flat, std::size_t begin,
     return set;
 }
 
-/// How many lines may stay: never less than one.
+/// How many lines may stay; at least one.
 std::size_t allowedLines(const std::vector<SetLine>& lines, int wanted, std::optional<double> height) {
     std::size_t allowed = std::min(lines.size(), static_cast<std::size_t>(wanted));
     if (height) {
-        // A box that was rounded to pixels and added up must still hold its own text.
+        // After rounding to pixels and adding up, a box must still hold its own text.
         constexpr double tolerance = 1e-3;
         double used = 0.0;
         for (std::size_t index = 0; index < allowed; ++index) {
@@ -255,7 +255,7 @@ std::size_t allowedLines(const std::vector<SetLine>& lines, int wanted, std::opt
     return allowed;
 }
 
-/// Sets the line again with all that follows in its paragraph, so that it is cut where the room ends.
+/// Sets the last line again with the rest of its paragraph, so that it ends in an ellipsis.
 void endInEllipsis(SetText& set, const FlatText& flat, std::optional<int> width, bool isParagraphsLast,
                    PangoContext* context, PictureLibrary& pictures) {
     const SetLine cut = set.lines.back();
@@ -267,11 +267,11 @@ void endInEllipsis(SetText& set, const FlatText& flat, std::optional<int> width,
     set.layouts.push_back(std::move(layout));
 }
 
-/// In pango's units; nothing for a width beyond counting, which is as good as none.
+/// In pango's units; absent when the width is so large that it has no effect.
 std::optional<int> lineWidth(std::optional<double> width) {
     constexpr double widest = 100'000.0;
     if (!width || !(*width < widest)) return std::nullopt;
-    // Downwards, so that no line is wider than was proposed; what only reckoning took off is given back.
+    // Rounded down, so that no line is wider than was proposed, after adding what arithmetic may have lost.
     constexpr double lost = 1e-3;
     return static_cast<int>(std::floor(std::max(*width, 0.0) * PANGO_SCALE + lost));
 }
@@ -281,7 +281,7 @@ SetText setText(const FlatText& flat, std::optional<int> lineLimit, std::optiona
     const int wanted = std::clamp(lineLimit.value_or(mostLines), 1, mostLines);
     SetText set;
     for (const Paragraph& paragraph : paragraphs(flat.text)) {
-        // One line more than is wanted shows that there is more.
+        // One line too many shows that the text has to be cut.
         if (set.lines.size() > static_cast<std::size_t>(wanted)) break;
         Layout layout = makeLayout(context, flat, paragraph.begin, paragraph.end, {}, width, pictures);
         pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Sets text in lines: breaks it, cuts it, measures and draws it.
+// Sets text in lines: breaks, cuts, measures and draws it.
 
 #include <cairo.h>
 #include <pango/pango.h>
@@ -15,10 +15,10 @@
 
 namespace host {
 
-/// Widths and line breaks are the same at every pixel scale: only boxes are rounded to pixels.
+/// Widths and line breaks are the same at every pixel scale; only boxes are rounded to pixels.
 class TextSetter {
 public:
-    /// `pictures` stand in texts and outlive this.
+    /// `pictures` supplies the pictures in texts and must outlive this object.
     TextSetter(TextContext context, PictureLibrary& pictures);
     TextSetter(const TextSetter&) = delete;
     TextSetter& operator=(const TextSetter&) = delete;
@@ -28,8 +28,7 @@ public:
                         std::optional<double> width, std::optional<double> height, double scale);
     FontMetrics metrics(const std::vector<platform::TextRun>& runs);
 
-    /// Draws at most `lines` lines, broken within `width`, with the box's top left corner at the origin
-    /// and each line placed within it.
+    /// Draws at most `lines` lines, broken and aligned within `width`, from the origin down and to the right.
     /// Runs without a colour are black.
     void draw(cairo_t* canvas, const std::vector<platform::TextRun>& runs, int lines, double width,
               platform::HorizontalAlignment alignment = platform::HorizontalAlignment::leading);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Lays out and draws widgets for whoever asks, one at a time.
+// Lays out and draws widgets for several threads, one widget at a time.
 
 #include <memory>
 #include <mutex>
@@ -13,7 +13,7 @@
 
 namespace host {
 
-/// What is drawn: a tree in the place of one widget.
+/// The view tree of one widget, with what its layout needs.
 struct DrawnWidget {
     platform::View view;
     std::string kind;
@@ -21,12 +21,12 @@ struct DrawnWidget {
     bool isRedacted = false;
 };
 
-/// A painter that several threads may use.
+/// Any thread may use it.
 class WidgetRenderer {
 public:
     WidgetRenderer(std::unique_ptr<Painter> painter, int osVersion);
 
-    /// `scale` is 1, 2 or 3 pixels a point.
+    /// `scale` is 1, 2 or 3 pixels per point.
     DisplayList displayList(const DrawnWidget& widget, int scale);
     platform::Result<std::string> png(const DrawnWidget& widget, int scale);
     /// The tree as JSON text with a frame in every node.

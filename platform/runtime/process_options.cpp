@@ -33,7 +33,7 @@ Setting choose(const std::optional<std::string>& option, std::string optionName,
 }
 
 tl::unexpected<Error> wrongUsage(const Setting& setting, std::string_view expected) {
-    return failure("UsageError", 2, setting.name + " \"" + *setting.value + "\": " + std::string(expected));
+    return failure("UsageError", 2, setting.name + " \"" + *setting.value + "\" " + std::string(expected));
 }
 
 fs::path homeDirectory() {
@@ -67,13 +67,14 @@ Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::p
     RuntimeOptions result;
 
     const Setting directory = choose(options.dataDirectory, "--data-dir", "BRIGHTLEDGER_DATA_DIR");
-    if (directory.value && directory.value->empty()) return wrongUsage(directory, "names no folder");
+    if (directory.value && directory.value->empty())
+        return wrongUsage(directory, "is not the name of a folder");
     result.dataDirectory = directory.value ? absolutePath(*directory.value) : defaultDataDirectory();
 
     const Setting now = choose(options.now, "--now", "BRIGHTLEDGER_NOW");
     if (now.value) {
         result.now = parseInstant(*now.value);
-        if (!result.now) return wrongUsage(now, "no ISO 8601 instant with an offset or Z");
+        if (!result.now) return wrongUsage(now, "is not an ISO 8601 instant with an offset or Z");
     }
 
     const Setting version = choose(options.osVersion, "--os-version", "BRIGHTLEDGER_OS_VERSION");
@@ -81,17 +82,17 @@ Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::p
         const char* end = version.value->data() + version.value->size();
         const auto [rest, error] = std::from_chars(version.value->data(), end, result.osVersion);
         if (error != std::errc() || rest != end || result.osVersion < 1) {
-            return wrongUsage(version, "no version number");
+            return wrongUsage(version, "is not a version number");
         }
     }
 
     const Setting locale = choose(options.locale, "--locale", "BRIGHTLEDGER_LOCALE");
-    if (locale.value && locale.value->empty()) return wrongUsage(locale, "names no locale");
+    if (locale.value && locale.value->empty()) return wrongUsage(locale, "is not the name of a locale");
     result.locale = locale.value ? Locale{*locale.value} : systemLocale();
 
     const Setting zone = choose(options.timeZone, "--time-zone", "BRIGHTLEDGER_TIME_ZONE");
     result.timeZone = zone.value ? TimeZone{*zone.value} : systemTimeZone();
-    if (zone.value && !isTimeZone(*zone.value)) return wrongUsage(zone, "no known time zone");
+    if (zone.value && !isTimeZone(*zone.value)) return wrongUsage(zone, "is not a known time zone");
 
     const Setting infoPlist = choose(options.infoPlist, "--info-plist", "BRIGHTLEDGER_INFO_PLIST");
     Result<BundleInformation> bundle = readBundle(infoPlist.value, installedInfoPlist);

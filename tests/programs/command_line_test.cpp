@@ -1,4 +1,4 @@
-// The programs as people and scripts call them: exit codes, output shapes, and what bad input becomes.
+// The programs as users and scripts call them: exit codes, the shape of the output, and bad input.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,7 +50,13 @@ std::vector<std::string> keysOf(const ordered_json& object) {
     return keys;
 }
 
-/// `brightledger` with a data directory of the test's own, a clock that stands still, and a service to call.
+struct Complaint {
+    std::string words;
+    /// Part of the one line on standard error; empty where another part of the program chooses the words.
+    std::string message;
+};
+
+/// Runs `brightledger` with its own data directory, a stopped clock and a service to call.
 class CommandLineTest : public testing::Test {
 protected:
     CommandLineTest() { serve("http://127.0.0.1:1"); }
@@ -78,6 +84,14 @@ protected:
         const Outcome outcome = run(words, input);
         EXPECT_EQ(outcome.exitCode, 0) << words << ": " << outcome.complaint;
         return ordered_json::parse(outcome.output);
+    }
+
+    void expectComplaint(const Complaint& expected, int exitCode) const {
+        const Outcome outcome = run(expected.words);
+        EXPECT_EQ(outcome.exitCode, exitCode) << expected.words;
+        EXPECT_THAT(outcome.output, IsEmpty()) << expected.words;
+        EXPECT_THAT(outcome.complaint, MatchesRegex("brightledger: [^\n]+\n")) << expected.words;
+        EXPECT_THAT(outcome.complaint, HasSubstr(expected.message)) << expected.words;
     }
 
     std::string path(const std::string& name) const { return directory_.path() / name; }
@@ -173,61 +187,77 @@ TEST_F(CommandLineTest, APrintedTreeCanBeLaidOutAndDrawnAgain) {
     EXPECT_EQ(list["items"], json("draw PerchWidget --family systemLarge")["items"]);
 }
 
-TEST_F(CommandLineTest, WrongUsageIsExitCode2AndOneLine) {
-    for (const char* words : {"",
-                              "dance",
-                              "timeline",
-                              "timeline PerchWidget",
-                              "timeline PerchWidget --family systemHuge",
-                              "timeline NewsWidget --family systemSmall",
-                              "timeline ClockWidget --family systemSmall",
-                              "gallery --now 2026-11-23T06:30:00",
-                              "gallery --os-version x",
-                              "gallery --now",
-                              "gallery --time-zone Mars/Olympus",
-                              "draw PerchWidget --family systemSmall -o w.gif",
-                              "draw PerchWidget --family systemSmall --scale 4",
-                              "draw",
-                              "draw --tree x",
-                              "layout - --size 10",
-                              "layout - --size 10x-1",
-                              "layout - --size 10xnan",
-                              "store",
-                              "store get",
-                              "store set k integer 1.5",
-                              "store set k integer 9223372036854775808",
-                              "store set k color red",
-                              "store set k string 'a\xff'",
-                              "store set 'k\xff' integer 1",
-                              "store set k data '*'",
-                              "store set k date today",
-                              "store set k plist '<plist>'",
-                              "call ClockApp wind",
-                              "call KeyConstants",
-                              "why ClockWidget"}) {
-        const Outcome outcome = run(words);
-        EXPECT_EQ(outcome.exitCode, 2) << words;
-        EXPECT_THAT(outcome.output, IsEmpty()) << words;
-        EXPECT_THAT(outcome.complaint, MatchesRegex("brightledger: [^\n]+\n")) << words;
-    }
+TEST_F(CommandLineTest, WrongUsageIsExitCode2AndOneLineThatSaysWhatToDo) {
+    const std::string unknownWidget =
+        "unknown widget \"ClockWidget\"; choose NewsWidget, PerchWidget or PortfolioWidget";
+    const std::string wrongScale = "the scale must be 1, 2 or 3";
+    const auto wrongSize = [](const std::string& size) {
+        return "the size \"" + size +
+               "\" is not WxH, such as 338x158, with sides above 0 and at most 4096 points";
+    };
+    const Complaint complaints[] = {
+        {"", ""},
+        {"dance", "unknown command \"dance\"; see brightledger --help"},
+        {"timeline", ""},
+        {"timeline PerchWidget", ""},
+        {"timeline PerchWidget --family systemHuge",
+         "unknown family \"systemHuge\"; choose systemSmall, systemMedium or systemLarge"},
+        {"timeline NewsWidget --family systemSmall",
+         "NewsWidget does not support the family \"systemSmall\"; choose systemLarge"},
+        {"timeline ClockWidget --family systemSmall", unknownWidget},
+        {"why ClockWidget", unknownWidget},
+        {"gallery --now 2026-11-23T06:30:00",
+         "--now \"2026-11-23T06:30:00\" is not an ISO 8601 instant with an offset or Z"},
+        {"gallery --os-version x", "--os-version \"x\" is not a version number"},
+        {"gallery --now", "--now needs a value"},
+        {"gallery --time-zone Mars/Olympus", "--time-zone \"Mars/Olympus\" is not a known time zone"},
+        {"draw PerchWidget --family systemSmall -o w.gif",
+         "cannot tell the format of w.gif; let it end in .png, .svg or .json"},
+        {"draw PerchWidget --family systemSmall --scale 4", wrongScale},
+        {"layout - --size 10x10 --scale 0", wrongScale},
+        {"draw", "draw needs a KIND with --family, or --tree with --size"},
+        {"draw --tree x", ""},
+        {"layout - --size 10", wrongSize("10")},
+        {"layout - --size 10x-1", wrongSize("10x-1")},
+        {"layout - --size 10xnan", wrongSize("10xnan")},
+        {"store", ""},
+        {"store get", "get: takes KEY"},
+        {"store set k integer 1.5", "\"1.5\" is not a whole number of 64 bits"},
+        {"store set k integer 9223372036854775808",
+         "\"9223372036854775808\" is not a whole number of 64 bits"},
+        {"store set k color red",
+         "unknown type \"color\"; choose string, integer, real, boolean, data, date or plist"},
+        {"store set k string 'a\xff'", "the text is not UTF-8"},
+        {"store set 'k\xff' integer 1", "the key is not UTF-8"},
+        {"store set k data '*'", "\"*\" is not base64"},
+        {"store set k date today", "\"today\" is not an ISO 8601 instant with an offset or Z"},
+        {"store set k plist '<plist>'", ""},
+        {"call ClockApp wind", "unknown class ClockApp; \"call\" lists all operations"},
+        {"call KeyConstants wind", "KeyConstants has no operation wind; \"call\" lists all operations"},
+        {"call KeyConstants", "a call needs a class and a selector; \"call\" lists them"},
+        {"call UIColor hexString", "wrong number of arguments; write UIColor hexString COLOR"},
+    };
+    for (const Complaint& complaint : complaints) expectComplaint(complaint, 2);
 }
 
 TEST_F(CommandLineTest, WhatCannotBeDoneIsExitCode1AndOneLine) {
     write(path("file"), "no folder");
     write(path("noise"), "\x01\x02\x03");
-    for (const std::string& words :
-         {std::string("store get nothing"), "store import " + path("nowhere"),
-          "store import " + path("noise"), "store export --data-dir " + path("file"),
-          "layout " + path("noise") + " --size 10x10", "layout " + path("nowhere") + " --size 10x10",
-          "gallery --info-plist " + path("noise"),
-          "draw PerchWidget --family systemSmall -o " + path("no/folder/w.png"),
-          "store repair --data-dir " + path("file"),
-          "call --data-dir " + path("file") + " ThemeManager setCurrentSelectedThemeTypeWithType: 1",
-          std::string("store export /dev/full"), std::string("why PerchWidget")}) {
-        const Outcome outcome = run(words);
-        EXPECT_EQ(outcome.exitCode, 1) << words;
-        EXPECT_THAT(outcome.complaint, MatchesRegex("brightledger: [^\n]+\n")) << words;
-    }
+    const Complaint complaints[] = {
+        {"store get nothing", "the key \"nothing\" is not in the store"},
+        {"store import " + path("nowhere"), "cannot read " + path("nowhere") + ": No such file or directory"},
+        {"store import " + path("noise"), ""},
+        {"store export --data-dir " + path("file"), ""},
+        {"store export /dev/full", "cannot write /dev/full: No space left on device"},
+        {"store repair --data-dir " + path("file"), ""},
+        {"layout " + path("noise") + " --size 10x10", ""},
+        {"layout " + path("nowhere") + " --size 10x10", ""},
+        {"gallery --info-plist " + path("noise"), ""},
+        {"draw PerchWidget --family systemSmall -o " + path("no/folder/w.png"), ""},
+        {"call --data-dir " + path("file") + " ThemeManager setCurrentSelectedThemeTypeWithType: 1", ""},
+        {"why PerchWidget", ""},
+    };
+    for (const Complaint& complaint : complaints) expectComplaint(complaint, 1);
 }
 
 TEST_F(CommandLineTest, AnUnusableDataDirectoryStillGivesAnEntryWithoutContent) {
@@ -304,7 +334,7 @@ TEST_F(CommandLineTest, OperationsOfTheAppAreCalledOneByOneOrLineByLineInOneProc
     EXPECT_THAT(lines.complaint, StartsWith("brightledger: line 3: "));
 }
 
-TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndTellsWhatHappensWhenAsked) {
+TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndLogsWhenAskedTo) {
     const Outcome outcome = run("run --for 1 --verbose");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.output, MatchesRegex("http://127.0.0.1:[0-9]+/.token=[0-9a-f]+\n"));
@@ -330,7 +360,7 @@ TEST_F(CommandLineTest, AUserIsSignedInAndOutAndTheirRowsGoWithThem) {
     EXPECT_EQ(json("timeline PortfolioWidget --family systemMedium")["entries"][0]["apiError"], "nonLogin");
 }
 
-/// The quotes' answer for one index whose link holds a blank, so that it is no address.
+/// Quotes for one index whose link contains a blank, so that it is not an address.
 class BrokenLinkTest : public CommandLineTest {
 protected:
     BrokenLinkTest() {
@@ -377,7 +407,7 @@ struct BadService {
     tests::Answer answer;
 };
 
-TEST_F(CommandLineTest, WhateverTheServiceDoesThereIsOneEntryAndTheNextReload) {
+TEST_F(CommandLineTest, WhateverTheServiceDoesATimelineHasOneEntryAndAReloadDate) {
     using Ending = tests::Answer::Ending;
     const BadService services[] = {
         {"304", {.status = 304}},

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <thread>
 #include <utility>
+#include "platform/base/alternatives.h"
 #include "platform/wire/conversion.h"
 #include "platform/wire/descriptor.h"
 #include "platform/wire/framing.h"
@@ -155,19 +156,16 @@ struct Question {
 };
 
 std::string familyComplaint(const platform::WidgetDescription& widget, const std::string& family) {
-    std::string names;
-    for (const platform::WidgetFamily each : widget.families) {
-        names.append(names.empty() ? "" : ", ").append(platform::description(each));
-    }
-    return widget.kind + " does not support the family \"" + family + "\", but " + names;
+    std::vector<std::string> names;
+    for (const platform::WidgetFamily each : widget.families) names.emplace_back(platform::description(each));
+    return widget.kind + " does not support the family \"" + family + "\"; choose " +
+           platform::alternatives(names);
 }
 
 std::string kindComplaint(const PerchWidgetBundle& bundle, const std::string& kind) {
-    std::string names;
-    for (const auto& widget : bundle.body()) {
-        names.append(names.empty() ? "" : ", ").append(widget->description().kind);
-    }
-    return "there is no widget \"" + kind + "\", but " + names;
+    std::vector<std::string> names;
+    for (const auto& widget : bundle.body()) names.push_back(widget->description().kind);
+    return "unknown widget \"" + kind + "\"; choose " + platform::alternatives(names);
 }
 
 void ask(WidgetConfiguration& widget, platform::WidgetFamily family,

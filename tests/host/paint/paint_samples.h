@@ -1,6 +1,6 @@
 #pragma once
 
-// Display lists and pictures that the paint's tests share.
+// Display lists and pictures for the tests of painting.
 
 #include <cairo.h>
 #include <cstdint>
@@ -62,7 +62,7 @@ inline TextMeasure addText(DisplayList& list, Painter& painter, const std::vecto
     return measure;
 }
 
-/// A PNG's pixels, read by another reader than ours.
+/// The pixels of a PNG, read by cairo and not by our own decoder.
 class Pixels {
 public:
     explicit Pixels(std::string_view png) {
@@ -95,7 +95,7 @@ private:
     std::shared_ptr<cairo_surface_t> surface_;
 };
 
-/// A list with all that can be painted.
+/// A list with every kind of item.
 inline DisplayList sampleList(Painter& painter, platform::Color background = white) {
     DisplayList list = emptyList(160, 96, background);
     const platform::Color ink = background == white ? black : white;

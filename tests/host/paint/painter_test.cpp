@@ -55,7 +55,7 @@ void expectPicture(const std::string& name, const std::string& png) {
     EXPECT_LE(largest, 1) << name;
 }
 
-TEST_F(Paint, LooksAsItDidWhenItWasLastLookedAt) {
+TEST_F(Paint, LooksLikeTheRecordedPictures) {
     expectPicture("sample_light_at_2", painter->png(sampleList(*painter), 2).value());
     expectPicture("sample_dark_at_3", painter->png(sampleList(*painter, night), 3).value());
     expectPicture("sample_light_at_1", painter->png(sampleList(*painter), 1).value());
@@ -73,7 +73,7 @@ TEST_F(Paint, GivesTheSameBytesWhateverWasDrawnBefore) {
     EXPECT_EQ(other->svg(list), svg);
 }
 
-// A process of its own, since the font libraries look at their variables once.
+// In a separate process, since the font libraries read their variables only once.
 TEST(PaintDeathTest, GivesTheSameBytesInAnyEnvironment) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     constexpr const char* variable = "BRIGHTLEDGER_TEST_PICTURE";
@@ -132,7 +132,7 @@ TEST_F(Paint, FillsWholePixelsAndSnapsCornersToTheNearest) {
     EXPECT_EQ(sharp.at(5, 14), 0xFFFFFFFFU);
 }
 
-TEST_F(Paint, AGroupFadesAsAWholeAndAnItemByItsOwnOpacityAlone) {
+TEST_F(Paint, AGroupFadesAsAWholeAndAnItemOnlyByItsOwnOpacity) {
     DisplayList list = emptyList(30, 10);
     add(list, GroupItem{.isBegin = true, .opacity = 0.5}, {});
     for (const double x : {0.0, 4.0}) {
@@ -143,13 +143,13 @@ TEST_F(Paint, AGroupFadesAsAWholeAndAnItemByItsOwnOpacityAlone) {
     add(list, fill(red), {.x = 26, .y = 0, .width = 4, .height = 10}).ownOpacity = 0.0;
     const Pixels pixels = draw(list);
     EXPECT_EQ(pixels.at(2, 5), 0xFFFF7F7FU);
-    // Under the blue nothing of the red shows through.
+    // The red does not show through the blue.
     EXPECT_EQ(pixels.at(6, 5), 0xFF7F7FFFU);
     EXPECT_NEAR(Pixels::part(pixels.at(22, 5), 8), 191, 1);
     EXPECT_EQ(pixels.at(28, 5), 0xFFFFFFFFU);
 }
 
-TEST_F(Paint, AListWhoseGroupsDoNotMatchIsDrawnAllTheSame) {
+TEST_F(Paint, AListWhoseGroupsDoNotMatchIsStillDrawn) {
     DisplayList list = emptyList(10, 10);
     add(list, GroupItem{.isBegin = false}, {});
     add(list, GroupItem{.isBegin = true, .opacity = 0.5}, {});
@@ -158,7 +158,7 @@ TEST_F(Paint, AListWhoseGroupsDoNotMatchIsDrawnAllTheSame) {
     EXPECT_EQ(draw(list).at(5, 5), 0xFFFF7F7FU);
 }
 
-TEST_F(Paint, ClipsCutWhatLiesOutsideOfEveryOne) {
+TEST_F(Paint, OnlyWhatLiesInsideAllClipsIsDrawn) {
     DisplayList list = emptyList(20, 20);
     add(list, fill(red), {.x = 0, .y = 0, .width = 20, .height = 20}).clips = {
         {.frame = {.x = 2, .y = 2, .width = 16, .height = 16}, .cornerRadius = 6},
@@ -178,7 +178,7 @@ TEST_F(Paint, CornersBeginWhereTheirStyleSays) {
         return 255 - Pixels::part(draw(list).at(x, y), 0);
     };
     using platform::RoundedCornerStyle::circular, platform::RoundedCornerStyle::continuous;
-    // On the diagonal both stand 0.29 radii from the corner.
+    // On the diagonal both are 0.29 radii from the corner.
     for (const auto style : {circular, continuous}) {
         EXPECT_EQ(coverage(style, 4, 4), 0);
         EXPECT_EQ(coverage(style, 7, 7), 255);
@@ -200,7 +200,7 @@ TEST_F(Paint, StrokesStandHalfOutsideTheirFrame) {
     EXPECT_EQ(pixels.at(4, 4), 0xFFFF0000U) << "mitred corner";
 }
 
-TEST_F(Paint, APngHasAlphaOnlyUnderABackgroundThatLetsThrough) {
+TEST_F(Paint, APngHasAlphaOnlyWhenItsBackgroundIsNotOpaque) {
     EXPECT_FALSE(draw(emptyList(4, 4)).hasAlpha());
     DisplayList list = emptyList(9, 5, Color::rgb(1, 0, 0, 0.0));
     add(list, fill(Color::rgb(0, 1, 0, 0.5)), {.x = 0, .y = 0, .width = 3, .height = 5});
@@ -220,7 +220,7 @@ TEST_F(Paint, AnSvgHasItsTextAsOutlinesAndItsSizeInPoints) {
     EXPECT_THAT(svg, Not(HasSubstr("font")));
 }
 
-TEST_F(Paint, SaysWhatItCannotDo) {
+TEST_F(Paint, FailsForImpossibleSizesAndMissingAssets) {
     for (const auto& [width, height] : {std::pair{0.0, 10.0},
                                         {-4.0, 10.0},
                                         {1e9, 1.0},
@@ -233,7 +233,7 @@ TEST_F(Paint, SaysWhatItCannotDo) {
     EXPECT_THAT(Painter::make("/nonexistent").error().message, HasSubstr("/nonexistent/assets"));
 }
 
-TEST_F(Paint, TakesFramesOfAnySize) {
+TEST_F(Paint, AcceptsFramesOfAnySize) {
     for (const double extent : {-50.0, 1e-9, 1e9, 1e300, platform::infinity, std::nan("")}) {
         DisplayList list = emptyList(10, 10);
         const Rect frame{.x = -extent / 2, .y = 1, .width = extent, .height = extent};

@@ -125,7 +125,7 @@ protected:
     std::unique_ptr<Painter> painter = makePainter();
 };
 
-TEST_F(PaintPictures, AreToldApartByTheirFirstBytesAndStretchedToTheirFrame) {
+TEST_F(PaintPictures, AreRecognisedByTheirFirstBytesAndStretchedToTheirFrame) {
     for (const std::string& bytes : {makePng(), makeJpeg(), makeJpeg(width, height, TJFLAG_PROGRESSIVE),
                                      makeWebP(), extendedWebP(0, width, height)}) {
         EXPECT_EQ(sizeOf(bytes), (Size{.width = width, .height = height}));
@@ -137,7 +137,7 @@ TEST_F(PaintPictures, AreToldApartByTheirFirstBytesAndStretchedToTheirFrame) {
             EXPECT_NEAR(Pixels::part(pixels.at(x, y), 16), isRed ? 220 : 10, 4) << x << " " << y;
             EXPECT_NEAR(Pixels::part(pixels.at(x, y), 0), isRed ? 10 : 220, 4) << x << " " << y;
         }
-        // The edges are whole: nothing of the background shines through, and nothing is drawn beside them.
+        // The edges are sharp: no background shows through, and nothing is drawn outside the frame.
         EXPECT_NEAR(Pixels::part(pixels.at(20, 10), 8), 20, 4);
         EXPECT_EQ(pixels.at(19, 10), 0xFFFFFFFFU);
         EXPECT_EQ(pixels.at(20, 9), 0xFFFFFFFFU);
@@ -158,7 +158,7 @@ TEST_F(PaintPictures, LargePhotographsAreDrawnSmall) {
     }
 }
 
-TEST_F(PaintPictures, ThatCannotBeWholeOrAreTooLargeAreNone) {
+TEST_F(PaintPictures, ThatAreForeignBrokenAnimatedOrTooLargeAreRejected) {
     const std::string animatedPng = makePng().substr(0, afterPngHeader) +
                                     chunk("acTL", bigEndian(2) + bigEndian(0)) +
                                     makePng().substr(afterPngHeader);
@@ -167,7 +167,7 @@ TEST_F(PaintPictures, ThatCannotBeWholeOrAreTooLargeAreNone) {
         {"words", "<html>Not found</html>"},
         {"a GIF", std::string("GIF89a\x01\0\x01\0\0\0\0;", 14)},
         {"an SVG", "<svg xmlns='http://www.w3.org/2000/svg' width='4' height='4'/>"},
-        {"a PNG's first bytes alone", "\x89PNG\r\n\x1a\n"},
+        {"only the first bytes of a PNG", "\x89PNG\r\n\x1a\n"},
         {"a JPEG that says it is a PNG", "\x89PNG\r\n\x1a\n" + makeJpeg()},
         {"an endless PNG chunk", makePng().substr(0, 8) + "\xFF\xFF\xFF\xFFtEXt" + std::string(64, 'x')},
         {"an animated PNG", animatedPng},
@@ -187,17 +187,17 @@ TEST_F(PaintPictures, ThatCannotBeWholeOrAreTooLargeAreNone) {
     EXPECT_EQ(painter->png(list, 2), painter->png(emptyList(20, 20), 2));
 }
 
-TEST_F(PaintPictures, ThatAreCutAreNone) {
+TEST_F(PaintPictures, ThatAreCutAreRejected) {
     for (const std::string& bytes :
          {makePng(), makeJpeg(), makeJpeg(width, height, TJFLAG_PROGRESSIVE), makeWebP()}) {
-        // The last 16 bytes may be an end mark that no reader needs.
+        // The last 16 bytes may be an end marker that a reader does not need.
         for (std::size_t length = 0; length + 16 < bytes.size(); length += 1 + bytes.size() / 97) {
             EXPECT_EQ(sizeOf(bytes.substr(0, length)), std::nullopt) << length << " of " << bytes.size();
         }
     }
 }
 
-TEST_F(PaintPictures, ThatAreDamagedAnywhereHarmNothing) {
+TEST_F(PaintPictures, ThatAreDamagedAnywhereDoNoHarm) {
     std::mt19937 random(20261122);
     for (const std::string& bytes :
          {makePng(), makeJpeg(), makeJpeg(width, height, TJFLAG_PROGRESSIVE), makeWebP()}) {
@@ -211,7 +211,7 @@ TEST_F(PaintPictures, ThatAreDamagedAnywhereHarmNothing) {
     }
 }
 
-TEST_F(PaintPictures, TheWidgetsAssetsAreThereAndSeenOnTheirBackgrounds) {
+TEST_F(PaintPictures, TheWidgetsAssetsExistAndCanBeSeenOnTheirBackgrounds) {
     struct Case {
         std::string name;
         Size size;

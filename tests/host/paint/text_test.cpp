@@ -24,7 +24,7 @@ protected:
     std::unique_ptr<Painter> painter = makePainter();
 };
 
-TEST_F(PaintText, ALineIsAsHighAsThePlatformsRoundedUpToAPixel) {
+TEST_F(PaintText, ALineHasThePlatformsHeightRoundedUpToAPixel) {
     struct Case {
         double size, heightAt3, heightAt2, baseline;
     };
@@ -48,7 +48,7 @@ TEST_F(PaintText, ALineIsAsHighAsThePlatformsRoundedUpToAPixel) {
     }
 }
 
-TEST_F(PaintText, LettersStandAsFarApartAsThePlatformsDo) {
+TEST_F(PaintText, LettersHaveThePlatformsSpacing) {
     struct Case {
         Font font;
         double thousandths;
@@ -68,7 +68,7 @@ TEST_F(PaintText, LettersStandAsFarApartAsThePlatformsDo) {
         EXPECT_NEAR(tracking(expected.font), expected.thousandths / 1000 * expected.font.size, 1e-9)
             << expected.font.name << " " << expected.font.size;
     }
-    // 20 letters at 8 points, of which each stands 0.208 points further from the next.
+    // 20 letters at 8 points, each followed by 0.208 points more.
     const std::string text(20, 'n');
     EXPECT_NEAR(measure({run(text, Font::system(8))}).size.width -
                     measure({run(text, Font::custom("SFCompactDisplay-Regular", 8))}).size.width,
@@ -118,7 +118,7 @@ TEST_F(PaintText, AWordThatIsTooLongIsBrokenInsideWithoutAHyphen) {
     EXPECT_TRUE(isSame);
 }
 
-TEST_F(PaintText, LimitAndHeightLeaveWholeLinesAndNeverNone) {
+TEST_F(PaintText, LimitAndHeightLeaveWholeLinesAndAtLeastOne) {
     const std::vector text{run("one two three four five six seven eight nine ten eleven twelve")};
     const double width = 70;
     const int all = measure(text, std::nullopt, width).lines;
@@ -150,7 +150,7 @@ TEST_F(PaintText, LimitAndHeightLeaveWholeLinesAndNeverNone) {
     }
 }
 
-TEST_F(PaintText, WhatIsCutEndsInAnEllipsis) {
+TEST_F(PaintText, ATextThatIsCutEndsInAnEllipsis) {
     const auto picture = [&](const std::string& text, std::optional<int> limit, std::optional<double> width) {
         DisplayList list = emptyList(140, 50);
         addText(list, *painter, {run(text)}, 0, 0, limit, width);
@@ -207,7 +207,7 @@ TEST_F(PaintText, PicturesInATextStandOnItsBaseline) {
     EXPECT_EQ(measure({inlineImage("NoSuchAsset"), run("Live")}).size, measure({run("Live")}).size);
 }
 
-// A text is drawn in the box that it answered: breaking it there must give the same lines.
+// A text is drawn in the box that was measured for it, so breaking it there must give the same lines.
 TEST_F(PaintText, ATextSetInItsOwnBoxHasTheSameLines) {
     const std::vector text{
         run("\u20B9", Font::custom("SFCompactDisplay-Regular", 12)),
@@ -250,7 +250,7 @@ TEST_F(PaintText, RupeeSignAndDevanagariHaveGlyphs) {
         addText(list, *painter, {run(text)}, 2, 2);
         return painter->png(list, 2).value();
     };
-    // What no font of ours has is drawn as a box with its number; so would these be.
+    // A character that none of our fonts has is drawn as a box with its number, such as U+0B95.
     EXPECT_NE(ink("\u20B9"), ink("\u0B95"));
     EXPECT_LT(widthOf("\u20B9"), 9);
     EXPECT_GT(widthOf("\u0B95"), 9);

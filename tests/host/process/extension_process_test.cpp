@@ -113,12 +113,12 @@ TEST_F(ExtensionTest, AWidgetOrFamilyThatThereIsNotIsWrongUsage) {
     ASSERT_FALSE(unknown);
     EXPECT_EQ(unknown.error().domain, "UsageError");
     EXPECT_EQ(unknown.error().message,
-              "there is no widget \"ClockWidget\", but NewsWidget, PerchWidget, PortfolioWidget");
+              "unknown widget \"ClockWidget\"; choose NewsWidget, PerchWidget or PortfolioWidget");
 
     const auto small = extension.ask({.kind = "NewsWidget", .family = WidgetFamily::systemSmall}, patience);
     ASSERT_FALSE(small);
     EXPECT_EQ(small.error().message,
-              "NewsWidget does not support the family \"systemSmall\", but systemLarge");
+              "NewsWidget does not support the family \"systemSmall\"; choose systemLarge");
 }
 
 TEST_F(ExtensionTest, ALateAnswerIsDroppedAndTheChildLivesOn) {

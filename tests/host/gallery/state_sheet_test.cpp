@@ -1,11 +1,13 @@
-#include "host/gallery/gallery.h"
+#include "host/gallery/state_sheet.h"
 
 #include <gmock/gmock.h>
 #include <fstream>
 #include <iterator>
-#include <regex>
+#include <map>
+#include <nlohmann/json.hpp>
 #include <set>
 #include "host/gallery/comparison.h"
+#include "host/gallery/sheet_page.h"
 #include "host/paint/painter.h"
 #include "host/paint/picture_decoder.h"
 #include "tests/support/temporary_directory.h"
@@ -13,16 +15,18 @@
 namespace host {
 namespace {
 
+using nlohmann::ordered_json;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
-using testing::IsSupersetOf;
 using testing::Not;
+using testing::StartsWith;
 
 namespace fs = std::filesystem;
 
 const fs::path programs = BRIGHTLEDGER_PROGRAM_DIR;
 
-GalleryOptions optionsFor(const fs::path& folder) {
+SheetOptions optionsFor(const fs::path& folder) {
     return {.folder = folder, .programs = programs, .resources = programs / "resources", .scale = 1};
 }
 
@@ -35,10 +39,10 @@ void write(const fs::path& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
 }
 
-/// The gallery that all tests look at, and none changes.
+/// The gallery that all tests read and none changes.
 const fs::path& gallery() {
     static const tests::TemporaryDirectory directory;
-    static const platform::Result<GalleryOutcome> outcome = drawGallery(optionsFor(directory.path()));
+    static const platform::Result<SheetOutcome> outcome = drawStateSheet(optionsFor(directory.path()));
     EXPECT_TRUE(outcome) << outcome.error().message;
     return directory.path();
 }
@@ -51,15 +55,26 @@ std::set<std::string> pictures(const fs::path& folder) {
     return names;
 }
 
-std::set<std::string> shownIn(const std::string& page) {
-    std::set<std::string> sources;
-    const std::regex source("<img src=\"([^\"]*)\"");
-    for (std::sregex_iterator match(page.begin(), page.end(), source), end; match != end; ++match)
-        sources.insert((*match)[1]);
-    return sources;
+/// What the page's script reads.
+ordered_json dataOf(const std::string& page) {
+    static const std::string before = "<script type=\"application/json\" id=\"data\">";
+    const std::size_t begin = page.find(before) + before.size();
+    return ordered_json::parse(page.substr(begin, page.find("</script>", begin) - begin));
 }
 
-TEST(Gallery, ShowsEveryFamilyInBothThemesInTheStatesOfItsWidget) {
+/// The files that the page shows, with what a comparison says about each.
+std::map<std::string, std::string> shownIn(const fs::path& folder) {
+    std::map<std::string, std::string> news;
+    const ordered_json data = dataOf(contentOf(folder / "index.html"));
+    for (const auto& section : data["sections"]) {
+        for (const auto& row : section["rows"]) {
+            for (const auto& picture : row["pictures"]) news[picture["file"]] = picture["news"];
+        }
+    }
+    return news;
+}
+
+TEST(StateSheet, ShowsEveryFamilyInBothThemesInTheStatesOfItsWidget) {
     const std::set<std::string> drawn = pictures(gallery());
     const struct {
         std::string kind;
@@ -90,7 +105,7 @@ TEST(Gallery, ShowsEveryFamilyInBothThemesInTheStatesOfItsWidget) {
     EXPECT_EQ(drawn, expected);
 }
 
-TEST(Gallery, DrawsEveryPictureInItsFamilysSize) {
+TEST(StateSheet, DrawsEveryPictureInItsFamilysSize) {
     for (const std::string& name : pictures(gallery())) {
         const auto picture = decodePicture(contentOf(gallery() / name), 1000, 1000);
         ASSERT_TRUE(picture) << name;
@@ -99,8 +114,8 @@ TEST(Gallery, DrawsEveryPictureInItsFamilysSize) {
     }
 }
 
-// States that differ for a reader differ in the picture, so that no state shows another's by mistake.
-TEST(Gallery, DrawsNoTwoStatesOfAWidgetAlikeButThoseThatMeanToBe) {
+// States that differ for the user differ in the picture, so that no state shows another's picture by mistake.
+TEST(StateSheet, DrawsDifferentStatesOfAWidgetDifferently) {
     const auto read = [](const std::string& name) { return contentOf(gallery() / (name + ".png")); };
     for (const auto& [one, other] : std::vector<std::pair<std::string, std::string>>{
              {"PerchWidget-systemMedium-light-gain", "PerchWidget-systemMedium-light-loss"},
@@ -124,25 +139,41 @@ TEST(Gallery, DrawsNoTwoStatesOfAWidgetAlikeButThoseThatMeanToBe) {
         looksLike(read("PerchWidget-systemMedium-light-full"), read("PerchWidget-systemMedium-light-full")));
 }
 
-TEST(Gallery, HasAPageThatShowsAllPicturesAndRunsNoScript) {
-    const std::string page = contentOf(gallery() / "index.html");
-    EXPECT_EQ(shownIn(page), pictures(gallery()));
-    EXPECT_THAT(page, Not(HasSubstr("<script")));
-    EXPECT_THAT(page, Not(HasSubstr("changed")));
+TEST(StateSheet, HasAPageThatShowsAllPictures) {
+    std::map<std::string, std::string> expected;
+    for (const std::string& name : pictures(gallery())) expected[name] = "";
+    EXPECT_EQ(shownIn(gallery()), expected);
 }
 
-TEST(Gallery, DrawnAgainLooksAsBefore) {
+TEST(StateSheet, NoTextEndsTheElementThatHoldsThePagesData) {
+    const std::string text = "</script><b>\"&'<!--";
+    const std::string page =
+        sheetPage(contentOf(programs / "resources/gallery/index.html"), {{"subtitle", text}});
+    EXPECT_THAT(page, Not(HasSubstr(text)));
+    EXPECT_EQ(dataOf(page)["subtitle"], text);
+}
+
+TEST(StateSheet, GivesThePageTheOutlineOfEverySize) {
+    const ordered_json families = dataOf(contentOf(gallery() / "index.html"))["families"];
+    ASSERT_EQ(families.size(), 3U);
+    EXPECT_EQ(families["systemMedium"]["width"], 338);
+    // The corner's curve begins 1.53 radii of 22 points before it; every side lies on the frame.
+    EXPECT_THAT(families["systemMedium"]["outline"].get<std::string>(),
+                AllOf(StartsWith("M33.6289 0L304.371 0L"), HasSubstr("L338 124.371L"), EndsWith("Z")));
+}
+
+TEST(StateSheet, LooksTheSameWhenDrawnAgain) {
     const tests::TemporaryDirectory again;
-    GalleryOptions options = optionsFor(again.path());
+    SheetOptions options = optionsFor(again.path());
     options.comparedWith = gallery();
-    const auto outcome = drawGallery(options);
+    const auto outcome = drawStateSheet(options);
     ASSERT_TRUE(outcome) << outcome.error().message;
     EXPECT_TRUE(outcome->isLikeBefore());
     EXPECT_EQ(outcome->pictures, pictures(gallery()).size());
     EXPECT_TRUE(fs::is_empty(again.path() / "before"));
 }
 
-TEST(Gallery, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
+TEST(StateSheet, MarksChangedNewAndMissingPicturesEvenInItsOwnFolder) {
     const tests::TemporaryDirectory directory;
     const fs::path& folder = directory.path();
     fs::copy(gallery(), folder);
@@ -153,9 +184,9 @@ TEST(Gallery, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
     write(folder / changed, other);
     fs::rename(folder / added, folder / missing);
 
-    GalleryOptions options = optionsFor(folder);
+    SheetOptions options = optionsFor(folder);
     options.comparedWith = folder;
-    const auto outcome = drawGallery(options);
+    const auto outcome = drawStateSheet(options);
     ASSERT_TRUE(outcome) << outcome.error().message;
     EXPECT_EQ(outcome->changed, 1U);
     EXPECT_EQ(outcome->added, 1U);
@@ -164,24 +195,23 @@ TEST(Gallery, MarksWhatChangedCameAndWentEvenInItsOwnFolder) {
     EXPECT_EQ(contentOf(folder / "before" / changed), other);
     EXPECT_EQ(pictures(folder / "before"), (std::set<std::string>{changed, missing}));
     EXPECT_FALSE(fs::exists(folder / missing));
-    const std::string page = contentOf(folder / "index.html");
-    EXPECT_THAT(shownIn(page), IsSupersetOf({changed, added, "before/" + changed, "before/" + missing}));
-    for (const std::string& name : {changed, added, missing}) {
-        EXPECT_THAT(page, AllOf(HasSubstr("href=\"#" + name + "\""), HasSubstr("id=\"" + name + "\"")));
-    }
+    auto shown = shownIn(folder);
+    EXPECT_EQ(shown[changed], "changed");
+    EXPECT_EQ(shown[added], "new");
+    EXPECT_EQ(shown[missing], "no longer drawn");
 }
 
-TEST(Gallery, SaysWhatItCannotDo) {
+TEST(StateSheet, SaysWhatItCannotDo) {
     const tests::TemporaryDirectory directory;
     write(directory.path() / "file", "");
     const struct {
         std::string name;
-        GalleryOptions options;
+        SheetOptions options;
         std::string message;
     } cases[] = {
         {"no earlier gallery",
          {.folder = directory.path() / "new", .comparedWith = directory.path()},
-         "no gallery in"},
+         "holds no gallery"},
         {"no such folder",
          {.folder = directory.path() / "new", .comparedWith = directory.path() / "nowhere"},
          "cannot read"},
@@ -189,13 +219,13 @@ TEST(Gallery, SaysWhatItCannotDo) {
         {"no programs", {.folder = directory.path() / "new", .programs = directory.path()}, "demo service"},
     };
     for (const auto& [name, options, message] : cases) {
-        const auto outcome = drawGallery(options);
+        const auto outcome = drawStateSheet(options);
         ASSERT_FALSE(outcome) << name;
         EXPECT_THAT(outcome.error().message, HasSubstr(message)) << name;
     }
 }
 
-TEST(Comparison, TakesOneStepOfAChannelForNothing) {
+TEST(Comparison, IgnoresOneStepOfAChannel) {
     const auto painter = Painter::make(programs / "resources");
     ASSERT_TRUE(painter) << painter.error().message;
     const auto grey = [&](int level, double width) {

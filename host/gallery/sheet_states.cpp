@@ -1,4 +1,4 @@
-#include "host/gallery/gallery_states.h"
+#include "host/gallery/sheet_states.h"
 
 #include <utility>
 
@@ -51,8 +51,8 @@ ChosenAssets eighteenAssets() {
     return assets;
 }
 
-// In plain letters: an asset's link carries its title as it is, and a compact row whose link is no
-// address is fatal.
+// Plain letters only: an asset's link carries its title as it is, and a compact row whose link is not an
+// address ends the extension.
 ChosenAssets longNames() {
     ChosenAssets assets =
         indices({asset("indices", "4", "The Broad Market Equal Weight Total Return Index of All Shares",
@@ -65,10 +65,10 @@ ChosenAssets longNames() {
 
 }  // namespace
 
-std::vector<GalleryState> galleryStates() {
+std::vector<SheetState> sheetStates() {
     const std::vector every{news, perch, portfolio};
     return {
-        // Its discarded answers look like none, however early they come.
+        // The service has nothing to say, so that a placeholder looks the same however early it answers.
         {.name = "placeholder",
          .title = "Placeholder",
          .scene = "none",

@@ -1,4 +1,4 @@
-#include "host/gallery/gallery.h"
+#include "host/gallery/state_sheet.h"
 
 #include <algorithm>
 #include <array>
@@ -15,8 +15,9 @@
 #include <vector>
 #include "companion/operations.h"
 #include "host/gallery/comparison.h"
-#include "host/gallery/gallery_states.h"
-#include "host/gallery/index_page.h"
+#include "host/gallery/sheet_page.h"
+#include "host/gallery/sheet_picture.h"
+#include "host/gallery/sheet_states.h"
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
 #include "host/process/demo_child.h"
@@ -28,6 +29,7 @@ namespace host {
 namespace {
 
 namespace fs = std::filesystem;
+using nlohmann::ordered_json;
 using platform::PropertyList;
 using platform::Result;
 using platform::Runtime;
@@ -41,7 +43,7 @@ tl::unexpected<platform::Error> failure(std::string message) {
     return platform::failure("GalleryError", 1, std::move(message));
 }
 
-/// What lives as long as the drawing does.
+/// A folder that is removed with everything in it.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
@@ -56,7 +58,7 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    /// Empty when there is no room for one.
+    /// Empty when none could be made.
     const fs::path& path() const { return path_; }
 
 private:
@@ -76,25 +78,9 @@ std::string contentOf(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// The picture that a file of this name shows; nothing when the name is none of a gallery's.
-std::optional<GalleryPicture> pictureNamed(const std::string& fileName) {
-    const std::size_t family = fileName.find('-');
-    const std::size_t theme = family == std::string::npos ? family : fileName.find('-', family + 1);
-    const std::size_t state = theme == std::string::npos ? theme : fileName.find('-', theme + 1);
-    const std::size_t end = fileName.rfind(".png");
-    if (state == std::string::npos || end == std::string::npos || end <= state) return std::nullopt;
-    const auto known = platform::widgetFamily(fileName.substr(family + 1, theme - family - 1));
-    if (!known) return std::nullopt;
-    GalleryPicture picture{.kind = fileName.substr(0, family),
-                           .family = *known,
-                           .isDark = fileName.substr(theme + 1, state - theme - 1) == "dark",
-                           .state = fileName.substr(state + 1, end - state - 1)};
-    return picture.fileName() == fileName ? std::optional(std::move(picture)) : std::nullopt;
-}
-
 using PicturesByName = std::map<std::string, std::string>;
 
-/// Read whole before anything is written, as both galleries may be in one folder.
+/// Reads everything before anything is written, since both galleries may be in one folder.
 Result<PicturesByName> earlierPictures(const fs::path& folder) {
     PicturesByName pictures;
     std::error_code error;
@@ -103,7 +89,7 @@ Result<PicturesByName> earlierPictures(const fs::path& folder) {
         if (pictureNamed(name)) pictures.emplace(name, contentOf(entry.path()));
     }
     if (error) return failure("cannot read " + folder.string() + ": " + error.message());
-    if (pictures.empty()) return failure("there is no gallery in " + folder.string());
+    if (pictures.empty()) return failure(folder.string() + " holds no gallery");
     return pictures;
 }
 
@@ -112,7 +98,7 @@ std::string optionOr(const std::optional<std::string>& option, const char* varia
     return option ? *option : value != nullptr && *value != '\0' ? value : otherwise;
 }
 
-/// The same surroundings on every machine, where nobody asks for others.
+/// The same surroundings on every machine, unless somebody asks for others.
 platform::ProcessOptions surroundings(platform::ProcessOptions options) {
     options.now = optionOr(options.now, "BRIGHTLEDGER_NOW", "2026-11-23T12:00:00+05:30");
     options.locale = optionOr(options.locale, "BRIGHTLEDGER_LOCALE", "en_IN");
@@ -121,12 +107,12 @@ platform::ProcessOptions surroundings(platform::ProcessOptions options) {
 }
 
 /// The extension in one state, with a store and an information dictionary of its own.
-class GalleryRun {
+class SheetRun {
 public:
-    static Result<std::unique_ptr<GalleryRun>> make(const GalleryOptions& options,
-                                                    const platform::ProcessOptions& surroundings,
-                                                    const GalleryState& state, const fs::path& folder,
-                                                    const std::string& origin) {
+    static Result<std::unique_ptr<SheetRun>> make(const SheetOptions& options,
+                                                  const platform::ProcessOptions& surroundings,
+                                                  const SheetState& state, const fs::path& folder,
+                                                  const std::string& origin) {
         platform::ProcessOptions process = surroundings;
         process.dataDirectory = (folder / state.name).string();
         process.infoPlist = (folder / (state.name + ".plist")).string();
@@ -136,9 +122,9 @@ public:
         if (!written) return tl::unexpected(written.error());
         const Result<RuntimeOptions> resolved = platform::runtimeOptions(process, *process.infoPlist);
         if (!resolved) return tl::unexpected(resolved.error());
-        auto run = std::unique_ptr<GalleryRun>(new GalleryRun(options, process, *resolved));
+        auto run = std::unique_ptr<SheetRun>(new SheetRun(options, process, *resolved));
         const Result<void> chosen = run->choose(state, service);
-        return chosen ? Result<std::unique_ptr<GalleryRun>>(std::move(run)) : tl::unexpected(chosen.error());
+        return chosen ? Result<std::unique_ptr<SheetRun>>(std::move(run)) : tl::unexpected(chosen.error());
     }
 
     Result<void> setTheme(bool isDark) {
@@ -150,8 +136,8 @@ public:
     int osVersion() const { return runtime_.osVersion(); }
 
 private:
-    GalleryRun(const GalleryOptions& options, const platform::ProcessOptions& process,
-               const RuntimeOptions& resolved)
+    SheetRun(const SheetOptions& options, const platform::ProcessOptions& process,
+             const RuntimeOptions& resolved)
         : runtime_(resolved),
           phoneApp_(runtime_),
           extension_({.program = options.programs / "brightledger-extension",
@@ -165,8 +151,9 @@ private:
             [&](const std::string& text) { return write(file, text); });
     }
 
-    Result<void> choose(const GalleryState& state, const std::string& service) {
-        // The extension fills an empty store with its first question, whatever is chosen by then.
+    Result<void> choose(const SheetState& state, const std::string& service) {
+        // The extension fills an empty store when it is first asked, and would replace what was chosen
+        // before.
         const auto first =
             extension_.ask({.kind = "PerchWidget", .request = EntryRequest::placeholder}, waitingLimit);
         if (!first) return tl::unexpected(first.error());
@@ -182,56 +169,54 @@ private:
     ExtensionProcess extension_;
 };
 
-/// The gallery in the making.
-class Gallery {
+/// Draws the sheet, state by state.
+class SheetDrawing {
 public:
-    Gallery(const GalleryOptions& options, std::unique_ptr<Painter> painter,
-            std::optional<PicturesByName> earlier)
+    SheetDrawing(const SheetOptions& options, std::unique_ptr<Painter> painter,
+                 std::optional<PicturesByName> earlier)
         : options_(options), painter_(std::move(painter)), earlier_(std::move(earlier)) {}
 
     Result<void> draw(const fs::path& folder, const std::string& origin) {
         const platform::ProcessOptions process = surroundings(options_.process);
         subtitle_ = *process.now + ", " + *process.locale + ", " + *process.timeZone;
         // The next state's questions are answered while this one's pictures are drawn.
-        const auto asked = [&](const GalleryState& state) {
+        const auto asked = [&](const SheetState& state) {
             return std::async(std::launch::async, [&] {
-                auto run = GalleryRun::make(options_, process, state, folder, origin);
+                auto run = SheetRun::make(options_, process, state, folder, origin);
                 return run ? ask(**run, state) : tl::unexpected(std::move(run.error()));
             });
         };
         auto next = asked(states_.front());
         for (auto state = states_.begin(); state != states_.end(); ++state) {
-            const Result<std::vector<GalleryShot>> poses = next.get();
-            if (!poses) return tl::unexpected(poses.error());
+            const Result<std::vector<SheetShot>> shots = next.get();
+            if (!shots) return tl::unexpected(shots.error());
             if (state + 1 != states_.end()) next = asked(*(state + 1));
-            for (const GalleryShot& shot : *poses) {
+            for (const SheetShot& shot : *shots) {
                 if (const Result<void> drawn = draw(shot); !drawn) return drawn;
             }
         }
         return {};
     }
 
-    Result<GalleryOutcome> finish() {
-        return keepEarlierPictures()
-            .and_then([&] { return write(options_.folder / "index.html", indexPage(page())); })
-            .map([&] { return outcome_; });
+    Result<SheetOutcome> finish() {
+        return keepEarlierPictures().and_then([&] { return writePage(); }).map([&] { return outcome_; });
     }
 
 private:
     /// What the extension answered for one picture.
-    struct GalleryShot {
-        GalleryPicture picture;
+    struct SheetShot {
+        SheetPicture picture;
         platform::View view;
         LayoutOptions layout;
     };
 
-    Result<std::vector<GalleryShot>> ask(GalleryRun& run, const GalleryState& state) {
+    Result<std::vector<SheetShot>> ask(SheetRun& run, const SheetState& state) {
         if (widgets_.empty()) {
             auto widgets = run.extension().gallery(waitingLimit);
             if (!widgets) return tl::unexpected(widgets.error());
             widgets_ = std::move(*widgets);
         }
-        std::vector<GalleryShot> poses;
+        std::vector<SheetShot> shots;
         for (const bool isDark : themes) {
             if (const Result<void> set = run.setTheme(isDark); !set) return tl::unexpected(set.error());
             for (const WidgetListing& widget : widgets_) {
@@ -239,14 +224,14 @@ private:
                 for (const WidgetFamily family : widget.families) {
                     auto shot = ask(run, state.request, {widget.kind, family, isDark, state.name});
                     if (!shot) return tl::unexpected(shot.error());
-                    poses.push_back(std::move(*shot));
+                    shots.push_back(std::move(*shot));
                 }
             }
         }
-        return poses;
+        return shots;
     }
 
-    static Result<GalleryShot> ask(GalleryRun& run, EntryRequest request, GalleryPicture picture) {
+    static Result<SheetShot> ask(SheetRun& run, EntryRequest request, SheetPicture picture) {
         const auto answer = run.extension().ask(
             {.kind = picture.kind, .family = picture.family, .request = request, .wantsViews = true},
             waitingLimit);
@@ -257,11 +242,11 @@ private:
                              .kind = picture.kind,
                              .family = std::string(description(picture.family)),
                              .isRedacted = request == EntryRequest::placeholder};
-        return GalleryShot{std::move(picture), answer->entries.front().view.value_or(platform::View()),
-                           std::move(layout)};
+        return SheetShot{std::move(picture), answer->entries.front().view.value_or(platform::View()),
+                         std::move(layout)};
     }
 
-    Result<void> draw(const GalleryShot& shot) {
+    Result<void> draw(const SheetShot& shot) {
         const DisplayList list = makeDisplayList(shot.view, shot.layout, painter_->measurer(options_.scale));
         return painter_->png(list, options_.scale).and_then([&](const std::string& png) {
             note(shot.picture.fileName(), png);
@@ -271,19 +256,20 @@ private:
 
     void note(const std::string& name, std::string_view png) {
         ++outcome_.pictures;
-        PictureNews& news = drawn_[name];
+        std::string_view& news = drawn_[name];
         if (!earlier_) return;
         const auto before = earlier_->find(name);
         if (before == earlier_->end()) {
-            news = PictureNews::added;
+            news = "new";
             ++outcome_.added;
         } else if (!looksLike(png, before->second)) {
-            news = PictureNews::changed;
+            news = changed;
             ++outcome_.changed;
         }
     }
 
-    /// Beside the new ones in "before/"; what is drawn no longer leaves the folder itself.
+    /// Puts the earlier pictures of what changed or is missing into "before/", and takes those that are no
+    /// longer drawn out of the folder itself.
     Result<void> keepEarlierPictures() {
         if (!earlier_) return {};
         const fs::path folder = options_.folder / "before";
@@ -294,22 +280,31 @@ private:
         }
         for (const auto& [name, png] : *earlier_) {
             const auto drawn = drawn_.find(name);
-            if (drawn != drawn_.end() && drawn->second != PictureNews::changed) continue;
+            if (drawn != drawn_.end() && drawn->second != changed) continue;
             if (const Result<void> kept = write(folder / name, png); !kept) return kept;
             if (drawn != drawn_.end()) continue;
             ++outcome_.missing;
-            missing_.push_back({*pictureNamed(name), PictureNews::missing});
+            missing_.push_back(*pictureNamed(name));
             fs::remove(options_.folder / name, ignored);
         }
         return {};
     }
 
-    GalleryPage page() const {
-        GalleryPage page{.subtitle = subtitle_, .verdict = verdict(), .sections = {}};
-        for (const WidgetListing& widget : widgets_) page.sections.push_back(section(widget));
-        if (!missing_.empty())
-            page.sections.push_back({"Missing", "Drawn before, and no longer.", missingRows()});
-        return page;
+    Result<void> writePage() const {
+        const fs::path file = options_.resources / "gallery/index.html";
+        std::string page = contentOf(file);
+        if (page.empty()) return failure("cannot read " + file.string());
+        ordered_json sections = ordered_json::array();
+        for (const WidgetListing& widget : widgets_) sections.push_back(section(widget));
+        if (!missing_.empty()) {
+            sections.push_back({{"title", "Missing"},
+                                {"description", "Drawn before, and no longer."},
+                                {"rows", missingRows()}});
+        }
+        return write(
+            options_.folder / "index.html",
+            sheetPage(std::move(page),
+                      {{"subtitle", subtitle_}, {"verdict", verdict()}, {"sections", std::move(sections)}}));
     }
 
     std::string verdict() const {
@@ -320,48 +315,59 @@ private:
                std::to_string(outcome_.pictures) + " pictures.";
     }
 
-    GallerySection section(const WidgetListing& widget) const {
-        GallerySection section{widget.displayName, widget.description, {}};
-        for (const GalleryState& state : states_) {
-            GalleryRow row{state.title, {}};
+    static ordered_json pictureJson(const SheetPicture& picture, std::string_view news) {
+        return {{"kind", picture.kind},
+                {"family", description(picture.family)},
+                {"theme", picture.themeName()},
+                {"file", picture.fileName()},
+                {"news", news}};
+    }
+
+    ordered_json section(const WidgetListing& widget) const {
+        ordered_json rows = ordered_json::array();
+        for (const SheetState& state : states_) {
+            ordered_json pictures;
             for (const WidgetFamily family : widget.families) {
                 for (const bool isDark : themes) {
-                    GalleryPicture picture{widget.kind, family, isDark, state.name};
+                    const SheetPicture picture{widget.kind, family, isDark, state.name};
                     const auto drawn = drawn_.find(picture.fileName());
-                    if (drawn != drawn_.end()) row.pictures.push_back({std::move(picture), drawn->second});
+                    if (drawn != drawn_.end()) pictures.push_back(pictureJson(picture, drawn->second));
                 }
             }
-            if (!row.pictures.empty()) section.rows.push_back(std::move(row));
+            if (!pictures.empty())
+                rows.push_back({{"title", state.title}, {"pictures", std::move(pictures)}});
         }
-        return section;
+        return {
+            {"title", widget.displayName}, {"description", widget.description}, {"rows", std::move(rows)}};
     }
 
-    std::vector<GalleryRow> missingRows() const {
-        std::map<std::string, GalleryRow> rows;
-        for (const ComparedPicture& shown : missing_) {
-            GalleryRow& row = rows[shown.picture.kind + ": " + shown.picture.state];
-            row.pictures.push_back(shown);
-        }
-        std::vector<GalleryRow> list;
-        for (auto& [title, row] : rows) list.push_back({title, std::move(row.pictures)});
-        return list;
+    ordered_json missingRows() const {
+        std::map<std::string, ordered_json> pictures;
+        for (const SheetPicture& picture : missing_)
+            pictures[picture.kind + ": " + picture.state].push_back(pictureJson(picture, "no longer drawn"));
+        ordered_json rows;
+        for (const auto& [title, shown] : pictures) rows.push_back({{"title", title}, {"pictures", shown}});
+        return rows;
     }
 
-    const GalleryOptions& options_;
-    const std::vector<GalleryState> states_ = galleryStates();
+    static constexpr std::string_view changed = "changed";
+
+    const SheetOptions& options_;
+    const std::vector<SheetState> states_ = sheetStates();
     const std::unique_ptr<Painter> painter_;
     const std::optional<PicturesByName> earlier_;
     std::string subtitle_;
-    /// Known with the first state's answer; until all are there, of the asking side alone.
+    /// Set by the first state's answer; until the last answer only the asking thread may read it.
     std::vector<WidgetListing> widgets_;
-    std::map<std::string, PictureNews> drawn_;
-    std::vector<ComparedPicture> missing_;
-    GalleryOutcome outcome_;
+    /// By file name: what a comparison says about the picture, empty when it looks as before.
+    std::map<std::string, std::string_view> drawn_;
+    std::vector<SheetPicture> missing_;
+    SheetOutcome outcome_;
 };
 
 }  // namespace
 
-Result<GalleryOutcome> drawGallery(const GalleryOptions& options) {
+Result<SheetOutcome> drawStateSheet(const SheetOptions& options) {
     std::optional<PicturesByName> earlier;
     if (options.comparedWith) {
         auto read = earlierPictures(*options.comparedWith);
@@ -372,14 +378,14 @@ Result<GalleryOutcome> drawGallery(const GalleryOptions& options) {
     fs::create_directories(options.folder, error);
     if (error) return failure("cannot make " + options.folder.string() + ": " + error.message());
     const TemporaryFolder temporary;
-    if (temporary.path().empty()) return failure("no temporary folder to be had");
+    if (temporary.path().empty()) return failure("cannot make a temporary folder");
     const auto demo = DemoChild::start(options.programs / "brightledger-demo");
     if (!demo) return tl::unexpected(demo.error());
     auto painter = Painter::make(options.resources);
     if (!painter) return tl::unexpected(painter.error());
 
-    Gallery gallery(options, std::move(*painter), std::move(earlier));
-    return gallery.draw(temporary.path(), (*demo)->origin()).and_then([&] { return gallery.finish(); });
+    SheetDrawing sheet(options, std::move(*painter), std::move(earlier));
+    return sheet.draw(temporary.path(), (*demo)->origin()).and_then([&] { return sheet.finish(); });
 }
 
 }  // namespace host

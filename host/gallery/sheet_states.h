@@ -1,6 +1,6 @@
 #pragma once
 
-// The states in which the gallery shows the widgets.
+// The states in which the sheet shows the widgets.
 
 #include <optional>
 #include <string>
@@ -11,23 +11,23 @@
 
 namespace host {
 
-struct GalleryState {
-    /// Part of a file's name.
+struct SheetState {
+    /// Part of the file names of its pictures.
     std::string name;
-    /// For people.
+    /// Shown above its pictures.
     std::string title;
-    /// What the demo service answers.
+    /// Which scene of the demo service answers the extension, see demo/scenes.h.
     std::string scene;
-    /// Of the kinds that have such a state.
+    /// The widgets that have this state.
     std::vector<std::string_view> kinds;
     EntryRequest request = EntryRequest::timeline;
     companion::ChosenAssets assets = {};
     bool isSignedIn = true;
-    /// Absent: the version that the gallery is drawn for.
+    /// Absent: the version for which the whole sheet is drawn.
     std::optional<int> osVersion = {};
 };
 
 /// In the order in which they are shown.
-std::vector<GalleryState> galleryStates();
+std::vector<SheetState> sheetStates();
 
 }  // namespace host

@@ -1,0 +1,51 @@
+#pragma once
+
+// The sheet of states: every widget in every family, theme and state, and what changed since an earlier
+// sheet.
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include "platform/base/result.h"
+#include "platform/runtime/process_options.h"
+
+namespace host {
+
+struct SheetOptions {
+    /// Made when it does not exist. Pictures of the same names are replaced.
+    std::filesystem::path folder;
+    /// An earlier gallery, which may be `folder` itself.
+    std::optional<std::filesystem::path> comparedWith = {};
+    /// What the extension runs in. The sheet brings its own settings store and service; by default it is
+    /// Monday noon in India and the locale is en_IN.
+    platform::ProcessOptions process = {};
+    /// Where the extension and the demo service are.
+    std::filesystem::path programs = platform::programDirectory();
+    std::filesystem::path resources = platform::resourcesDirectory();
+    /// Pixels per point.
+    int scale = 2;
+    /// Receives the extension's log, on a separate thread.
+    std::function<void(std::string line)> log = {};
+};
+
+struct SheetOutcome {
+    std::size_t pictures = 0;
+    /// Compared with the earlier gallery.
+    std::size_t changed = 0;
+    std::size_t added = 0;
+    std::size_t missing = 0;
+
+    bool isLikeBefore() const { return changed + added + missing == 0; }
+};
+
+/// Writes "<kind>-<family>-<theme>-<state>.png" for everything that the extension offers, and "index.html",
+/// which shows them side by side and opens from the file system. A comparison puts the earlier pictures of
+/// what changed or is missing into "before/".
+///
+/// Errors come from the demo service, the extension, the settings store and the painter, or have the domain
+/// "GalleryError" when a file cannot be written or there is no earlier gallery to compare with.
+platform::Result<SheetOutcome> drawStateSheet(const SheetOptions& options);
+
+}  // namespace host
