@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include "platform/view/view_json.h"
+#include "host/layout/display_list_text.h"
 #include "tests/host/layout/frames.h"
 
 namespace host {
@@ -11,6 +11,7 @@ namespace {
 
 using namespace platform;
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 const Color red = Color::rgb(1, 0, 0);
 const Color black = Color::rgb(0, 0, 0);
@@ -25,46 +26,9 @@ DisplayList listOf(const View& root, const LayoutOptions& with = options()) {
     return makeDisplayList(root, with, PlainMeasurer());
 }
 
-std::string colorText(const Color& color) {
-    const nlohmann::ordered_json json = colorJson(color);
-    const double alpha = json["alpha"];
-    std::string text = json["hex"];
-    if (alpha != 1.0) text += "@" + nlohmann::json(alpha).dump();
-    return text;
-}
-
-std::string rectText(const Rect& rect) { return frameText(rectJson(rect)); }
-
-/// An item on one line: kind, colour or name, frame, then what is not plain about it.
-std::string line(const DisplayItem& item) {
-    if (const auto* group = std::get_if<GroupItem>(&item.content)) {
-        return (group->isBegin ? "begin " : "end ") + nlohmann::json(group->opacity).dump();
-    }
-    std::string text;
-    double radius = 0.0;
-    if (const auto* words = std::get_if<TextItem>(&item.content)) {
-        for (const TextRun& run : words->runs) text += run.text + " " + colorText(run.color.value()) + " ";
-    } else if (const auto* image = std::get_if<ImageItem>(&item.content)) {
-        text = image->bytes ? "picture " : image->name + " ";
-        radius = image->cornerRadius;
-    } else if (const auto* fill = std::get_if<FillItem>(&item.content)) {
-        text = "fill " + colorText(fill->color) + " ";
-        radius = fill->cornerRadius;
-    } else if (const auto* stroke = std::get_if<StrokeItem>(&item.content)) {
-        text = "stroke " + colorText(stroke->color) + " ";
-        radius = stroke->cornerRadius;
-    }
-    text += rectText(item.frame);
-    if (radius != 0.0) text += " radius " + std::to_string(static_cast<int>(radius));
-    if (item.ownOpacity != 1.0) text += " own " + nlohmann::json(item.ownOpacity).dump();
-    if (item.opacity != 1.0) text += " opacity " + nlohmann::json(item.opacity).dump();
-    for (const Clip& clip : item.clips) text += " within " + rectText(clip.frame);
-    return text;
-}
-
 std::vector<std::string> lines(const DisplayList& list) {
     std::vector<std::string> all;
-    for (const DisplayItem& item : list.items) all.push_back(line(item));
+    for (const DisplayItem& item : list.items) all.push_back(displayItemText(item));
     return all;
 }
 
@@ -79,8 +43,9 @@ View square(const Color& color) { return ColorFill(color).frame({.width = 10, .h
 
 TEST(DisplayList, PaintsBackgroundsBeforeAndOverlaysAfterWhatTheyDecorate) {
     const View root = ZStack({}, square(black).overlay(square(red)).background(square(white)), words("ab"));
-    EXPECT_THAT(lines(listOf(root)), ElementsAre("fill #FFFFFF 45,45 10x10", "fill #000000 45,45 10x10",
-                                                 "fill #FF0000 45,45 10x10", "ab #000000 45,45 10x10"));
+    EXPECT_THAT(lines(listOf(root)),
+                ElementsAre("fill #FFFFFF 45,45 10x10", "fill #000000 45,45 10x10",
+                            "fill #FF0000 45,45 10x10", R"(text "ab" 45,45 10x10 system 10 #000000)"));
 }
 
 TEST(DisplayList, GivesTextShapesAndDividersTheForegroundColourUnlessTheyHaveTheirOwn) {
@@ -92,9 +57,10 @@ TEST(DisplayList, GivesTextShapesAndDividersTheForegroundColourUnlessTheyHaveThe
             .frame({.width = 20})
             .foregroundColor(red);
     EXPECT_THAT(lines(listOf(root)),
-                ElementsAre("a #FF0000 b #1A1A21 45,34.5 10x10", "fill #FF0000 40,44.5 20x5",
-                            "fill #FFFFFF 40,49.5 20x5", "stroke #1A1A21 40,49.5 20x5",
-                            "fill #FF0000 40,54.833 20x0.33333", "c #FFFFFF 47.5,55.5 5x10"));
+                ElementsAre(R"(text "a" 45,34.5 10x10 system 10 #FF0000 + "b" system 10 #1A1A21)",
+                            "fill #FF0000 40,44.5 20x5", "fill #FFFFFF 40,49.5 20x5",
+                            "stroke #1A1A21 40,49.5 20x5 width 1", "fill #FF0000 40,54.83 20x0.33",
+                            R"(text "c" 47.5,55.5 5x10 system 10 #FFFFFF)"));
 }
 
 TEST(DisplayList, ChoosesThePrimaryColourByWhatTheWidgetStandsOn) {
@@ -123,11 +89,9 @@ TEST(DisplayList, ChoosesThePrimaryColourByWhatTheWidgetStandsOn) {
     };
     for (const GroundCase& ground : cases) {
         const DisplayList list = listOf(ground.root);
-        ASSERT_GE(list.items.size(), 2U);
-        const auto& text = std::get<TextItem>(list.items[list.items.size() - 2].content);
-        EXPECT_EQ(colorText(*text.runs[0].color), ground.text) << ground.rule;
-        EXPECT_EQ(colorText(std::get<FillItem>(list.items.back().content).color), ground.divider)
-            << ground.rule;
+        const std::string text = displayListText(list);
+        EXPECT_THAT(text, HasSubstr("system 10 " + ground.text + "\n")) << ground.rule;
+        EXPECT_THAT(text, HasSubstr("\nfill " + ground.divider + " ")) << ground.rule;
     }
 }
 
@@ -154,7 +118,7 @@ TEST(DisplayList, FadesOneItemItselfAndSeveralAsAWhole) {
                 ElementsAre("begin 0.5", "fill #FF0000 45,45 10x10 own 0.5 opacity 0.25",
                             "fill #1A1A21 45,45 10x10 opacity 0.5", "end 0.5"));
     EXPECT_THAT(lines(listOf(square(red).opacity(0))),
-                ElementsAre("fill #FF0000 45,45 10x10 own 0.0 opacity 0.0"))
+                ElementsAre("fill #FF0000 45,45 10x10 own 0 opacity 0"))
         << "what cannot be seen is listed all the same";
     EXPECT_THAT(lines(listOf(ZStack({}, View()).opacity(0.5))), ElementsAre());
     EXPECT_THAT(lines(listOf(square(red).opacity(7))), ElementsAre("fill #FF0000 45,45 10x10"));
@@ -164,13 +128,13 @@ TEST(DisplayList, CutsWhatOverflowsAndRoundsWhatFits) {
     const View picture = Image("Logo", {.isResizable = true});
     EXPECT_THAT(lines(listOf(
                     picture.frame({.width = 30, .height = 20}).clipShape(4, RoundedCornerStyle::continuous))),
-                ElementsAre("Logo 35,40 30x20 radius 4"));
+                ElementsAre(R"(image "Logo" 35,40 30x20 radius 4 continuous)"));
     EXPECT_THAT(lines(listOf(picture.aspectRatio({}, ContentMode::fill)
                                  .frame({.width = 20, .height = 20})
                                  .clipShape(4, RoundedCornerStyle::circular))),
-                ElementsAre("Logo 30,40 40x20 within 40,40 20x20"));
+                ElementsAre(R"(image "Logo" 30,40 40x20 within 40,40 20x20 radius 4)"));
     EXPECT_THAT(lines(listOf(words("abcd").body().fixedSize(true, true).frame({.width = 10}).clipped())),
-                ElementsAre("abcd #000000 40,45 20x10 within 45,45 10x10"));
+                ElementsAre(R"(text "abcd" 40,45 20x10 system 10 #000000 within 45,45 10x10)"));
     EXPECT_THAT(lines(listOf(square(red).padding(5).clipped())), ElementsAre("fill #FF0000 45,45 10x10"))
         << "a cut around the whole of it is none";
 }
@@ -247,11 +211,32 @@ TEST(DisplayList, OfAPlaceholderShowsBarsAndGreyBoxesAndOpensNothing) {
 }
 
 TEST(DisplayList, DrawsPicturesByTheirBytesOrWhatStandsInForThem) {
-    EXPECT_THAT(lines(listOf(Image(Bytes("PIC"), "Icon"))), ElementsAre("picture 30,35 40x30"));
+    EXPECT_THAT(lines(listOf(Image(Bytes("PIC"), "Icon"))),
+                ElementsAre("picture 3 bytes 8d4bab19f3bc6983 30,35 40x30"));
     EXPECT_THAT(
         lines(listOf(Image(Bytes("???"), "Icon", {.isResizable = true}).frame({.width = 30, .height = 20}))),
-        ElementsAre("Icon 35,40 30x20"));
+        ElementsAre(R"(image "Icon" 35,40 30x20)"));
     EXPECT_THAT(lines(listOf(Image(Bytes("???"), "Missing"))), ElementsAre());
+}
+
+TEST(DisplayList, PrintsAsText) {
+    const View root =
+        VStack({.spacing = 0},
+               Link("a://1", Text("A\"B", Font::system(10, FontWeight::bold)).foregroundColor(red) +
+                                 Text::image("Icon")),
+               words("ab ab")
+                   .multilineTextAlignment(HorizontalAlignment::center)
+                   .lineLimit(2)
+                   .body()
+                   .frame({.width = 10}))
+            .containerBackground(ColorFill(navy))
+            .widgetURL("a://2");
+    EXPECT_EQ(displayListText(listOf(root)), R"(NewsWidget systemMedium 100x100 background #1A1A21
+opens a://2
+link 40,35 20x10 a://1
+text "A\"B" 40,35 20x10 system 10 bold #FF0000 + image "Icon"
+text "ab ab" 45,45 10x20 system 10 #FFFFFF limit 2 lines 2 alignment center
+)");
 }
 
 TEST(DisplayList, PrintsAsJson) {
