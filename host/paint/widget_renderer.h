@@ -19,6 +19,9 @@ struct DrawnWidget {
     std::string kind;
     platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
     bool isRedacted = false;
+
+    /// Whether both look alike.
+    bool operator==(const DrawnWidget&) const = default;
 };
 
 /// Any thread may use it.

@@ -78,9 +78,8 @@ private:
 
     void add(const AnsweredEntry& entry, Instant from, const std::string& cause) {
         if (!entry.view) return;
-        std::string visible = visibleText(*entry.view);
-        if (visible == visible_) return;
-        visible_ = std::move(visible);
+        if (visible_ == entry.view) return;
+        visible_ = entry.view;
         row_.looks.push_back({from, cause, {*entry.view, row_.kind, row_.family, false}});
     }
 
@@ -88,7 +87,7 @@ private:
     DayRow& row_;
     SteadyTime end_;
     ReloadPlan plan_{ReloadMode::phone};
-    std::string visible_;
+    std::optional<platform::View> visible_;
 };
 
 }  // namespace

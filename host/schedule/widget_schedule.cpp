@@ -1,8 +1,6 @@
 #include "host/schedule/widget_schedule.h"
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <utility>
-#include "platform/view/view_json.h"
 
 namespace host {
 
@@ -25,15 +23,6 @@ std::string endOfHold(const NextReload& next, const Moment& now) {
 
 }  // namespace
 
-std::string visibleText(const platform::View& view) {
-    std::vector<platform::Bytes> pictures;
-    std::string text = platform::viewJson(view, pictures)
-                           .dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-    for (const platform::Bytes& picture : pictures)
-        text += ' ' + std::to_string(std::hash<std::string_view>()(picture.view()));
-    return text;
-}
-
 struct WidgetSchedule::Widget {
     Widget(int ownId, std::string ownKind, platform::WidgetFamily ownFamily, ReloadMode mode)
         : id(ownId), kind(std::move(ownKind)), family(ownFamily), plan(mode) {}
@@ -49,7 +38,6 @@ struct WidgetSchedule::Widget {
     std::vector<AnsweredEntry> entries;
     std::optional<platform::TimelineReloadPolicy> policy;
     std::shared_ptr<const ShownPicture> picture;
-    std::string visible;
     std::string lastError;
     /// The hold that the ledger already tells of.
     std::optional<std::pair<Requester, platform::Instant>> notedHold;
@@ -140,7 +128,6 @@ void WidgetSchedule::forget(std::string_view kind) {
             ++widget->generation;
             widget->entries.clear();
             widget->picture.reset();
-            widget->visible.clear();
             widget->needsPlaceholder = true;
             widget->plan.ask(Requester::app, now());
             forgotten.push_back(id);
@@ -343,16 +330,15 @@ bool WidgetSchedule::showEntryOf(Widget& widget, const Moment& now) {
 
 bool WidgetSchedule::show(Widget& widget, const AnsweredEntry& entry, bool isPlaceholder) {
     if (!entry.view) return false;
-    std::string visible = (isPlaceholder ? "redacted " : "") + visibleText(*entry.view);
-    const bool isNew = !widget.picture || visible != widget.visible;
+    DrawnWidget drawn{*entry.view, widget.kind, widget.family, isPlaceholder};
+    const bool isNew = !widget.picture || widget.picture->widget != drawn;
     auto picture = std::make_shared<ShownPicture>(ShownPicture{
         .version = isNew ? ++lastVersion_ : widget.picture->version,
-        .widget = {*entry.view, widget.kind, widget.family, isPlaceholder},
+        .widget = std::move(drawn),
         .entryJson = entry.json,
         .entryDate = entry.date,
         .since = surroundings_.clock.now(),
     });
-    widget.visible = std::move(visible);
     widget.picture = std::move(picture);
     return isNew;
 }

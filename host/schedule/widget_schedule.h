@@ -135,7 +135,4 @@ private:
     std::vector<std::thread> threads_;
 };
 
-/// The tree as text, to tell whether two look alike; pictures stand in it by a hash of their bytes.
-std::string visibleText(const platform::View& view);
-
 }  // namespace host
