@@ -224,6 +224,7 @@ private:
                 for (const WidgetFamily family : widget.families) {
                     auto shot = ask(run, state.request, {widget.kind, family, isDark, state.name});
                     if (!shot) return tl::unexpected(shot.error());
+                    shot->layout.contentMarginsDisabled = widget.contentMarginsDisabled;
                     shots.push_back(std::move(*shot));
                 }
             }

@@ -33,16 +33,22 @@ void addFrames(Json& json, const std::vector<LayoutNode>& nodes, std::size_t ind
     json = std::move(framed);
 }
 
+platform::View withMargins(const platform::View& root, const LayoutOptions& options) {
+    return options.contentMarginsDisabled || options.osVersion < 17 ? root : root.padding(contentMargin);
+}
+
 }  // namespace
 
 DisplayList makeDisplayList(const platform::View& root, const LayoutOptions& options,
                             const Measurer& measurer) {
-    return buildDisplayList(layOut(root, options.size, measurer), options, measurer);
+    const platform::View content = withMargins(root, options);
+    return buildDisplayList(layOut(content, options.size, measurer), options, measurer);
 }
 
 Json laidOutJson(const platform::View& root, const LayoutOptions& options, const Measurer& measurer) {
-    Json json = platform::viewJson(root);
-    addFrames(json, layOut(root, options.size, measurer), 0);
+    const platform::View content = withMargins(root, options);
+    Json json = platform::viewJson(content);
+    addFrames(json, layOut(content, options.size, measurer), 0);
     return json;
 }
 

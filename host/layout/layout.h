@@ -10,6 +10,9 @@
 
 namespace host {
 
+/// In points.
+inline constexpr double contentMargin = 16.0;
+
 struct LayoutOptions {
     platform::Size size;
     /// From 17 on, links are honoured in the small family too and the container's background is the
@@ -19,6 +22,9 @@ struct LayoutOptions {
     std::string family;
     /// Texts become bars and images grey boxes; nothing is tappable.
     bool isRedacted = false;
+    /// From version 17 on, a widget that does not set this has `contentMargin` on every side. A tree that
+    /// does not come from a widget has no margins.
+    bool contentMarginsDisabled = true;
 };
 
 /// Lays the tree out as the root of a widget of the given size and lists what is to be painted. Text

@@ -57,8 +57,12 @@ Result<EntryAnswer> entryAnswer(const wire::Reply& reply, EntryRequest request) 
 Result<std::vector<WidgetListing>> listings(const wire::Bundle& bundle) {
     std::vector<WidgetListing> widgets;
     for (const wire::Bundle::Widget& message : bundle.widgets()) {
-        WidgetListing& widget = widgets.emplace_back(
-            WidgetListing{message.kind(), message.display_name(), message.description(), {}});
+        WidgetListing& widget =
+            widgets.emplace_back(WidgetListing{.kind = message.kind(),
+                                               .displayName = message.display_name(),
+                                               .description = message.description(),
+                                               .families = {},
+                                               .contentMarginsDisabled = message.content_margins_disabled()});
         for (const std::string& name : message.families()) {
             const auto family = platform::widgetFamily(name);
             if (!family) return brokenReply("no family \"" + name + "\" is known");

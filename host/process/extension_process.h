@@ -80,6 +80,7 @@ struct WidgetListing {
     std::string displayName;
     std::string description;
     std::vector<platform::WidgetFamily> families;
+    bool contentMarginsDisabled = false;
 };
 
 /// One child. Starts with the first question; after its death or end the next question starts a new one.

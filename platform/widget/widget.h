@@ -42,6 +42,7 @@ struct WidgetDescription {
     std::string displayName;
     std::string description;
     std::vector<WidgetFamily> families;
+    /// From version 17 on the host adds its margins around the content unless this is set.
     bool contentMarginsDisabled = false;
 };
 

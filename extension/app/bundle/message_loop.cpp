@@ -194,6 +194,7 @@ wire::Reply galleryReply(std::uint64_t id, const PerchWidgetBundle& bundle) {
         message.set_kind(widget->description().kind);
         message.set_display_name(widget->description().displayName);
         message.set_description(widget->description().description);
+        message.set_content_margins_disabled(widget->description().contentMarginsDisabled);
         for (const platform::WidgetFamily family : widget->description().families) {
             message.add_families(std::string(platform::description(family)));
         }

@@ -107,6 +107,17 @@ TEST(DisplayList, TakesAContainersColourForItsBackgroundAndDrawsAnythingElseAtTh
                                            "fill #FF0000 45,45 10x10"));
 }
 
+TEST(DisplayList, InsetsTheContentOfAWidgetThatWantsMarginsFromVersion17On) {
+    const View root = ColorFill(red).containerBackground(RoundedRectangle({.fill = navy}));
+    for (const int osVersion : {16, 17}) {
+        LayoutOptions margins = options("systemMedium", osVersion);
+        margins.contentMarginsDisabled = false;
+        EXPECT_THAT(lines(listOf(root, margins)),
+                    ElementsAre("fill #1A1A21 0,0 100x100",
+                                osVersion < 17 ? "fill #FF0000 0,0 100x100" : "fill #FF0000 16,16 68x68"));
+    }
+}
+
 TEST(DisplayList, FadesOneItemItselfAndSeveralAsAWhole) {
     const View pair = ZStack({}, square(red), square(navy));
     EXPECT_THAT(lines(listOf(square(red).opacity(0.5).opacity(0.5))),

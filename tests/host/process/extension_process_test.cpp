@@ -87,6 +87,7 @@ TEST_F(ExtensionTest, OneChildServesAllWidgetsAndStaysWarm) {
     ASSERT_EQ(widgets->size(), 3U);
     EXPECT_EQ((*widgets)[0].kind, "NewsWidget");
     EXPECT_THAT((*widgets)[0].families, testing::ElementsAre(WidgetFamily::systemLarge));
+    EXPECT_TRUE((*widgets)[0].contentMarginsDisabled);
     EXPECT_EQ((*widgets)[1].displayName, "Perch");
     EXPECT_EQ((*widgets)[2].description, "Real-time Tracking Widget");
 
