@@ -23,7 +23,14 @@ Result<std::vector<std::optional<PropertyList>>> read(const platform::Runtime& r
                                                       const std::vector<std::string>& names) {
     const auto defaults = extension::sharedDefaults(runtime);
     if (!defaults) return tl::unexpected(defaults.error());
-    return (*defaults)->objects(names);
+    const auto stored = (*defaults)->objects(names);
+    if (!stored) return tl::unexpected(stored.error());
+    std::vector<std::optional<PropertyList>> values;
+    for (const auto& value : *stored) {
+        if (!value) return tl::unexpected(value.error());
+        values.push_back(*value);
+    }
+    return values;
 }
 
 const std::string* textOf(const std::optional<PropertyList>& value) {

@@ -27,7 +27,9 @@ Theme::Theme(const platform::Runtime& runtime) {
         return;
     }
     for (std::size_t i = 0; i < colors_.size(); ++i) {
-        colors_[i] = decodedColor((*stored)[i]).value_or(platform::Color::gray());
+        const auto color = (*stored)[i].map([](const auto& record) { return decodedColor(record); });
+        colors_[i] = color.value_or(std::nullopt).value_or(platform::Color::gray());
+        if (!color) runtime.log().write("A colour could not be read: " + color.error().message);
     }
 }
 

@@ -26,10 +26,13 @@ constexpr std::array<const char*, queryCount> queries{
     "PRAGMA data_version",
 };
 
+/// The code of an error that concerns one value and not the store.
+constexpr int undecodable = SQLITE_MISMATCH;
+
 Result<PropertyList> decoded(std::string_view key, const std::optional<std::string_view>& bytes) {
     std::optional<PropertyList> value = bytes ? decodeStoredValue(*bytes) : std::nullopt;
     if (value) return std::move(*value);
-    return settingsFailure(SQLITE_MISMATCH,
+    return settingsFailure(undecodable,
                            "settings store: the value of \"" + std::string(key) + "\" is not one of ours");
 }
 
@@ -184,17 +187,17 @@ Result<std::optional<PropertyList>> UserDefaults::object(std::string_view key) c
     return noted(connection_->object(key));
 }
 
-Result<std::vector<std::optional<PropertyList>>> UserDefaults::objects(
+Result<std::vector<Result<std::optional<PropertyList>>>> UserDefaults::objects(
     const std::vector<std::string>& keys) const {
     if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
     const std::lock_guard lock(connection_->mutex);
-    std::vector<std::optional<PropertyList>> values;
+    std::vector<Result<std::optional<PropertyList>>> values;
     values.reserve(keys.size());
     const auto read = connection_->inTransaction("BEGIN", [&]() -> Result<void> {
         for (const std::string& key : keys) {
             Result<std::optional<PropertyList>> value = connection_->object(key);
-            if (!value) return tl::unexpected(value.error());
-            values.push_back(std::move(*value));
+            if (!value && value.error().code != undecodable) return tl::unexpected(value.error());
+            values.push_back(std::move(value));
         }
         return {};
     });

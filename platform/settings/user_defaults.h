@@ -45,8 +45,10 @@ public:
 
     /// The value as stored, whatever its type.
     Result<std::optional<PropertyList>> object(std::string_view key) const;
-    /// Several values as they stood at one moment, in the order of `keys`.
-    Result<std::vector<std::optional<PropertyList>>> objects(const std::vector<std::string>& keys) const;
+    /// Several values as they stood at one moment, in the order of `keys`. A value that cannot be decoded is
+    /// an error in its own place; the whole fails when the store cannot be read.
+    Result<std::vector<Result<std::optional<PropertyList>>>> objects(
+        const std::vector<std::string>& keys) const;
     /// Everything, as it stood at one moment.
     Result<PropertyList::Dictionary> dictionaryRepresentation() const;
 

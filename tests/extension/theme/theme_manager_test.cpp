@@ -1,6 +1,7 @@
 #include "extension/theme/theme_manager.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <atomic>
 #include <fstream>
 #include <set>
@@ -10,12 +11,14 @@
 #include "extension/theme/entry_theme.h"
 #include "extension/theme/hex_codec.h"
 #include "extension/theme/palette.h"
+#include "platform/settings/store_file.h"
 #include "tests/extension/shared_settings.h"
 #include "tests/support/test_runtime.h"
 
 namespace extension {
 namespace {
 
+using platform::Bytes;
 using platform::Color;
 using platform::PropertyList;
 using tests::TestRuntime;
@@ -133,6 +136,24 @@ TEST(ThemeManager, ApplyingWritesThePaletteAndReplacesTheCurrentTheme) {
     EXPECT_EQ(light->refreshControlColor(), light->color("refreshControlColor"));
     EXPECT_EQ(light->color("noSuchColor"), std::nullopt);
     EXPECT_EQ(stored(phone.runtime, "AutoThemeType"), std::nullopt);
+}
+
+TEST(ThemeManager, AColourThatCannotBeDecodedIsGrayAndTheOthersStay) {
+    ThemedPhone phone;
+    phone.themes.setSelectedThemeType(1);
+    sqlite3* file = nullptr;
+    const std::string path = platform::storeFile(phone.runtime.dataDirectory(), keys::GROUP_TODAY_EXTENSION);
+    ASSERT_EQ(sqlite3_open(path.c_str(), &file), SQLITE_OK);
+    const char* damage = "UPDATE settings SET value = x'FF00' WHERE key = 'textColor'";
+    ASSERT_EQ(sqlite3_exec(file, damage, nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(file);
+    store(phone.runtime, "backgroundColor", Bytes("not an archive"));
+
+    const Theme theme(phone.runtime);
+    for (const PaletteColor& color : palette()) {
+        const bool isDamaged = color.name == "textColor" || color.name == "backgroundColor";
+        EXPECT_EQ(theme.color(color.name), isDamaged ? Color::gray() : color.light) << color.name;
+    }
 }
 
 TEST(ThemeManager, AutomaticStoresItsResultAndThreeLeavesThePaletteAlone) {

@@ -231,7 +231,7 @@ TEST(ASettingsStore, ShowsNoReaderHalfATransaction) {
     while (!isOver) {
         const auto both = store->objects({"a", "b"});
         ASSERT_TRUE(both);
-        EXPECT_EQ(both->front(), both->back());
+        EXPECT_EQ(*both->front(), *both->back());
     }
     writer.join();
 }
@@ -321,6 +321,11 @@ TEST(ASettingsStore, WithAStrangeValueGivesTheOthersAndAnErrorForThatOne) {
         ASSERT_FALSE(value) << key;
         EXPECT_THAT(value.error().message, HasSubstr(key));
     }
+    const auto several = store->objects({"cut", "good", "absent"});
+    ASSERT_TRUE(several);
+    EXPECT_FALSE(several->at(0));
+    EXPECT_EQ(*several->at(1), PropertyList(1));
+    EXPECT_EQ(*several->at(2), std::nullopt);
     EXPECT_FALSE(store->dictionaryRepresentation());
     ASSERT_TRUE(store->set("number", 6));
     EXPECT_EQ(*store->object("number"), PropertyList(6));

@@ -74,7 +74,7 @@ DefaultMultiAssetsListVM loadSelectedAssets(const platform::Runtime& runtime) {
 
     DefaultMultiAssetsListVM assets;
     for (const auto& list : *lists) {
-        const auto records = platform::arrayOfDictionaries(list);
+        const auto records = list ? platform::arrayOfDictionaries(*list) : std::nullopt;
         if (!records) continue;
         for (const auto& record : *records) assets.defaultAssetsList.push_back(makeAsset(record));
     }
