@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include "platform/base/fatal.h"
+#include "platform/text/letter_case.h"
 
 namespace extension {
 namespace {
@@ -27,13 +28,13 @@ std::size_t blankAt(std::string_view text, bool isAtEnd) {
     return found == std::end(blanks) ? 0 : found->size();
 }
 
-std::string_view trimmed(std::string_view text) {
+std::string_view withoutBlanks(std::string_view text) {
     while (const std::size_t size = blankAt(text, false)) text.remove_prefix(size);
     while (const std::size_t size = blankAt(text, true)) text.remove_suffix(size);
     return text;
 }
 
-/// UTF-8 characters: bytes that continue none.
+/// Counts UTF-8 characters: the bytes that do not continue one.
 std::size_t characterCount(std::string_view text) {
     return static_cast<std::size_t>(std::ranges::count_if(
         text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
@@ -49,11 +50,13 @@ Color colorFromHexString(std::optional<std::string_view> text) {
 
 Color colorFromHexStringAndOpacity(std::optional<std::string_view> text, double alpha) {
     if (!text) return Color::gray();
-    std::string_view digits = trimmed(*text);
+    // Upper case comes first, as it may be longer: one "ß" counts as two characters.
+    const std::string upper = platform::upperCased(withoutBlanks(*text));
+    std::string_view digits = upper;
     if (digits.starts_with('#')) digits.remove_prefix(1);
     if (characterCount(digits) != 6) return Color::gray();
 
-    // Stops at the first character that is no digit and leaves 0 when there was none before it.
+    // Stops at the first character that is not a digit, and leaves 0 when there was no digit before it.
     std::uint32_t number = 0;
     std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
     return Color::rgb((number >> 16 & 0xFF) / 255.0, (number >> 8 & 0xFF) / 255.0, (number & 0xFF) / 255.0,

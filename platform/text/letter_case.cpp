@@ -1,10 +1,10 @@
-#include "extension/widgets/perch/model/letter_case.h"
+#include "platform/text/letter_case.h"
 
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 #include <algorithm>
 
-namespace extension {
+namespace platform {
 namespace {
 
 bool isPlain(std::string_view text) {
@@ -45,4 +45,4 @@ std::string upperCased(std::string_view text) {
     return wide(text).toUpper(icu::Locale::getRoot()).toUTF8String(raised);
 }
 
-}  // namespace extension
+}  // namespace platform

@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-namespace extension {
+namespace platform {
 
-/// Of UTF-8 text. Any thread.
+/// UTF-8 text. Any thread.
 std::string lowerCased(std::string_view text);
 std::string upperCased(std::string_view text);
 
-}  // namespace extension
+}  // namespace platform

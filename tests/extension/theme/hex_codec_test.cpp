@@ -26,12 +26,15 @@ TEST(HexCodec, ReadsSixDigitsAndTakesEverythingElseForGray) {
         // Only one sign is taken away.
         {"##2dc300", Color::gray()},
         {"##2dc30", Color::rgb(0.0, 0.0, 0.0)},
-        // Digits count up to the first character that is none.
+        // Digits count up to the first character that is not one.
         {"12G456", Color::rgb(0.0, 0.0, 0x12 / 255.0)},
         {"G12456", Color::rgb(0.0, 0.0, 0.0)},
         {"-12345", Color::rgb(0.0, 0.0, 0.0)},
         {"0x1234", Color::rgb(0.0, 0.0, 0.0)},
         {"1234é6", Color::rgb(0.0, 0x12 / 255.0, 0x34 / 255.0)},
+        // In upper case these are six characters, and seven.
+        {"1234ß", Color::rgb(0.0, 0x12 / 255.0, 0x34 / 255.0)},
+        {"12345ß", Color::gray()},
     };
     for (const auto& [text, color] : cases) EXPECT_EQ(colorFromHexString(text), color) << text;
     EXPECT_EQ(colorFromHexString(std::nullopt), Color::gray());

@@ -1,7 +1,7 @@
 #include "extension/widgets/perch/model/asset_deep_link.h"
 
 #include "extension/app/settings/deep_links.h"
-#include "extension/widgets/perch/model/letter_case.h"
+#include "platform/text/letter_case.h"
 
 namespace extension {
 namespace {
@@ -23,7 +23,7 @@ std::string futureTail(const DefaultMultiAssetsVM& asset) {
 }
 
 std::string pathAndQuery(const DefaultMultiAssetsVM& asset) {
-    const std::string type = lowerCased(asset.type);
+    const std::string type = platform::lowerCased(asset.type);
     if (type == "stock")
         return "stock/?id=" + asset.id + "&exchg=" + asset.exchg + "&market=" + asset.market +
                "&title=" + withoutBlanks(asset.title);

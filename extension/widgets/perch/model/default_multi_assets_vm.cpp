@@ -1,7 +1,7 @@
 #include "extension/widgets/perch/model/default_multi_assets_vm.h"
 
 #include <string_view>
-#include "extension/widgets/perch/model/letter_case.h"
+#include "platform/text/letter_case.h"
 
 namespace extension {
 
@@ -12,12 +12,12 @@ DefaultMultiAssetsVM makeAsset(const platform::PropertyList::Dictionary& record)
         return value ? *value : std::string();
     };
     return {.id = text("id"),
-            .exchg = lowerCased(text("exchg")),
-            .type = lowerCased(text("type")),
+            .exchg = platform::lowerCased(text("exchg")),
+            .type = platform::lowerCased(text("type")),
             .symbol = text("symbol"),
-            .market = lowerCased(text("market")),
+            .market = platform::lowerCased(text("market")),
             .title = text("title"),
-            .instrument = upperCased(text("instrument")),
+            .instrument = platform::upperCased(text("instrument")),
             .indId = text("ind_id"),
             .scId = text("sc_id"),
             .expiryDate = text("expiryDate"),

@@ -3,7 +3,7 @@
 #include <functional>
 #include <unordered_map>
 #include "extension/widgets/perch/model/asset_deep_link.h"
-#include "extension/widgets/perch/model/letter_case.h"
+#include "platform/text/letter_case.h"
 
 namespace extension {
 namespace {
@@ -130,7 +130,8 @@ PerchMultiAssetsVM makeRow(const Quote* quote, const DefaultMultiAssetsVM& asset
         row.isProfit = isProfit(quote->direction());
         row.currentPrice = formatNumber(quote->currentprice(), runtime);
     }
-    row.exchgWithTime = row.exchg.empty() ? row.dateTime : upperCased(row.exchg) + ": " + row.dateTime;
+    row.exchgWithTime =
+        row.exchg.empty() ? row.dateTime : platform::upperCased(row.exchg) + ": " + row.dateTime;
     row.changeWithPercent = row.perChange.empty() ? row.change : row.change + " (" + row.perChange + "%)";
     return row;
 }
