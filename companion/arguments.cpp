@@ -1,8 +1,8 @@
 #include "companion/arguments.h"
 
-#include <charconv>
 #include <nlohmann/json.hpp>
 #include <vector>
+#include "platform/base/ascii.h"
 #include "platform/settings/utf8.h"
 #include "platform/text/number_formatter.h"
 #include "platform/view/view_json.h"
@@ -47,10 +47,8 @@ Result<std::optional<std::string>> Argument<std::optional<std::string>>::read(co
 }
 
 Result<std::int64_t> Argument<std::int64_t>::read(const std::string& text) {
-    std::int64_t number = 0;
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (read.ec != std::errc() || read.ptr != text.data() + text.size()) return noSuch(text, "whole number");
-    return number;
+    const auto number = platform::parsedNumber<std::int64_t>(text);
+    return number ? *number : Result<std::int64_t>(noSuch(text, "whole number"));
 }
 
 Result<double> Argument<double>::read(const std::string& text) {

@@ -1,22 +1,15 @@
 // brightledger-demo: the demo service as a program.
 
-#include <charconv>
 #include <csignal>
 #include <iostream>
 #include <optional>
 #include <string_view>
 #include "demo/service.h"
+#include "platform/base/ascii.h"
 #include "platform/base/ending_signals.h"
 #include "platform/base/standard_streams.h"
 
 namespace {
-
-std::optional<std::uint16_t> portOf(std::string_view text) {
-    std::uint16_t port = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return port;
-}
 
 int usage() {
     std::cerr << "usage: brightledger-demo [--port N]\n";
@@ -31,8 +24,10 @@ int main(int count, char** arguments) {
     for (int i = 1; i < count; ++i) {
         const std::string_view argument = arguments[i];
         std::optional<std::uint16_t> given;
-        if (argument == "--port" && i + 1 < count) given = portOf(arguments[++i]);
-        if (argument.starts_with("--port=")) given = portOf(argument.substr(7));
+        if (argument == "--port" && i + 1 < count)
+            given = platform::parsedNumber<std::uint16_t>(arguments[++i]);
+        if (argument.starts_with("--port="))
+            given = platform::parsedNumber<std::uint16_t>(argument.substr(7));
         if (!given) return usage();
         port = *given;
     }

@@ -1,11 +1,11 @@
 #include "host/cli/store_commands.h"
 
-#include <charconv>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 #include "host/cli/output.h"
 #include "host/cli/surroundings.h"
+#include "platform/base/ascii.h"
 #include "platform/settings/property_list.h"
 #include "platform/settings/user_defaults.h"
 #include "platform/settings/utf8.h"
@@ -57,11 +57,9 @@ Result<PropertyList> parseText(const std::string& text) {
 }
 
 Result<PropertyList> parseInteger(const std::string& text) {
-    std::int64_t integer = 0;
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, integer);
-    if (error != std::errc() || rest != end) return wrongValue(text, "not a whole number of 64 bits");
-    return PropertyList(integer);
+    const auto integer = platform::parsedNumber<std::int64_t>(text);
+    if (!integer) return wrongValue(text, "not a whole number of 64 bits");
+    return PropertyList(*integer);
 }
 
 Result<PropertyList> parseReal(const std::string& text) {

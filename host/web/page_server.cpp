@@ -1,12 +1,12 @@
 #include "host/web/page_server.h"
 #include <sys/random.h>
 #include <array>
-#include <charconv>
 #include <condition_variable>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
+#include "platform/base/ascii.h"
 #include "platform/base/bytes.h"
 
 namespace host {
@@ -51,16 +51,8 @@ Response pngOf(const platform::Result<std::string>& png) {
 
 Response later(std::function<Response()> make) { return {.later = std::move(make)}; }
 
-template <typename Number>
-std::optional<Number> numberOf(std::string_view text) {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
-
 int scaleOf(const Request& request) {
-    const auto scale = numberOf<int>(serving::queryValue(request.query, "scale").value_or("3"));
+    const auto scale = platform::parsedNumber<int>(serving::queryValue(request.query, "scale").value_or("3"));
     return std::clamp(scale.value_or(3), 1, 3);
 }
 
@@ -209,11 +201,12 @@ Response PageServer::get(const Request& request) {
     if (path == "/choices") return jsonText(home_.choicesText());
     if (path == "/day") return later([this] { return jsonText(home_.dayText()); });
     if (path == "/ledger") {
-        const auto after = numberOf<std::uint64_t>(serving::queryValue(request.query, "after").value_or("0"));
+        const auto after =
+            platform::parsedNumber<std::uint64_t>(serving::queryValue(request.query, "after").value_or("0"));
         return jsonText(home_.ledgerText(after.value_or(0)));
     }
     const std::size_t slash = path.rfind('/');
-    const auto number = numberOf<int>(path.substr(slash + 1));
+    const auto number = platform::parsedNumber<int>(path.substr(slash + 1));
     if (path.starts_with("/picture/") && number) return pngOf(home_.picture(*number, scaleOf(request)));
     if (path.starts_with("/inspect/") && number) {
         const auto text = home_.inspectionText(*number);

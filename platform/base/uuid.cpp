@@ -1,16 +1,11 @@
 #include "platform/base/uuid.h"
 
+#include "platform/base/ascii.h"
+
 namespace platform {
 namespace {
 
 constexpr bool isDashBefore(std::size_t byte) { return byte == 4 || byte == 6 || byte == 8 || byte == 10; }
-
-int hexValue(char digit) {
-    if (digit >= '0' && digit <= '9') return digit - '0';
-    if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
-    if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
-    return -1;
-}
 
 }  // namespace
 
@@ -32,8 +27,8 @@ std::optional<UUID> UUID::parse(std::string_view text) {
     std::size_t at = 0;
     for (std::size_t i = 0; i < uuid.bytes.size(); ++i) {
         if (isDashBefore(i) && text[at++] != '-') return std::nullopt;
-        const int high = hexValue(text[at++]);
-        const int low = hexValue(text[at++]);
+        const int high = hexDigit(text[at++]);
+        const int low = hexDigit(text[at++]);
         if (high < 0 || low < 0) return std::nullopt;
         uuid.bytes[i] = static_cast<std::uint8_t>(high << 4 | low);
     }

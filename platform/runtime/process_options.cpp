@@ -1,9 +1,9 @@
 #include "platform/runtime/process_options.h"
+#include "platform/base/ascii.h"
 
 #include <pwd.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <cstdlib>
 #include <string_view>
 #include <system_error>
@@ -79,11 +79,8 @@ Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::p
 
     const Setting version = choose(options.osVersion, "--os-version", "BRIGHTLEDGER_OS_VERSION");
     if (version.value) {
-        const char* end = version.value->data() + version.value->size();
-        const auto [rest, error] = std::from_chars(version.value->data(), end, result.osVersion);
-        if (error != std::errc() || rest != end || result.osVersion < 1) {
-            return wrongUsage(version, "is not a version number");
-        }
+        result.osVersion = parsedNumber<int>(*version.value).value_or(0);
+        if (result.osVersion < 1) return wrongUsage(version, "is not a version number");
     }
 
     const Setting locale = choose(options.locale, "--locale", "BRIGHTLEDGER_LOCALE");

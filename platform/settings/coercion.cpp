@@ -1,6 +1,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include "platform/base/ascii.h"
 #include "platform/settings/property_list_text.h"
 #include "platform/settings/user_defaults.h"
 
@@ -10,14 +11,9 @@ namespace {
 constexpr auto smallest = std::numeric_limits<std::int64_t>::min();
 constexpr auto largest = std::numeric_limits<std::int64_t>::max();
 
-std::string_view withoutLeadingSpace(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t\n\v\f\r");
-    return first == std::string_view::npos ? std::string_view() : text.substr(first);
-}
-
 /// The integer that the text begins with, as near as 64 bits come; 0 when it begins with none.
 std::int64_t leadingInteger(std::string_view text) {
-    text = withoutLeadingSpace(text);
+    text = trimmed(text, " \t\n\v\f\r");
     const bool isNegative = text.starts_with('-');
     if (text.starts_with("+-")) return 0;
     if (text.starts_with('+')) text.remove_prefix(1);
@@ -37,7 +33,7 @@ std::int64_t wholePart(double real) {
 /// "true", "yes" and their kin by the first letter, or a number other than zero by its first digit that
 /// is not 0.
 bool meansTrue(std::string_view text) {
-    text = withoutLeadingSpace(text);
+    text = trimmed(text, " \t\n\v\f\r");
     if (text.empty()) return false;
     if (std::string_view("tTyY").find(text.front()) != std::string_view::npos) return true;
     if (text.front() == '+' || text.front() == '-') text.remove_prefix(1);

@@ -1,4 +1,5 @@
 #include "platform/settings/property_list_text.h"
+#include "platform/base/ascii.h"
 
 #include <array>
 #include <charconv>
@@ -54,10 +55,8 @@ std::string dateText(Instant instant) { return formatInstant(instant).substr(0, 
 
 std::optional<Instant> parseDateText(std::string_view text) {
     if (const auto instant = parseInstant(text)) return instant;
-    int year = 0;
-    if (text.size() < 4) return std::nullopt;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + 4, year);
-    if (error != std::errc() || end != text.data() + 4 || year < 0) return std::nullopt;
+    const int year = parsedNumber<int>(text.substr(0, 4)).value_or(-1);
+    if (text.size() < 4 || year < 0) return std::nullopt;
     // A year that the clock does not tell: the same day of a year that it does, moved by whole days.
     const auto near = parseInstant("2000" + std::string(text.substr(4)));
     if (!near) return std::nullopt;

@@ -1,7 +1,6 @@
 #include "platform/settings/xml_property_list.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -9,6 +8,7 @@
 #include <pugixml.hpp>
 #include <string>
 #include <utility>
+#include "platform/base/ascii.h"
 #include "platform/settings/property_list_limits.h"
 #include "platform/settings/property_list_text.h"
 #include "platform/settings/utf8.h"
@@ -30,19 +30,6 @@ bool holdsForbidden(std::string_view text) {
         if (!codePoint || isForbidden(*codePoint)) return true;
     }
     return false;
-}
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-template <typename Number>
-bool isWholly(std::string_view text, Number& number, int base) {
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number, base);
-    return error == std::errc() && rest == end;
 }
 
 // ---- What the parser itself would let pass or pay for
@@ -104,9 +91,9 @@ private:
         }
         const bool isHexadecimal = name.starts_with("#x");
         name.remove_prefix(isHexadecimal ? 2 : 1);
-        std::uint32_t codePoint = 0;
-        return isWholly(name, codePoint, isHexadecimal ? 16 : 10) && codePoint <= 0x10FFFF &&
-               (codePoint < 0xD800 || codePoint > 0xDFFF) && !isForbidden(codePoint);
+        const auto codePoint = parsedNumber<std::uint32_t>(name, isHexadecimal ? 16 : 10);
+        return codePoint && *codePoint <= 0x10FFFF && (*codePoint < 0xD800 || *codePoint > 0xDFFF) &&
+               !isForbidden(*codePoint);
     }
 
     std::string_view xml_;
@@ -135,20 +122,15 @@ std::optional<std::int64_t> parseInteger(std::string_view text) {
     if (isNegative || text.starts_with('+')) text.remove_prefix(1);
     const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
     if (isHexadecimal) text.remove_prefix(2);
-    std::uint64_t magnitude = 0;
-    if (!isWholly(text, magnitude, isHexadecimal ? 16 : 10)) return std::nullopt;
+    const auto magnitude = parsedNumber<std::uint64_t>(text, isHexadecimal ? 16 : 10);
     constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    if (magnitude > largest + (isNegative ? 1 : 0)) return std::nullopt;
-    return static_cast<std::int64_t>(isNegative ? 0 - magnitude : magnitude);
+    if (!magnitude || *magnitude > largest + (isNegative ? 1 : 0)) return std::nullopt;
+    return static_cast<std::int64_t>(isNegative ? 0 - *magnitude : *magnitude);
 }
 
 std::optional<double> parseReal(std::string_view text) {
     if (text.starts_with('+')) text.remove_prefix(1);
-    double value = 0;
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, value);  // takes "inf" and "nan" too
-    if (error != std::errc() || rest != end || text.starts_with("+")) return std::nullopt;
-    return value;
+    return parsedNumber<double>(text);  // takes "inf" and "nan" too
 }
 
 std::optional<Bytes> parseData(std::string_view text) {

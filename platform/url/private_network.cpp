@@ -10,6 +10,7 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include "platform/base/ascii.h"
 #include "platform/url/url_session.h"
 
 namespace platform {
@@ -67,25 +68,6 @@ bool isPrivate(const in6_addr& address) {
     return !isGlobalUnicast || isTunnel || isDocumentation;
 }
 
-std::optional<int> hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return std::nullopt;
-}
-
-/// A host may be written in percent escapes and still be understood.
-std::string percentDecoded(std::string_view text) {
-    std::string decoded;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto high = text[i] == '%' && i + 2 < text.size() ? hexDigit(text[i + 1]) : std::nullopt;
-        const auto low = high ? hexDigit(text[i + 2]) : std::nullopt;
-        decoded += low ? static_cast<char>(*high * 16 + *low) : text[i];
-        if (low) i += 2;
-    }
-    return decoded;
-}
-
 }  // namespace
 
 bool isPrivateNumericAddress(std::string_view text) {
@@ -111,9 +93,8 @@ bool isPrivateAddress(const sockaddr& address) {
 }
 
 bool namesPrivateHost(const URL& url) {
-    std::string host = percentDecoded(url.host());
-    std::ranges::transform(host, host.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    // A host may be written in percent escapes and still be understood.
+    std::string host = asciiLowerCased(percentDecoded(url.host()));
     if (host.ends_with('.')) host.pop_back();
     return host == "localhost" || host.ends_with(".localhost") || host.ends_with("localdomain") ||
            host == "ip6-localhost" || host == "ip6-loopback" || isPrivateNumericAddress(host);

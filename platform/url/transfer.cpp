@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <utility>
+#include "platform/base/ascii.h"
 #include "platform/url/private_network.h"
 
 namespace platform {
@@ -37,20 +38,6 @@ std::string originOf(const URL& url) {
     const std::size_t authority = text.find("//");
     if (authority == std::string::npos) return text;
     return text.substr(0, text.find_first_of("/?#", authority + 2));
-}
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-std::string lowerCased(std::string_view text) {
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return lower;
 }
 
 int errorCode(CURLcode code) {
@@ -235,7 +222,7 @@ std::size_t Transfer::takeHeader(char* bytes, std::size_t size, std::size_t coun
     // Another status line follows an interim response.
     if (line.starts_with("HTTP/")) transfer.response_.headers.clear();
     if (const std::size_t colon = line.find(':'); colon != std::string_view::npos) {
-        transfer.response_.headers.insert_or_assign(lowerCased(line.substr(0, colon)),
+        transfer.response_.headers.insert_or_assign(asciiLowerCased(line.substr(0, colon)),
                                                     std::string(trimmed(line.substr(colon + 1))));
     }
     return line.size();

@@ -2,17 +2,12 @@
 
 #include <uriparser/Uri.h>
 
-#include <algorithm>
+#include "platform/base/ascii.h"
 
 namespace platform {
 namespace {
 
-std::string lowerCased(const UriTextRangeA& range) {
-    std::string text(range.first, range.afterLast);
-    std::ranges::transform(text, text.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return text;
-}
+std::string lowerCased(const UriTextRangeA& range) { return asciiLowerCased({range.first, range.afterLast}); }
 
 }  // namespace
 
