@@ -23,7 +23,7 @@ namespace {
 using platform::ProcessOptions;
 using platform::Result;
 
-constexpr std::chrono::seconds answerLimit{5};
+constexpr std::chrono::seconds hostLimit{5};
 
 Result<void> callWords(companion::PhoneApp& app, const std::vector<std::string>& words) {
     if (words.size() < 2)
@@ -55,7 +55,7 @@ Result<companion::Session> sessionOf(const std::string& name, const platform::Ru
     const auto origin = runtime.bundle().text("ProductionWebHost");
     const auto address = platform::URL::parse(origin.value_or("") + "/demo/users");
     const auto answer =
-        address ? runtime.urls().load({.url = *address}, std::chrono::steady_clock::now() + answerLimit)
+        address ? runtime.urls().load({.url = *address}, std::chrono::steady_clock::now() + hostLimit)
                 : tl::unexpected(platform::urlError(platform::url_error::badURL));
     if (!answer || answer->statusCode != 200 || !answer->body) {
         return platform::failure(
@@ -82,7 +82,7 @@ Result<void> printOperations() {
 
 Result<void> checkKind(const std::string& kind, ExtensionOptions options) {
     ExtensionProcess extension(std::move(options));
-    const auto gallery = extension.gallery(answerLimit);
+    const auto gallery = extension.gallery(hostLimit);
     if (!gallery) return tl::unexpected(gallery.error());
     std::vector<std::string> kinds;
     for (const WidgetListing& widget : *gallery) {
@@ -110,8 +110,8 @@ Result<void> signInUser(const ProcessOptions& process, const std::string& name) 
     auto resolved = surroundings(process);
     if (!resolved) return tl::unexpected(resolved.error());
     const std::filesystem::path socket = platform::hostSocketPath(resolved->dataDirectory);
-    if (platform::askHost(socket, "placed", answerLimit)) {
-        const auto answer = platform::askHost(socket, "user " + name, answerLimit);
+    if (platform::askHost(socket, "placed", hostLimit)) {
+        const auto answer = platform::askHost(socket, "user " + name, hostLimit);
         return answer ? Result<void>() : tl::unexpected(answer.error());
     }
     const platform::Runtime runtime(std::move(*resolved));
@@ -128,7 +128,7 @@ Result<void> explainReloads(const ProcessOptions& process, const std::string& ki
     const auto resolved = surroundings(process);
     if (!resolved) return tl::unexpected(resolved.error());
     Result<std::string> answer =
-        platform::askHost(platform::hostSocketPath(resolved->dataDirectory), "why " + kind, answerLimit);
+        platform::askHost(platform::hostSocketPath(resolved->dataDirectory), "why " + kind, hostLimit);
     if (!answer) {
         const Result<void> known = checkKind(kind, extensionOptions(process, *resolved));
         return tl::unexpected(known ? answer.error() : known.error());

@@ -74,9 +74,8 @@ HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> paint
                          .log = [this](std::string line) { noteLog(std::move(line)); }});
     dayExtension_ = std::make_unique<ExtensionProcess>(ExtensionOptions{
         .program = options_.extensionProgram, .arguments = options_.extensionArguments, .log = {}});
-    schedule_ = std::make_unique<WidgetSchedule>(
-        WidgetSchedule::Surroundings{*extension_, renderer_, clock_, ledger_, [this](int) { changed(); }},
-        ReloadMode::live);
+    schedule_ = std::make_unique<WidgetSchedule>(*extension_, clock_, ledger_, ReloadMode::live,
+                                                 [this](int) { changed(); });
     if (options_.runtime.now) schedule_->setClock(options_.runtime.now, 0.0);
 }
 

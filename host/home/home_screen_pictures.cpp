@@ -28,7 +28,7 @@ Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily fa
     const bool isPlaceholder = request == EntryRequest::placeholder;
     const auto answer = extension_->ask(
         {.kind = kind, .family = family, .request = request, .isPreview = true, .wantsViews = true},
-        isPlaceholder ? WidgetSchedule::placeholderLimit : WidgetSchedule::snapshotLimit);
+        answerLimit(request));
     if (!answer) return tl::unexpected(answer.error());
     if (answer->entries.empty() || !answer->entries.front().view) return refusal("there is nothing to draw");
     return renderer_.png({*answer->entries.front().view, kind, family, isPlaceholder}, scale);

@@ -2,7 +2,6 @@
 
 // The demo service as a child process of the home screen.
 
-#include <sys/types.h>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -10,10 +9,10 @@
 
 namespace host {
 
-/// Runs from its making to its end, and ends with this process in any case.
+/// Runs until it is destroyed, and dies with the thread that started it in any case.
 class DemoChild {
 public:
-    /// Waits, at most five seconds, until it listens. Error domain "DemoError".
+    /// Waits, at most five seconds, until the service listens. Error domain "DemoError".
     static platform::Result<std::unique_ptr<DemoChild>> start(const std::filesystem::path& program);
     ~DemoChild();
     DemoChild(const DemoChild&) = delete;
@@ -23,9 +22,9 @@ public:
     const std::string& origin() const { return origin_; }
 
 private:
-    DemoChild(pid_t process, std::string origin) : process_(process), origin_(std::move(origin)) {}
+    explicit DemoChild(int process) : process_(process) {}
 
-    pid_t process_;
+    int process_;
     std::string origin_;
 };
 

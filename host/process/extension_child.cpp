@@ -28,7 +28,7 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-// How the child is watched while somebody waits for it.
+// How the child is watched while it owes an answer.
 constexpr milliseconds watchInterval{250};
 constexpr seconds silenceBeforePing{1};
 constexpr seconds pingLimit{2};
@@ -38,8 +38,8 @@ constexpr std::size_t longestLogLine = 16384;
 
 platform::Error extensionError(std::string message) { return {"ExtensionError", 1, std::move(message)}; }
 
-/// A descriptor that becomes readable with the end of the process. The library's own function has no
-/// declaration for C++.
+/// A descriptor that becomes readable when the process ends. The C library's function is not declared for
+/// C++.
 int openProcess(int processId) { return static_cast<int>(syscall(SYS_pidfd_open, processId, 0)); }
 
 std::string timeText(milliseconds time) {
@@ -84,7 +84,7 @@ ExtensionChild::ExtensionChild(const ExtensionOptions& options, std::vector<wire
     }
     for (wire::Request& request : first) tell(std::move(request));
 
-    // Signals to the host are the host's: its other threads take them.
+    // Signals to the host are for its other threads.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -98,27 +98,24 @@ ExtensionChild::~ExtensionChild() {
     thread_.join();
 }
 
-std::optional<Result<wire::Reply>> ExtensionChild::ask(wire::Request request, milliseconds limit) {
-    const SteadyTime asked = steady_clock::now();
-    std::unique_lock lock(mutex_);
-    if (!takesQuestions()) return std::nullopt;
-    const std::uint64_t id = ++lastId_;
-    request.set_id(id);
-    Question& question = questions_[id];
-    question.asked = asked;
-    lastUse_ = asked;
-    if (const Result<void> sent = send(request); !sent) {
-        // The child is about to be found dead, and tells more about it than a broken pipe does.
-        if (sent.error().code != EPIPE && sent.error().code != ECONNRESET) {
-            question.reply = tl::unexpected(sent.error());
+bool ExtensionChild::ask(wire::Request request, milliseconds limit, Completion completion) {
+    Result<void> sent;
+    {
+        const std::lock_guard lock(mutex_);
+        if (isLeaving()) return false;
+        const std::uint64_t id = ++lastId_;
+        request.set_id(id);
+        lastUse_ = steady_clock::now();
+        if (messages_.isOpen()) sent = send(request);
+        // A broken pipe is left to the end of the child, which says more about it.
+        if (sent || sent.error().code == EPIPE || sent.error().code == ECONNRESET) {
+            questions_.emplace(id, Question{lastUse_, limit, std::move(completion)});
+            wake();
+            return true;
         }
     }
-    wake();
-    changed_.wait_until(lock, asked + limit, [&] { return question.reply.has_value(); });
-    std::optional<Result<wire::Reply>> reply = std::move(question.reply);
-    questions_.erase(id);
-    if (!reply) reply = tl::unexpected(extensionError("the extension did not answer in " + timeText(limit)));
-    return reply;
+    completion(tl::unexpected(sent.error()));
+    return true;
 }
 
 Result<void> ExtensionChild::tell(wire::Request request) {
@@ -129,7 +126,7 @@ Result<void> ExtensionChild::tell(wire::Request request) {
 Result<void> ExtensionChild::send(wire::Request& request) {
     const Result<std::string> frame = platform::framedMessage(request);
     if (!frame) return tl::unexpected(frame.error());
-    // Whole or not at all: questions are small, and a child that has left so many unread is stuck.
+    // All or nothing: questions are small, and a child that leaves so many unread is stuck.
     const ssize_t count =
         ::send(messages_.number(), frame->data(), frame->size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     if (count == static_cast<ssize_t>(frame->size())) return {};
@@ -140,10 +137,10 @@ Result<void> ExtensionChild::send(wire::Request& request) {
 
 bool ExtensionChild::isOpen() const {
     const std::lock_guard lock(mutex_);
-    return takesQuestions();
+    return !isLeaving() && messages_.isOpen();
 }
 
-bool ExtensionChild::takesQuestions() const { return !isGone_ && !endBegun_ && messages_.isOpen(); }
+bool ExtensionChild::isLeaving() const { return endBegun_ || !ending_.empty(); }
 
 bool ExtensionChild::isGone() const {
     const std::lock_guard lock(mutex_);
@@ -168,7 +165,7 @@ ExtensionStatistics ExtensionChild::statistics() const {
 void ExtensionChild::beginEnd() {
     {
         const std::lock_guard lock(mutex_);
-        if (endBegun_ || isGone_) return;
+        if (isLeaving()) return;
         closeInput();
     }
     wake();
@@ -186,7 +183,7 @@ void ExtensionChild::waitUntilGone() {
 
 void ExtensionChild::wake() const {
     const std::uint64_t one = 1;
-    // Fails only when so many wake-ups are waiting that one more makes no difference.
+    // Fails only when the counter is full, and then the thread wakes anyway.
     [[maybe_unused]] const ssize_t written = write(wakeUp_.number(), &one, sizeof one);
 }
 
@@ -207,7 +204,7 @@ bool ExtensionChild::start() {
     childMessages_.reset();
     childLog_.reset();
     if (!child) {
-        killReason_ = child.error().message;
+        killReason_ = "the extension " + options_.program.string() + " " + child.error().message;
         return false;
     }
     const std::lock_guard lock(mutex_);
@@ -225,20 +222,39 @@ void ExtensionChild::converse() {
                                       {process_.number(), POLLIN, 0}}};
         poll(events.data(), events.size(), pollTimeout());
         if (events[2].revents != 0) drain(wakeUp_, [](std::string_view) {});
-        // What the child said before its death still counts.
+        // What the child wrote before its death still counts.
         isAlive = events[3].revents == 0;
         if (log_.isOpen()) readLog();
         if (messages_.isOpen()) readReplies();
+        giveUpLateQuestions();
         if (isAlive) watch();
+    }
+}
+
+void ExtensionChild::giveUpLateQuestions() {
+    std::vector<Question> late;
+    {
+        const SteadyTime now = steady_clock::now();
+        const std::lock_guard lock(mutex_);
+        std::erase_if(questions_, [&](auto& each) {
+            const bool isLate = each.second.deadline() <= now;
+            if (isLate) late.push_back(std::move(each.second));
+            return isLate;
+        });
+    }
+    for (const Question& question : late) {
+        question.completion(
+            tl::unexpected(extensionError("the extension did not answer in " + timeText(question.limit))));
     }
 }
 
 int ExtensionChild::pollTimeout() {
     const std::lock_guard lock(mutex_);
-    if (!questions_.empty() || endBegun_ || silent_) return static_cast<int>(watchInterval.count());
-    const auto left = lastUse_ + options_.idleLimit - steady_clock::now();
-    return static_cast<int>(
-        std::max<milliseconds::rep>(0, std::chrono::duration_cast<milliseconds>(left).count() + 1));
+    const SteadyTime now = steady_clock::now();
+    SteadyTime next = lastUse_ + options_.idleLimit;
+    if (!questions_.empty() || endBegun_ || silent_) next = now + watchInterval;
+    for (const auto& [id, question] : questions_) next = std::min(next, question.deadline());
+    return std::max(0, static_cast<int>(std::chrono::ceil<milliseconds>(next - now).count()));
 }
 
 void ExtensionChild::watch() {
@@ -289,12 +305,12 @@ void ExtensionChild::readReplies() {
         const Result<std::optional<std::string>> frame = frames_.next();
         wire::Reply reply;
         if (!frame || (*frame && !reply.ParseFromString(**frame))) {
-            return kill("the extension sent what is no message");
+            return kill("the extension sent something that is not a message");
         }
         if (!*frame) break;
         take(std::move(reply));
     }
-    // Its death follows; a child that lives on is of no use any more.
+    // Usually it is about to die; one that lives on cannot answer any more.
     if (!isOpen) {
         const std::lock_guard lock(mutex_);
         messages_.reset();
@@ -311,19 +327,23 @@ void ExtensionChild::take(wire::Reply reply) {
         if (!isGreeted_) kill("the extension speaks another version");
         return;
     }
-    const std::lock_guard lock(mutex_);
-    const auto question = questions_.find(reply.id());
-    if (question == questions_.end()) return;  // it came too late, or nobody asked
-    const ProcessMemory memory = memoryOf(processId_);
-    if (!reply.has_pong()) {
-        note(reply, memory, millisecondsBetween(hasAnswered_ ? question->second.asked : started_, now));
+    Completion completion;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto question = questions_.find(reply.id());
+        if (question == questions_.end()) return;  // too late, or never asked
+        const ProcessMemory memory = memoryOf(processId_);
+        if (!reply.has_pong()) {
+            note(reply, memory, millisecondsBetween(hasAnswered_ ? question->second.asked : started_, now));
+        }
+        // However short the peak was: the answer is not used, and the child's end answers the question.
+        endIfTooLarge(memory.peakResident);
+        if (!killReason_.empty()) return;
+        lastUse_ = now;
+        completion = std::move(question->second.completion);
+        questions_.erase(question);
     }
-    // However short the peak was: what it made is not used, and the end answers the question.
-    endIfTooLarge(memory.peakResident);
-    if (!killReason_.empty()) return;
-    lastUse_ = now;
-    question->second.reply = std::move(reply);
-    changed_.notify_all();
+    completion(std::move(reply));
 }
 
 void ExtensionChild::note(const wire::Reply& reply, const ProcessMemory& memory, double wallMs) {
@@ -359,11 +379,17 @@ void ExtensionChild::takeLogLine(std::string line) {
     if (options_.log) options_.log(std::move(line));
 }
 
-std::string ExtensionChild::endingBySignal(int signal) const {
-    const char* name = sigabbrev_np(signal);
-    std::string text = "the extension was ended by signal " + std::to_string(signal);
-    if (name != nullptr) text += std::string(" (SIG") + name + ")";
-    return hasFatalLine_ ? text + ": " + lastLogLine_ : text;
+std::string ExtensionChild::endingOf(int status) const {
+    if (!killReason_.empty()) return killReason_;
+    if (endBegun_) return "the extension was ended while it was asked";
+    if (WIFSIGNALED(status)) {
+        const char* name = sigabbrev_np(WTERMSIG(status));
+        std::string text = "the extension was ended by signal " + std::to_string(WTERMSIG(status));
+        if (name != nullptr) text += std::string(" (SIG") + name + ")";
+        return hasFatalLine_ ? text + ": " + lastLogLine_ : text;
+    }
+    const std::string text = "the extension ended with exit code " + std::to_string(WEXITSTATUS(status));
+    return lastLogLine_.empty() ? text : text + ": " + lastLogLine_;
 }
 
 void ExtensionChild::finish() {
@@ -374,25 +400,21 @@ void ExtensionChild::finish() {
     }
     if (!partOfLogLine_.empty()) takeLogLine(std::move(partOfLogLine_));
 
+    std::map<std::uint64_t, Question> unanswered;
+    {
+        const std::lock_guard lock(mutex_);
+        ending_ = endingOf(status);
+        unanswered.swap(questions_);
+        processId_ = 0;
+        messages_.reset();
+        log_.reset();
+        process_.reset();
+    }
+    for (const auto& [id, question] : unanswered)
+        question.completion(tl::unexpected(extensionError(ending_)));
+    // Last: whoever sees it gone may destroy it, and that waits for this thread.
     const std::lock_guard lock(mutex_);
-    if (!killReason_.empty()) {
-        ending_ = killReason_;
-    } else if (endBegun_) {
-        ending_ = "the extension was ended while it was asked";
-    } else if (WIFSIGNALED(status)) {
-        ending_ = endingBySignal(WTERMSIG(status));
-    } else {
-        ending_ = "the extension ended with exit code " + std::to_string(WEXITSTATUS(status));
-        if (!lastLogLine_.empty()) ending_ += ": " + lastLogLine_;
-    }
-    for (auto& [id, question] : questions_) {
-        if (!question.reply) question.reply = tl::unexpected(extensionError(ending_));
-    }
     isGone_ = true;
-    processId_ = 0;
-    messages_.reset();
-    log_.reset();
-    process_.reset();
     changed_.notify_all();
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
-// One child process, from its start to its end, and the questions that are under way in it.
+// One child process from start to end, and the questions that it has not answered yet.
 
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -21,8 +22,8 @@
 
 namespace host {
 
-/// Starts with its construction. A thread of its own reads what the child says, watches it and reaps
-/// it; the child dies with that thread. Any other thread may ask.
+/// The constructor starts the process. One thread reads its messages and log, watches it and reaps it; the
+/// process dies with that thread. Any thread may ask.
 class ExtensionChild {
 public:
     using SteadyTime = std::chrono::steady_clock::time_point;
@@ -34,20 +35,22 @@ public:
     ExtensionChild(const ExtensionChild&) = delete;
     ExtensionChild& operator=(const ExtensionChild&) = delete;
 
-    /// Sends a question and waits for its reply, however that turns out. Nothing when the child was
-    /// already ending: then the question was not asked.
-    std::optional<platform::Result<brightledger::wire::Reply>> ask(brightledger::wire::Request request,
-                                                                   std::chrono::milliseconds limit);
-    /// Sends what has no reply.
+    using Completion = std::function<void(platform::Result<brightledger::wire::Reply>)>;
+
+    /// Sends a question. `completion` is called exactly once, on the child's thread or before this returns,
+    /// without any lock held; it must not destroy the child. False when the child is on its way out: then
+    /// the question was not asked and `completion` is never called.
+    bool ask(brightledger::wire::Request request, std::chrono::milliseconds limit, Completion completion);
+    /// Sends a message that has no reply.
     platform::Result<void> tell(brightledger::wire::Request request);
 
-    /// Whether it takes questions.
+    /// Whether it can be expected to answer another question.
     bool isOpen() const;
-    /// Whether it is reaped and all is closed.
+    /// Whether the process was reaped and everything is closed.
     bool isGone() const;
-    /// How it ended; empty while it is there.
+    /// How it ended; empty before it is gone.
     std::string ending() const;
-    /// 0 when it is gone.
+    /// 0 before the start and after the end.
     int processId() const;
     ExtensionStatistics statistics() const;
     /// Asks it to go; it is killed when it does not within a second. Does not wait.
@@ -57,7 +60,10 @@ public:
 private:
     struct Question {
         SteadyTime asked;
-        std::optional<platform::Result<brightledger::wire::Reply>> reply;
+        std::chrono::milliseconds limit;
+        Completion completion;
+
+        SteadyTime deadline() const { return asked + limit; }
     };
 
     // On the child's thread.
@@ -66,6 +72,7 @@ private:
     void converse();
     int pollTimeout();
     void watch();
+    void giveUpLateQuestions();
     void watchAsked(SteadyTime now);
     void endIfTooLarge(long peakResidentKiB);
     void readReplies();
@@ -75,10 +82,10 @@ private:
     void takeLogLine(std::string line);
     void kill(std::string reason);
     void finish();
-    std::string endingBySignal(int signal) const;
+    std::string endingOf(int status) const;
 
     // With the lock held.
-    bool takesQuestions() const;
+    bool isLeaving() const;
     void closeInput();
     platform::Result<void> send(brightledger::wire::Request& request);
     void wake() const;
@@ -89,7 +96,7 @@ private:
     platform::FileDescriptor log_;
     platform::FileDescriptor wakeUp_;
     platform::FileDescriptor process_;
-    // The child's ends, until it has them.
+    // The child's ends, open here until it has started.
     platform::FileDescriptor childMessages_;
     platform::FileDescriptor childLog_;
 
@@ -116,7 +123,7 @@ private:
     SteadyTime lastUse_;
     ExtensionStatistics statistics_;
 
-    // Last, so that it starts when all else is there.
+    // Last, so that it starts after everything else is ready.
     std::thread thread_;
 };
 

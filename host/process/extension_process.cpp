@@ -1,5 +1,6 @@
 #include "host/process/extension_process.h"
 
+#include <future>
 #include <mutex>
 #include <utility>
 #include "host/process/extension_child.h"
@@ -41,6 +42,11 @@ tl::unexpected<platform::Error> brokenReply(std::string what) {
 }
 
 Result<EntryAnswer> entryAnswer(const wire::Reply& reply, EntryRequest request) {
+    if (reply.has_failure()) {
+        return platform::failure(reply.failure().is_wrong_usage() ? "UsageError" : "ExtensionError", 2,
+                                 reply.failure().message());
+    }
+    if (!reply.has_answer()) return brokenReply("it has no entries");
     EntryAnswer answer;
     answer.networkMs = static_cast<double>(reply.network_microseconds()) / 1000.0;
     for (const wire::Answer::Entry& message : reply.answer().entries()) {
@@ -65,11 +71,20 @@ Result<std::vector<WidgetListing>> listings(const wire::Bundle& bundle) {
                                                .contentMarginsDisabled = message.content_margins_disabled()});
         for (const std::string& name : message.families()) {
             const auto family = platform::widgetFamily(name);
-            if (!family) return brokenReply("no family \"" + name + "\" is known");
+            if (!family) return brokenReply("unknown family \"" + name + "\"");
             widget.families.push_back(*family);
         }
     }
     return widgets;
+}
+
+/// Calls `ask` with a completion and waits until it has been called.
+template <typename T, typename Ask>
+Result<T> waitFor(const Ask& ask) {
+    // Shared, since the completion may still be returning when the answer is here.
+    const auto promise = std::make_shared<std::promise<Result<T>>>();
+    ask([promise](Result<T> answer) { promise->set_value(std::move(answer)); });
+    return promise->get_future().get();
 }
 
 }  // namespace
@@ -80,17 +95,17 @@ struct ExtensionProcess::State {
     const ExtensionOptions options;
 
     std::mutex mutex;
-    /// The one that is asked, or the last one that was.
+    /// The latest one.
     std::shared_ptr<ExtensionChild> child;
-    /// Those that are on their way out.
+    /// Earlier ones that are still on their way out.
     std::vector<std::shared_ptr<ExtensionChild>> leaving;
-    /// What a new child's clock shall show.
+    /// What a new child's clock will show.
     platform::Clock clock;
     double clockRate = 1.0;
     bool isClockSet = false;
     bool isClosed = false;
 
-    /// The running child; a new one when there is none, and null when there shall be none.
+    /// The running child, or a new one. Null after close().
     std::shared_ptr<ExtensionChild> openChild() {
         const std::lock_guard lock(mutex);
         if (isClosed) return nullptr;
@@ -103,23 +118,16 @@ struct ExtensionProcess::State {
         return child;
     }
 
-    Result<wire::Reply> ask(const wire::Request& request, milliseconds limit) {
-        // Twice: a child may have been told to go, being idle, at this very moment.
-        std::shared_ptr<ExtensionChild> asked;
+    void ask(const wire::Request& request, milliseconds limit, const ExtensionChild::Completion& completion) {
+        // Twice: an idle child may have been told to exit at this very moment.
+        std::string ending = "the extension was ended";
         for (int attempt = 0; attempt < 2; ++attempt) {
-            asked = openChild();
-            if (!asked) return platform::failure("ExtensionError", 1, "the extension was ended");
-            std::optional<Result<wire::Reply>> reply = asked->ask(request, limit);
-            if (!reply) continue;
-            if (*reply && (*reply)->has_failure()) {
-                const wire::Failure& failed = (*reply)->failure();
-                return platform::failure(failed.is_wrong_usage() ? "UsageError" : "ExtensionError", 2,
-                                         failed.message());
-            }
-            return std::move(*reply);
+            const std::shared_ptr<ExtensionChild> asked = openChild();
+            if (!asked) break;
+            if (asked->ask(request, limit, completion)) return;
+            if (const std::string known = asked->ending(); !known.empty()) ending = known;
         }
-        asked->waitUntilGone();
-        return platform::failure("ExtensionError", 1, asked->ending());
+        completion(platform::failure("ExtensionError", 1, std::move(ending)));
     }
 };
 
@@ -131,13 +139,18 @@ ExtensionProcess::~ExtensionProcess() = default;
 Result<std::vector<WidgetListing>> ExtensionProcess::gallery(milliseconds limit) {
     wire::Request request;
     request.mutable_gallery();
-    const Result<wire::Reply> reply = state_->ask(request, limit);
+    const Result<wire::Reply> reply =
+        waitFor<wire::Reply>([&](auto completion) { state_->ask(request, limit, completion); });
     if (!reply) return tl::unexpected(reply.error());
-    if (!reply->has_bundle()) return brokenReply("it is no gallery");
+    if (!reply->has_bundle()) return brokenReply("it does not list the widgets");
     return listings(reply->bundle());
 }
 
 Result<EntryAnswer> ExtensionProcess::ask(const EntryQuestion& question, milliseconds limit) {
+    return waitFor<EntryAnswer>([&](auto completion) { ask(question, limit, completion); });
+}
+
+void ExtensionProcess::ask(const EntryQuestion& question, milliseconds limit, Completion completion) {
     wire::Request request;
     wire::Ask& message = *request.mutable_ask();
     message.set_kind(question.kind);
@@ -146,10 +159,11 @@ Result<EntryAnswer> ExtensionProcess::ask(const EntryQuestion& question, millise
     message.set_is_preview(question.isPreview);
     message.set_wants_entries(question.wantsEntries);
     message.set_wants_views(question.wantsViews);
-    const Result<wire::Reply> reply = state_->ask(request, limit);
-    if (!reply) return tl::unexpected(reply.error());
-    if (!reply->has_answer()) return brokenReply("it has no entries");
-    return entryAnswer(*reply, question.request);
+    state_->ask(request, limit,
+                [completion = std::move(completion), kind = question.request](Result<wire::Reply> reply) {
+                    completion(reply.and_then(
+                        [kind](const wire::Reply& answer) { return entryAnswer(answer, kind); }));
+                });
 }
 
 Result<void> ExtensionProcess::setClock(std::optional<platform::Instant> instant, double rate) {
@@ -163,14 +177,6 @@ Result<void> ExtensionProcess::setClock(std::optional<platform::Instant> instant
     }
     if (!state_->child || !state_->child->isOpen()) return {};
     return state_->child->tell(clockRequest(instant, rate));
-}
-
-Result<void> ExtensionProcess::ping(milliseconds limit) {
-    wire::Request request;
-    request.mutable_ping();
-    const Result<wire::Reply> reply = state_->ask(request, limit);
-    if (!reply) return tl::unexpected(reply.error());
-    return {};
 }
 
 ExtensionStatistics ExtensionProcess::statistics() const {

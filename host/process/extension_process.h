@@ -18,13 +18,13 @@
 
 namespace host {
 
-/// The child's own memory and times.
+/// The child's memory and times.
 struct ExtensionStatistics {
     long peakRssKiB = 0;
     long privateKiB = 0;
     double userMs = 0.0;
     double systemMs = 0.0;
-    /// Of a child's first answer from spawn to answer, of later ones from question to answer.
+    /// A child's first answer is timed from its start, later ones from the question.
     double wallMs = 0.0;
     /// The part of it spent waiting for the service.
     double networkMs = 0.0;
@@ -32,14 +32,14 @@ struct ExtensionStatistics {
 
 struct ExtensionOptions {
     std::filesystem::path program;
-    /// Given to the child after its own name.
+    /// Without the program's own name.
     std::vector<std::string> arguments;
-    /// Takes the child's log, line by line, on a thread of the process's own.
+    /// Receives the child's log line by line, on the child's thread. May be empty.
     std::function<void(std::string line)> log;
-    /// A child that nobody has asked for so long is asked to go.
+    /// A child that was not asked for so long is asked to exit.
     std::chrono::milliseconds idleLimit = std::chrono::minutes(1);
-    /// A child that has ever held more is killed while it is asked, as a phone does above 30 MB, and an
-    /// answer that took more is not used. 0: no limit, as a sanitizer alone takes more.
+    /// A child whose peak was higher is killed while it owes an answer, as a phone does above 30 MB, and an
+    /// answer that took more is not used. 0: no limit, since a sanitizer takes more by itself.
     long residentLimitKiB = isSanitized ? 0 : 30L * 1024;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -51,12 +51,22 @@ struct ExtensionOptions {
 
 enum class EntryRequest { placeholder, snapshot, timeline };
 
+/// How long a host waits for the answer.
+constexpr std::chrono::seconds answerLimit(EntryRequest request) {
+    switch (request) {
+        case EntryRequest::placeholder: return std::chrono::seconds(2);
+        case EntryRequest::snapshot: return std::chrono::seconds(10);
+        case EntryRequest::timeline: break;
+    }
+    return std::chrono::seconds(30);
+}
+
 struct EntryQuestion {
     std::string kind;
     platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
     EntryRequest request = EntryRequest::timeline;
     bool isPreview = false;
-    /// Building views may end the extension: ask for them only where they are drawn.
+    /// Building views can end the extension, so ask for them only to draw them.
     bool wantsEntries = false;
     bool wantsViews = false;
 };
@@ -70,7 +80,7 @@ struct AnsweredEntry {
 
 struct EntryAnswer {
     std::vector<AnsweredEntry> entries;
-    /// Of a timeline only.
+    /// Only for a timeline.
     std::optional<platform::TimelineReloadPolicy> policy;
     double networkMs = 0.0;
 };
@@ -83,13 +93,13 @@ struct WidgetListing {
     bool contentMarginsDisabled = false;
 };
 
-/// One child. Starts with the first question; after its death or end the next question starts a new one.
-/// It runs with a clean environment and no open file but its three pipes, and dies with the host.
-/// Idle for long it is asked to go; while it is asked it is killed when it answers no ping for two
-/// seconds or when its resident memory has passed the limit.
+/// One child. The first question starts it; after its death or end the next question starts another.
+/// It runs with a clean environment and no open file except its three pipes, and dies with the host. It is
+/// asked to exit when it has been idle for long. While it owes an answer it is killed if it does not answer a
+/// ping for two seconds, or when its resident memory has passed the limit.
 ///
 /// Questions may overlap; any thread. Errors (domain "ExtensionError") are one line that says how the
-/// child ended or how long it was waited for; a kind or family that there is not is a "UsageError".
+/// child ended or how long it was waited for. An unknown kind or family is a "UsageError".
 class ExtensionProcess {
 public:
     explicit ExtensionProcess(ExtensionOptions options);
@@ -98,20 +108,24 @@ public:
     ExtensionProcess(const ExtensionProcess&) = delete;
     ExtensionProcess& operator=(const ExtensionProcess&) = delete;
 
+    /// The bundle's widgets. Waits for the answer.
     platform::Result<std::vector<WidgetListing>> gallery(std::chrono::milliseconds limit);
-    /// A late answer is dropped; the child lives on.
+    /// Waits for the answer. When it comes too late it is dropped, and the child lives on.
     platform::Result<EntryAnswer> ask(const EntryQuestion& question, std::chrono::milliseconds limit);
-    /// The extension's clock from now on; absent: the system's.
+    using Completion = std::function<void(platform::Result<EntryAnswer>)>;
+    /// The same without waiting. `completion` is called exactly once, on another thread or before this
+    /// returns; it must not destroy the ExtensionProcess.
+    void ask(const EntryQuestion& question, std::chrono::milliseconds limit, Completion completion);
+    /// Sets the extension's clock, also in later children. Absent: it follows the system.
     platform::Result<void> setClock(std::optional<platform::Instant> instant, double rate);
-    platform::Result<void> ping(std::chrono::milliseconds limit);
 
-    /// Of the running child, or of the last one as it was at its last answer.
+    /// Of the running child, or of the last one as of its last answer.
     ExtensionStatistics statistics() const;
-    /// 0 when none runs.
+    /// 0 when no child runs.
     int processId() const;
-    /// Ends the child (SIGKILL when it does not go by itself) and reaps it.
+    /// Ends the child (with SIGKILL if it does not exit by itself) and reaps it.
     void end();
-    /// Ends it for good: whatever will be asked fails at once, and what is asked fails when the child goes,
+    /// Ends it for good: later questions fail at once, and those under way fail when the child is gone,
     /// within about a second. Does not wait for that.
     void close();
 

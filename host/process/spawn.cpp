@@ -16,7 +16,7 @@
 namespace host {
 namespace {
 
-/// What the child sees of the environment: the ways of a sanitizer, when it has one.
+/// The child's environment: empty, except for the options of a sanitizer that it is built with.
 std::vector<std::string> cleanEnvironment() {
     std::vector<std::string> environment;
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -35,7 +35,7 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     return result;
 }
 
-/// Between fork and exec nothing may allocate or lock: other threads' locks stay locked here.
+/// Between fork and exec nothing may allocate or lock: locks that other threads held stay locked here.
 [[noreturn]] void execInChild(const SpawnOptions& options, pid_t parent, int trouble, char* const* arguments,
                               char* const* environment) {
     setpgid(0, 0);
@@ -58,13 +58,12 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     _exit(127);
 }
 
-tl::unexpected<platform::Error> cannotStart(const std::string& program, int error) {
-    return platform::failure(
-        "ExtensionError", error,
-        "the extension " + program + " cannot be started: " + std::generic_category().message(error));
+tl::unexpected<platform::Error> cannotStart(int error) {
+    return platform::failure("ProcessError", error,
+                             "cannot be started: " + std::generic_category().message(error));
 }
 
-/// What the child wrote before its end; 0 when it became the program, which closes the pipe.
+/// The error that the child wrote; 0 when it has become the program, since that closes the pipe.
 int readError(const platform::FileDescriptor& trouble) {
     int error = 0;
     while (read(trouble.number(), &error, sizeof error) < 0 && errno == EINTR) {
@@ -75,7 +74,7 @@ int readError(const platform::FileDescriptor& trouble) {
 }  // namespace
 
 platform::Result<int> spawn(const SpawnOptions& options) {
-    // Everything that allocates comes before the fork.
+    // Whatever allocates must come before the fork.
     std::vector<std::string> argumentTexts{options.program.string()};
     argumentTexts.insert(argumentTexts.end(), options.arguments.begin(), options.arguments.end());
     std::vector<std::string> environmentTexts = cleanEnvironment();
@@ -83,7 +82,7 @@ platform::Result<int> spawn(const SpawnOptions& options) {
     const std::vector<char*> environment = pointers(environmentTexts);
 
     std::array<int, 2> ends{-1, -1};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) return cannotStart(argumentTexts.front(), errno);
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return cannotStart(errno);
     const platform::FileDescriptor trouble(ends[0]);
     platform::FileDescriptor errorPipe = platform::aboveStandard(ends[1]);
     const pid_t parent = getpid();
@@ -91,15 +90,12 @@ platform::Result<int> spawn(const SpawnOptions& options) {
     if (child == 0) {
         execInChild(options, parent, errorPipe.number(), arguments.data(), environment.data());
     }
-    if (child < 0) {
-        return platform::failure("ExtensionError", errno,
-                                 "no process can be started: " + std::generic_category().message(errno));
-    }
+    if (child < 0) return cannotStart(errno);
     errorPipe.reset();
     const int error = readError(trouble);
     if (error == 0) return child;
     waitpid(child, nullptr, 0);
-    return cannotStart(argumentTexts.front(), error);
+    return cannotStart(error);
 }
 
 }  // namespace host

@@ -1,6 +1,6 @@
 #pragma once
 
-// Starting a program behind a wall: nothing of its parent's but three descriptors.
+// Starts a program that inherits nothing from its parent except three descriptors.
 
 #include <filesystem>
 #include <string>
@@ -19,10 +19,12 @@ struct SpawnOptions {
     int log = -1;
 };
 
-/// The process id of the new child. It has next to no environment, no other open file, no way to gain
-/// privileges, leaves no core file, stands in a process group of its own and dies with the *thread*
-/// that calls this. Waits until the child is the program and no copy of ours any more: its memory
-/// is its own then. A program that is not there or cannot be executed is an error (domain "ExtensionError").
+/// The process id of the new child. It has next to no environment, no other open file and no way to gain
+/// privileges; it leaves no core file, has a process group of its own and dies with the *thread* that called
+/// this. Returns when the child has become the program, so that its memory is its own. An error when the
+/// program does not exist or cannot be executed: domain "ProcessError", the message goes on after the
+/// program's name
+/// ("cannot be started: …").
 platform::Result<int> spawn(const SpawnOptions& options);
 
 }  // namespace host

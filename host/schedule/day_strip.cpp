@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <map>
 #include "host/schedule/reload_plan.h"
-#include "host/schedule/widget_schedule.h"
 
 namespace host {
 
@@ -47,9 +46,9 @@ public:
         plan_.start(now);
         ++row_.questions;
         static_cast<void>(extension_.setClock(moment, 0.0));
-        const auto answer =
-            extension_.ask({.kind = row_.kind, .family = row_.family, .wantsViews = true},
-                           std::min<std::chrono::milliseconds>(restOfTime(), WidgetSchedule::timelineLimit));
+        const auto answer = extension_.ask(
+            {.kind = row_.kind, .family = row_.family, .wantsViews = true},
+            std::min<std::chrono::milliseconds>(restOfTime(), answerLimit(EntryRequest::timeline)));
         if (!answer || answer->entries.empty() || !answer->entries.front().view) {
             row_.error = restOfTime() <= 0ms ? tooSlow
                          : answer            ? "the timeline has no entry"

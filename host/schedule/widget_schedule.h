@@ -1,89 +1,42 @@
 #pragma once
 
-// Keeps the placed widgets' timelines: asks the extension when a plan grants it, shows each entry at
-// its moment, and keeps the last good picture whatever happens.
+// Runs a TimelineKeeper in real time: asks the extension what the keeper wants to know and wakes it when
+// something is due.
 
 #include <condition_variable>
 #include <functional>
-#include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
-#include "host/paint/widget_renderer.h"
 #include "host/process/extension_process.h"
 #include "host/schedule/ledger.h"
-#include "host/schedule/pause.h"
-#include "host/schedule/reload_plan.h"
+#include "host/schedule/timeline_keeper.h"
 #include "platform/base/clock.h"
 
 namespace host {
 
-/// What a placed widget shows. A value that never changes; a new picture is a new one.
-struct ShownPicture {
-    /// Counts up over all pictures of the process.
-    int version = 0;
-    DrawnWidget widget;
-    std::string entryJson;
-    platform::Instant entryDate;
-    /// When it came, on the widgets' clock.
-    platform::Instant since;
-};
-
-/// One placed widget as it stands.
-struct WidgetState {
-    int id = 0;
-    std::string kind;
-    platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
-    /// Null until the placeholder is there.
-    std::shared_ptr<const ShownPicture> picture;
-    std::optional<platform::TimelineReloadPolicy> policy;
-    std::optional<NextReload> next;
-    bool isRunning = false;
-    int failures = 0;
-    /// Of the latest reload, empty when it went well.
-    std::string lastError;
-};
-
-/// Asks on threads of its own: placeholders and entries that become due never wait for a timeline. Any
-/// thread may call it; `changed` is called on one of its threads, without any lock, whenever a widget's
-/// state is another.
+/// Any thread may call it; no call waits for the extension.
 class WidgetSchedule {
 public:
-    struct Surroundings {
-        ExtensionProcess& extension;
-        WidgetRenderer& renderer;
-        /// The clock that widgets see.
-        platform::Clock& clock;
-        Ledger& ledger;
-        std::function<void(int id)> changed;
-    };
-
-    static constexpr std::chrono::seconds placeholderLimit{2};
-    static constexpr std::chrono::seconds snapshotLimit{10};
-    static constexpr std::chrono::seconds timelineLimit{30};
-
-    /// All that it is given must outlive it.
-    WidgetSchedule(Surroundings surroundings, ReloadMode mode);
+    /// `clock` is the one that the widgets see. `changed` is called on the schedule's thread, without any
+    /// lock, when a widget's state may be another. Everything given here must outlive the schedule.
+    WidgetSchedule(ExtensionProcess& extension, platform::Clock& clock, Ledger& ledger, ReloadMode mode,
+                   std::function<void(int id)> changed);
     /// Waits for questions under way.
     ~WidgetSchedule();
     WidgetSchedule(const WidgetSchedule&) = delete;
     WidgetSchedule& operator=(const WidgetSchedule&) = delete;
 
-    /// Asks nothing any more; questions under way go on. For ending the extension before this.
+    /// Asks nothing any more; questions under way go on. For closing the extension before this ends.
     void stopAsking();
 
-    /// Shows the placeholder and asks for a timeline. `id` must be new.
+    // See TimelineKeeper.
     void place(int id, std::string kind, platform::WidgetFamily family);
     void remove(int id);
-
-    /// Asks for the widgets of that kind, or for all.
-    void reload(std::optional<std::string_view> kind, Requester requester);
     void reload(int id, Requester requester);
-    /// Takes the pictures of that kind away: they belong to somebody who is no longer here. The
-    /// placeholder stands there until the next timeline comes.
+    void reload(std::optional<std::string_view> kind, Requester requester);
     void forget(std::string_view kind);
 
     ReloadMode mode() const;
@@ -98,41 +51,27 @@ public:
     std::vector<WidgetState> states() const;
 
 private:
-    struct Widget;
-    using Widgets = std::map<int, std::shared_ptr<Widget>>;
-
     Moment now() const;
-    // What the threads do until the end.
-    void reloadWhatIsReady();
-    void showPlaceholders();
-    void showEntries();
+    void run();
+    void ask(const TimelineQuestion& question);
+    template <typename Change>
+    void change(const Change& what);
 
-    void wait(std::unique_lock<std::mutex>& lock, const Pause& pause);
-    /// The widget that has been ready for longest. After a failure widgets of a kind are asked one by one.
-    std::shared_ptr<Widget> nextReload(const Moment& now, Pause& pause);
-    bool isKindBusy(std::string_view kind) const;
-    std::shared_ptr<Widget> nextWithoutPicture() const;
-    Hold holdOf(const NextReload& next) const;
-    void noteHold(Widget& widget, const NextReload& next, const Moment& now);
-    bool showEntryOf(Widget& widget, const Moment& now);
-    void reload(const std::shared_ptr<Widget>& widget, std::unique_lock<std::mutex>& lock);
-    void showPlaceholder(const std::shared_ptr<Widget>& widget, std::unique_lock<std::mutex>& lock);
-    bool show(Widget& widget, const AnsweredEntry& entry, bool isPlaceholder);
-    WidgetState stateOf(const Widget& widget) const;
+    ExtensionProcess& extension_;
+    platform::Clock& clock_;
+    const std::function<void(int id)> changed_;
 
-    Surroundings surroundings_;
     mutable std::mutex mutex_;
     std::condition_variable wake_;
-    ReloadMode mode_;
+    TimelineKeeper keeper_;
     double clockRate_ = 1.0;
     bool isEnding_ = false;
-    int lastVersion_ = 0;
-    int busyWorkers_ = 0;
-    std::chrono::steady_clock::time_point allBusySince_;
-    /// When a worker last came back after all of them had long been out: what was ready then had to wait.
-    std::optional<Moment> cameFree_;
-    Widgets widgets_;
-    std::vector<std::thread> threads_;
+    /// Whether something has happened since the keeper last advanced.
+    bool hasNews_ = false;
+    std::size_t unanswered_ = 0;
+
+    // Last, so that it starts after everything else is ready.
+    std::thread thread_;
 };
 
 }  // namespace host

@@ -102,7 +102,7 @@ TEST_F(ExtensionTest, OneChildServesAllWidgetsAndStaysWarm) {
     EXPECT_EQ(timeline->policy,
               platform::TimelineReloadPolicy::after(*platform::parseInstant("2026-11-22T06:30:30Z")));
 
-    EXPECT_TRUE(extension.ping(patience));
+    EXPECT_TRUE(extension.gallery(patience));
     EXPECT_EQ(extension.processId(), child);
     EXPECT_GT(extension.statistics().peakRssKiB, 1000);
     EXPECT_GT(extension.statistics().wallMs, 0.0);
@@ -125,7 +125,7 @@ TEST_F(ExtensionTest, AWidgetOrFamilyThatThereIsNotIsWrongUsage) {
 TEST_F(ExtensionTest, ALateAnswerIsDroppedAndTheChildLivesOn) {
     service_.answer({.status = 500, .delay = 700ms});
     ExtensionProcess extension(options());
-    ASSERT_TRUE(extension.ping(patience));
+    ASSERT_TRUE(extension.gallery(patience));
     const int child = extension.processId();
 
     const auto late = extension.ask(perch(EntryRequest::timeline), 100ms);
@@ -141,7 +141,7 @@ TEST_F(ExtensionTest, ALateAnswerIsDroppedAndTheChildLivesOn) {
 TEST_F(ExtensionTest, ADeathFailsWhatWasAskedWithItsSignalAndTheNextQuestionStartsANewChild) {
     service_.answer({.ending = tests::Answer::Ending::silence});
     ExtensionProcess extension(options());
-    ASSERT_TRUE(extension.ping(patience));
+    ASSERT_TRUE(extension.gallery(patience));
     const int first = extension.processId();
 
     auto answer = std::async(std::launch::async,
@@ -152,19 +152,19 @@ TEST_F(ExtensionTest, ADeathFailsWhatWasAskedWithItsSignalAndTheNextQuestionStar
     ASSERT_FALSE(killed);
     EXPECT_EQ(killed.error().message, "the extension was ended by signal 9 (SIGKILL)");
 
-    ASSERT_TRUE(extension.ping(patience));
+    ASSERT_TRUE(extension.gallery(patience));
     EXPECT_NE(extension.processId(), first);
 }
 
 TEST_F(ExtensionTest, AChildThatStandsStillIsEndedWhenItAnswersNoPing) {
     ExtensionProcess extension(options());
-    ASSERT_TRUE(extension.ping(patience));
+    ASSERT_TRUE(extension.gallery(patience));
     kill(extension.processId(), SIGSTOP);
 
     const auto answer = extension.ask(perch(EntryRequest::placeholder), patience);
     ASSERT_FALSE(answer);
     EXPECT_EQ(answer.error().message, "the extension answered no ping for 2 seconds");
-    EXPECT_TRUE(extension.ping(patience));
+    EXPECT_TRUE(extension.gallery(patience));
 }
 
 TEST_F(ExtensionTest, AnIdleChildGoesButNotWhileItIsAsked) {
@@ -182,14 +182,14 @@ TEST_F(ExtensionTest, AnIdleChildGoesButNotWhileItIsAsked) {
     }
     EXPECT_EQ(extension.processId(), 0);
     EXPECT_TRUE(hasNoChild());
-    EXPECT_TRUE(extension.ping(patience));
+    EXPECT_TRUE(extension.gallery(patience));
 }
 
 TEST_F(ExtensionTest, AChildWhoseOwnMemoryPassesTheLimitIsKilled) {
     const std::vector<char> ours(64U << 20, 'x');
     for (int start = 0; start < 5; ++start) {
         ExtensionProcess extension(options());
-        const auto pong = extension.ping(patience);
+        const auto pong = extension.gallery(patience);
         EXPECT_TRUE(pong) << pong.error().message;
     }
     service_.answer({.ending = tests::Answer::Ending::silence});
@@ -220,7 +220,7 @@ TEST_F(ExtensionTest, ItsClockFollowsTheHostsAlsoInAChildThatStartsLater) {
 TEST_F(ExtensionTest, TheChildHasNothingOfItsParentsButThreeDescriptors) {
     ASSERT_EQ(setenv("BRIGHTLEDGER_TEST_SECRET", "open sesame", 1), 0);
     ExtensionProcess extension(options());
-    ASSERT_TRUE(extension.ping(patience));
+    ASSERT_TRUE(extension.gallery(patience));
     const std::filesystem::path child = "/proc/" + std::to_string(extension.processId());
 
     EXPECT_THAT(fileContent(child / "environ"), testing::Not(HasSubstr("BRIGHTLEDGER_TEST_SECRET")));
@@ -242,7 +242,7 @@ TEST_F(ExtensionTest, TheChildsLogArrivesLineByLine) {
         lines.push_back(std::move(line));
     };
     ExtensionProcess extension(verbose);
-    const auto refused = extension.ping(patience);
+    const auto refused = extension.gallery(patience);
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().message,
               "the extension ended with exit code 2: "
@@ -261,7 +261,7 @@ TEST_F(ExtensionTest, AProgramThatIsNotThereOrCannotRunIsAnErrorAndNotAWait) {
                  {informationFile(), "Exec format error"}};
     for (const auto& [program, reason] : cases) {
         ExtensionProcess extension({.program = program, .arguments = {}, .log = {}});
-        const auto answer = extension.ping(patience);
+        const auto answer = extension.gallery(patience);
         ASSERT_FALSE(answer);
         EXPECT_EQ(answer.error().message,
                   "the extension " + program.string() + " cannot be started: " + reason);
@@ -276,8 +276,8 @@ struct BadSpeaker {
 
 TEST(ExtensionProcess, AChildThatBehavesBadlyIsEndedAndNotBelieved) {
     const BadSpeaker speakers[] = {
-        {"printf '\\377\\377\\377\\377\\377'; sleep 60", "the extension sent what is no message"},
-        {"printf '\\002\\377\\377'; sleep 60", "the extension sent what is no message"},
+        {"printf '\\377\\377\\377\\377\\377'; sleep 60", "the extension sent something that is not a message"},
+        {"printf '\\002\\377\\377'; sleep 60", "the extension sent something that is not a message"},
         {"printf '\\004\\022\\002\\010\\007'; sleep 60", "the extension speaks another version"},
         {"exec >&- <&-; sleep 60", "the extension closed its output"},
         {"printf '\\004\\022\\002\\010\\001'; x=$(head -c 40000000 /dev/zero | tr '\\0' x); x=; "
@@ -293,7 +293,7 @@ TEST(ExtensionProcess, AChildThatBehavesBadlyIsEndedAndNotBelieved) {
                                     .arguments = {"-c", speaker.script},
                                     .log = {},
                                     .residentLimitKiB = 30L * 1024});
-        const auto answer = extension.ping(patience);
+        const auto answer = extension.gallery(patience);
         ASSERT_FALSE(answer) << speaker.script;
         EXPECT_EQ(answer.error().message, speaker.complaint) << speaker.script;
     }
@@ -301,16 +301,16 @@ TEST(ExtensionProcess, AChildThatBehavesBadlyIsEndedAndNotBelieved) {
 
 TEST(ExtensionProcess, AThousandDeathsLeaveNoZombieAndNoOpenFile) {
     ExtensionProcess extension({.program = "/bin/false", .arguments = {}, .log = {}});
-    ASSERT_FALSE(extension.ping(patience));
+    ASSERT_FALSE(extension.gallery(patience));
     const std::size_t before = openFiles();
-    for (int death = 0; death < 1000; ++death) ASSERT_FALSE(extension.ping(patience));
+    for (int death = 0; death < 1000; ++death) ASSERT_FALSE(extension.gallery(patience));
     EXPECT_LE(openFiles(), before);
     EXPECT_TRUE(hasNoChild());
 }
 
 TEST(ExtensionProcess, ItsEndFailsWhatIsStillAskedAndLeavesNothing) {
     ExtensionProcess extension({.program = "/bin/sleep", .arguments = {"60"}, .log = {}});
-    auto answer = std::async(std::launch::async, [&] { return extension.ping(patience); });
+    auto answer = std::async(std::launch::async, [&] { return extension.gallery(patience); });
     while (extension.processId() == 0) std::this_thread::sleep_for(1ms);
     extension.end();
     const auto ended = answer.get();
@@ -318,7 +318,7 @@ TEST(ExtensionProcess, ItsEndFailsWhatIsStillAskedAndLeavesNothing) {
     EXPECT_THAT(ended.error().message, StartsWith("the extension was ended"));
     EXPECT_TRUE(hasNoChild());
     extension.close();
-    EXPECT_FALSE(extension.ping(patience));
+    EXPECT_FALSE(extension.gallery(patience));
     EXPECT_EQ(extension.processId(), 0);
 }
 
