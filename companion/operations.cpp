@@ -1,7 +1,6 @@
 #include "companion/operations.h"
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 #include <future>
 #include <nlohmann/json.hpp>
@@ -138,11 +137,11 @@ Result<std::string> checkedHexString(ProcessState&, const Color& color) {
     return extension::hexString(color);
 }
 
-/// Waits for the answer, so that the properties read next tell of it.
+/// Waits for the answer, so that the properties that are read next show it.
 void askWhatIsPlaced(ProcessState& state) {
     const auto isAnswered = std::make_shared<std::promise<void>>();
     extension::queryPlacedWidgets(state, [isAnswered] { isAnswered->set_value(); });
-    isAnswered->get_future().wait_for(std::chrono::seconds(5));
+    isAnswered->get_future().wait();
 }
 
 std::optional<std::string_view> viewOf(const OptionalText& text) {
@@ -294,6 +293,33 @@ Result<ordered_json> PhoneApp::call(std::string_view className, std::string_view
         return wrongUsage("wrong number of arguments; write " + line(*found));
     }
     return found->call(*state_, arguments);
+}
+
+Result<void> PhoneApp::setTheme(std::int64_t type) {
+    ThemeService themes(*state_);
+    return themes.setSelectedThemeType(type)
+        .and_then([&] { return themes.setReloadsWidgets(true); })
+        .map([&] { extension::reloadWidgets(state_->runtime, std::nullopt); });
+}
+
+std::int64_t PhoneApp::theme() const { return ThemeService(*state_).selectedThemeType(); }
+
+Result<void> PhoneApp::signIn(const std::optional<Session>& session) {
+    return setSession(state_->runtime, session)
+        .and_then([&] { return extension::removeSavedPortfolioRows(state_->runtime); })
+        .map([&] { extension::reloadWidgets(state_->runtime, "PortfolioWidget"); });
+}
+
+Result<void> PhoneApp::chooseAssets(const ChosenAssets& assets) {
+    return setChosenAssets(state_->runtime, assets).map([&] {
+        extension::reloadWidgets(state_->runtime, "PerchWidget");
+    });
+}
+
+Result<void> PhoneApp::setNewsFeed(const std::optional<std::string>& address) {
+    return setNewsFeedAddress(state_->runtime, address).map([&] {
+        extension::reloadWidgets(state_->runtime, "NewsWidget");
+    });
 }
 
 std::vector<std::string> listOperations() {

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -9,12 +10,14 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <system_error>
+#include "companion/demo_service.h"
 #include "companion/operations.h"
-#include "companion/user_choices.h"
 #include "host/cli/output.h"
 #include "host/cli/surroundings.h"
+#include "host/home/host_questions.h"
 #include "platform/base/alternatives.h"
 #include "platform/runtime/runtime.h"
+#include "platform/wire/host_channel.h"
 #include "platform/wire/host_widget_center.h"
 
 namespace host {
@@ -23,7 +26,7 @@ namespace {
 using platform::ProcessOptions;
 using platform::Result;
 
-constexpr std::chrono::seconds hostLimit{5};
+constexpr std::chrono::seconds galleryLimit{5};
 
 Result<void> callWords(companion::PhoneApp& app, const std::vector<std::string>& words) {
     if (words.size() < 2)
@@ -52,26 +55,18 @@ Result<void> callLines(companion::PhoneApp& app, std::istream& input) {
 
 /// Looks the user up at the service that the information dictionary names.
 Result<companion::Session> sessionOf(const std::string& name, const platform::Runtime& runtime) {
-    const auto origin = runtime.bundle().text("ProductionWebHost");
-    const auto address = platform::URL::parse(origin.value_or("") + "/demo/users");
-    const auto answer =
-        address ? runtime.urls().load({.url = *address}, std::chrono::steady_clock::now() + hostLimit)
-                : tl::unexpected(platform::urlError(platform::url_error::badURL));
-    if (!answer || answer->statusCode != 200 || !answer->body) {
+    const auto users =
+        companion::DemoService(runtime, runtime.bundle().text("ProductionWebHost").value_or("")).users();
+    if (!users) {
         return platform::failure(
             "UserError", 1,
             "cannot look up the user \"" + name +
-                "\": no home screen is running, and the web host did not list its users");
+                "\": no home screen is running, and the web host did not list its users (" +
+                users.error().message + ")");
     }
-    const auto users = nlohmann::json::parse(answer->body->view(), nullptr, false);
-    if (users.is_array()) {
-        for (const auto& user : users) {
-            if (user.value("name", "") != name) continue;
-            return companion::Session{user.value("token", ""), user.value("userId", ""),
-                                      user.value("userPortfolio", "")};
-        }
-    }
-    return platform::failure("UserError", 2, "unknown user \"" + name + "\"");
+    const auto user = std::ranges::find(*users, name, &companion::DemoUser::name);
+    if (user == users->end()) return platform::failure("UserError", 2, "unknown user \"" + name + "\"");
+    return user->session;
 }
 
 Result<void> printOperations() {
@@ -82,7 +77,7 @@ Result<void> printOperations() {
 
 Result<void> checkKind(const std::string& kind, ExtensionOptions options) {
     ExtensionProcess extension(std::move(options));
-    const auto gallery = extension.gallery(hostLimit);
+    const auto gallery = extension.gallery(galleryLimit);
     if (!gallery) return tl::unexpected(gallery.error());
     std::vector<std::string> kinds;
     for (const WidgetListing& widget : *gallery) {
@@ -110,10 +105,7 @@ Result<void> signInUser(const ProcessOptions& process, const std::string& name) 
     auto resolved = surroundings(process);
     if (!resolved) return tl::unexpected(resolved.error());
     const std::filesystem::path socket = platform::hostSocketPath(resolved->dataDirectory);
-    if (platform::askHost(socket, "placed", hostLimit)) {
-        const auto answer = platform::askHost(socket, "user " + name, hostLimit);
-        return answer ? Result<void>() : tl::unexpected(answer.error());
-    }
+    if (isHostRunning(socket)) return askToSignIn(socket, name == "none" ? "" : name);
     const platform::Runtime runtime(std::move(*resolved));
     std::optional<companion::Session> session;
     if (name != "none") {
@@ -121,14 +113,13 @@ Result<void> signInUser(const ProcessOptions& process, const std::string& name) 
         if (!found) return tl::unexpected(found.error());
         session = std::move(*found);
     }
-    return companion::setSession(runtime, session);
+    return companion::PhoneApp(runtime).signIn(session);
 }
 
 Result<void> explainReloads(const ProcessOptions& process, const std::string& kind) {
     const auto resolved = surroundings(process);
     if (!resolved) return tl::unexpected(resolved.error());
-    Result<std::string> answer =
-        platform::askHost(platform::hostSocketPath(resolved->dataDirectory), "why " + kind, hostLimit);
+    Result<std::string> answer = askWhy(platform::hostSocketPath(resolved->dataDirectory), kind);
     if (!answer) {
         const Result<void> known = checkKind(kind, extensionOptions(process, *resolved));
         return tl::unexpected(known ? answer.error() : known.error());

@@ -1,43 +1,34 @@
 #include "host/home/home_screen.h"
 #include <algorithm>
-#include <fstream>
+#include <csignal>
+#include <utility>
 #include "companion/user_choices.h"
-#include "host/home/page_answers.h"
+#include "platform/base/files.h"
 #include "platform/settings/property_list.h"
 
 namespace host {
 
 namespace {
 
-using platform::PropertyList;
 using platform::Result;
 using platform::WidgetFamily;
 
 constexpr std::size_t longestLog = 300;
+constexpr std::chrono::seconds dayLimit{20};
 
 }  // namespace
 
-/// The phone app's way to us, without a detour through a socket.
+/// The phone app's way to the home screen, without a detour through a socket.
 class HomeScreen::Center final : public platform::WidgetCenter {
 public:
     explicit Center(HomeScreen& home) : home_(home) {}
 
-    void reloadTimelines(std::string_view ofKind) override {
-        home_.noticeUser();
-        home_.schedule_->reload(ofKind, Requester::app);
-    }
-    void reloadAllTimelines() override {
-        home_.noticeUser();
-        home_.schedule_->reload(std::optional<std::string_view>(), Requester::app);
-    }
+    void reloadTimelines(std::string_view ofKind) override { home_.reloadForApp(ofKind); }
+    void reloadAllTimelines() override { home_.reloadForApp(std::nullopt); }
     void getCurrentConfigurations(
         std::function<void(Result<std::vector<platform::PlacedWidget>>)> completion) override {
         std::vector<platform::PlacedWidget> placed;
-        {
-            const std::lock_guard lock(home_.mutex_);
-            for (const Placement& placement : home_.placements_)
-                placed.push_back({placement.kind, placement.family});
-        }
+        for (const Placement& each : home_.placements()) placed.push_back({each.kind, each.family});
         completion(std::move(placed));
     }
 
@@ -53,21 +44,26 @@ Result<std::unique_ptr<HomeScreen>> HomeScreen::start(HomeScreenOptions options)
         return tl::unexpected(written.error());
     // Before the extension opens the store: two that create it at once would wait for each other.
     home->noticeUser();
-    const auto gallery = home->extension_->gallery(std::chrono::seconds(10));
+    auto gallery = home->extension_->gallery(std::chrono::seconds(10));
     if (!gallery) return tl::unexpected(gallery.error());
-    home->gallery_ = *gallery;
-    home->loadDemoLists();
+    home->gallery_ = std::move(*gallery);
+    if (home->demo_) {
+        home->users_ = home->demo_->users().value_or(std::vector<companion::DemoUser>());
+        home->assets_ = home->demo_->assets().value_or(std::vector<companion::DemoAsset>());
+    }
     home->placeSaved();
     return home;
 }
 
 HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> painter)
-    : options_(std::move(options)), renderer_(std::move(painter), options_.runtime.osVersion) {
+    : options_(std::move(options)),
+      placements_(options_.runtime.dataDirectory / "home-screen.json"),
+      renderer_(std::move(painter), options_.runtime.osVersion) {
     if (options_.runtime.bundle.text("ENVIRONMENT") == "staging") environment_ = "staging";
     options_.runtime.widgetCenter = std::make_shared<Center>(*this);
     runtime_ = std::make_unique<platform::Runtime>(options_.runtime);
     phoneApp_ = std::make_unique<companion::PhoneApp>(*runtime_);
-    if (options_.runtime.now) clock_.set(*options_.runtime.now, 0.0);
+    if (options_.demoOrigin) demo_.emplace(*runtime_, *options_.demoOrigin);
     extension_ = std::make_unique<ExtensionProcess>(
         ExtensionOptions{.program = options_.extensionProgram,
                          .arguments = options_.extensionArguments,
@@ -110,69 +106,42 @@ void HomeScreen::noteLog(std::string line) {
     if (log_.size() > longestLog) log_.pop_front();
 }
 
-void HomeScreen::placeSaved() {
-    const auto saved = loadPlacements(options_.runtime.dataDirectory / "home-screen.json");
-    if (!saved) noteLog("the saved home screen cannot be read: " + saved.error().message);
-    std::vector<Placement> placements = saved.value_or(std::vector<Placement>());
-    std::error_code error;
-    if (placements.empty() &&
-        !std::filesystem::exists(options_.runtime.dataDirectory / "home-screen.json", error)) {
-        placements = {{1, "PerchWidget", WidgetFamily::systemMedium},
-                      {2, "PortfolioWidget", WidgetFamily::systemSmall},
-                      {3, "PerchWidget", WidgetFamily::systemSmall},
-                      {4, "PortfolioWidget", WidgetFamily::systemMedium},
-                      {5, "NewsWidget", WidgetFamily::systemLarge},
-                      {6, "PerchWidget", WidgetFamily::systemLarge}};
-    }
+std::vector<std::string> HomeScreen::log() const {
     const std::lock_guard lock(mutex_);
-    for (const Placement& placement : placements) {
-        schedule_->place(placement.id, placement.kind, placement.family);
-        lastId_ = std::max(lastId_, placement.id);
-    }
-    placements_ = std::move(placements);
+    return {log_.begin(), log_.end()};
 }
 
-// Called with the lock held.
-Result<void> HomeScreen::save() {
-    return savePlacements(options_.runtime.dataDirectory / "home-screen.json", placements_);
+std::string HomeScreen::environment() const {
+    const std::lock_guard lock(mutex_);
+    return environment_;
+}
+
+std::string HomeScreen::fault() const {
+    const std::lock_guard lock(mutex_);
+    return fault_;
+}
+
+void HomeScreen::placeSaved() {
+    const auto loaded = placements_.load({{1, "PerchWidget", WidgetFamily::systemMedium},
+                                          {2, "PortfolioWidget", WidgetFamily::systemSmall},
+                                          {3, "PerchWidget", WidgetFamily::systemSmall},
+                                          {4, "PortfolioWidget", WidgetFamily::systemMedium},
+                                          {5, "NewsWidget", WidgetFamily::systemLarge},
+                                          {6, "PerchWidget", WidgetFamily::systemLarge}});
+    if (!loaded) noteLog("the saved home screen cannot be used: " + loaded.error().message);
+    for (const Placement& each : placements_.all()) schedule_->place(each.id, each.kind, each.family);
 }
 
 Result<void> HomeScreen::writeInformation(const std::string& environment) {
-    PropertyList::Dictionary entries = options_.runtime.bundle.entries;
+    platform::PropertyList::Dictionary entries = options_.runtime.bundle.entries;
     entries["ENVIRONMENT"] = environment;
     if (options_.demoOrigin) {
         for (const char* name :
              {"ProductionAPIHost", "StagingAPIHost", "ProductionWebHost", "StagingWebHost"})
             entries[name] = *options_.demoOrigin;
     }
-    const Result<std::string> text = platform::xmlPropertyList(entries);
-    if (!text) return tl::unexpected(text.error());
-    std::ofstream file(options_.infoPlist, std::ios::binary | std::ios::trunc);
-    file << *text;
-    file.close();
-    if (!file) return refusal("cannot write " + options_.infoPlist.string());
-    return {};
-}
-
-Result<std::string> HomeScreen::askDemo(const std::string& path, std::optional<std::string> content) {
-    if (!options_.demoOrigin) return refusal("the demo service is not in use");
-    const auto url = platform::URL::parse(*options_.demoOrigin + path);
-    platform::URLRequest request{.url = url.value()};
-    if (content) {
-        request.method = "POST";
-        request.body = platform::Bytes(*content);
-    }
-    const auto answer =
-        runtime_->urls().load(std::move(request), std::chrono::steady_clock::now() + std::chrono::seconds(5));
-    if (!answer) return refusal("the demo service does not answer");
-    if (answer->statusCode != 200) return refusal("the demo service refused");
-    return std::string(answer->body.value_or(platform::Bytes()).view());
-}
-
-void HomeScreen::loadDemoLists() {
-    if (!options_.demoOrigin) return;
-    users_ = askDemo("/demo/users").value_or("[]");
-    catalogue_ = askDemo("/demo/catalogue").value_or("[]");
+    return platform::xmlPropertyList(entries).and_then(
+        [this](const std::string& text) { return platform::writeFile(options_.infoPlist, text); });
 }
 
 void HomeScreen::noticeUser() {
@@ -185,6 +154,100 @@ void HomeScreen::noticeUser() {
         if (isSame) return;
     }
     schedule_->forget("PortfolioWidget");
+}
+
+void HomeScreen::reloadForApp(std::optional<std::string_view> kind) {
+    noticeUser();
+    schedule_->reload(kind, Requester::app);
+}
+
+Result<std::string> HomeScreen::picture(int id, int scale) {
+    const std::optional<WidgetState> state = widget(id);
+    if (!state || !state->picture) return refusal("there is no picture yet");
+    return renderer_.png(state->picture->widget, scale);
+}
+
+Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily family, EntryRequest request,
+                                        int scale) {
+    const auto answer = extension_->ask(
+        {.kind = kind, .family = family, .request = request, .isPreview = true, .wantsViews = true},
+        answerLimit(request));
+    if (!answer) return tl::unexpected(answer.error());
+    if (answer->entries.empty() || !answer->entries.front().view)
+        return refusal("the extension sent nothing to draw");
+    return renderer_.png({*answer->entries.front().view, kind, family, request == EntryRequest::placeholder},
+                         scale);
+}
+
+std::vector<DayRow> HomeScreen::day() {
+    const auto limit = std::chrono::steady_clock::now() + dayLimit;
+    const std::lock_guard lock(dayMutex_);
+    std::vector<DayRow> rows =
+        lookThroughDay(*dayExtension_, gallery_, clock_.now(), runtime_->calendar(), limit);
+    dayExtension_->end();
+    return rows;
+}
+
+Result<void> HomeScreen::place(const std::string& kind, WidgetFamily family) {
+    const auto listing = std::ranges::find(gallery_, kind, &WidgetListing::kind);
+    if (listing == gallery_.end() || std::ranges::find(listing->families, family) == listing->families.end())
+        return refusal("the extension has no such widget");
+    return placements_.add(kind, family).map([this](const Placement& placed) {
+        schedule_->place(placed.id, placed.kind, placed.family);
+    });
+}
+
+Result<void> HomeScreen::remove(int id) {
+    return placements_.remove(id).map([&] { schedule_->remove(id); });
+}
+
+Result<void> HomeScreen::move(int id, int index) { return placements_.move(id, index); }
+
+void HomeScreen::reload(std::optional<int> id) {
+    if (id) {
+        schedule_->reload(*id, Requester::person);
+    } else {
+        schedule_->reload(std::optional<std::string_view>(), Requester::person);
+    }
+}
+
+void HomeScreen::setMode(ReloadMode mode) { schedule_->setMode(mode); }
+
+void HomeScreen::setClock(std::optional<platform::Instant> instant, double rate) {
+    schedule_->setClock(instant, rate);
+}
+
+Result<void> HomeScreen::setEnvironment(const std::string& environment) {
+    if (const auto written = writeInformation(environment); !written) return written;
+    {
+        const std::lock_guard lock(mutex_);
+        environment_ = environment;
+    }
+    // A process reads its environment once, so the next one must be new.
+    extension_->end();
+    reload(std::nullopt);
+    return {};
+}
+
+Result<void> HomeScreen::setFault(const std::string& fault) {
+    if (!demo_) return refusal("the demo service is not in use");
+    if (const auto done = demo_->setFault(fault); !done) return done;
+    {
+        const std::lock_guard lock(mutex_);
+        fault_ = fault;
+    }
+    reload(std::nullopt);
+    return {};
+}
+
+Result<void> HomeScreen::killExtension() {
+    const int process = extension_->processId();
+    if (process <= 0) return refusal("the extension is not running");
+    ::kill(process, SIGKILL);
+    noteLog("the extension was killed from the home screen");
+    // Whoever kills it wants to see what follows: the next question starts a new one.
+    schedule_->reload(std::optional<std::string_view>(), Requester::app);
+    return {};
 }
 
 }  // namespace host

@@ -1,24 +1,24 @@
 #pragma once
 
-// The home screen behind its page: what is placed, what the phone app's controls do, and what the page
-// is told of all that.
+// The home screen behind its page: the placed widgets, the extension that draws them, the phone app that they
+// belong to, and the clock that they see.
 
 #include <deque>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <shared_mutex>
 #include <string>
 #include <string_view>
 #include <vector>
+#include "companion/demo_service.h"
 #include "companion/operations.h"
 #include "host/home/placements.h"
 #include "host/paint/widget_renderer.h"
 #include "host/process/extension_process.h"
+#include "host/schedule/day_strip.h"
 #include "host/schedule/ledger.h"
 #include "host/schedule/widget_schedule.h"
 #include "platform/base/result.h"
@@ -26,22 +26,27 @@
 
 namespace host {
 
+/// An error of the home screen, for people to read.
+inline tl::unexpected<platform::Error> refusal(std::string message) {
+    return platform::failure("HomeScreenError", 1, std::move(message));
+}
+
 struct HomeScreenOptions {
-    /// Of the phone app; the widget center is ours and is not looked at.
+    /// Of the phone app. Its widget center is ignored: the home screen is its own.
     platform::RuntimeOptions runtime;
     std::filesystem::path extensionProgram;
     std::vector<std::string> extensionArguments;
-    /// The information dictionary that the extension is given: written there at the start, and anew when
-    /// the environment changes.
+    /// The information dictionary that the extension is given: written at the start, and again when the
+    /// environment changes.
     std::filesystem::path infoPlist;
     std::filesystem::path resources;
-    /// Of the demo service; absent when the extension calls another one.
+    /// Of the demo service; absent when the extension calls another service.
     std::optional<std::string> demoOrigin;
-    /// Takes every line of the log that the inspector shows; any thread. May be empty.
+    /// Receives every line of the log that the inspector shows; any thread. May be empty.
     std::function<void(std::string_view line)> log = {};
 };
 
-/// Any thread. Texts that the page is told never hold a token, a user id or a portfolio address.
+/// Any thread. Errors (domain "HomeScreenError" and those of the parts) are for people to read.
 class HomeScreen {
 public:
     /// Places the widgets of last time, or a first choice. Fails when nothing can be drawn.
@@ -50,105 +55,101 @@ public:
     HomeScreen(const HomeScreen&) = delete;
     HomeScreen& operator=(const HomeScreen&) = delete;
 
-    /// Asks the extension nothing any more: whoever waits for it is answered soon. For the end.
+    /// Asks the extension nothing any more, so that everybody who waits for it is answered soon. For the end.
     void stop();
 
-    /// Called whenever the state may be another, perhaps on several threads at once. The former listener is
-    /// not called any more once this returns; not to be called by a listener.
+    /// `listener` is called whenever the state may be another, perhaps on several threads at once. The former
+    /// one is not called any more once this returns. Not to be called by a listener.
     void whenChanged(std::function<void()> listener);
+    /// Tells the listener that the state may be another.
+    void changed();
 
-    /// Everything that the page shows, as JSON text.
-    std::string stateText();
-    /// The ledger's entries after that number, as JSON text.
-    std::string ledgerText(std::uint64_t after) const;
-    /// What the workbench tells of one widget, as JSON text; nothing when there is no such widget.
-    std::optional<std::string> inspectionText(int id);
-    /// PNG of a widget as it stands.
+    // What it shows.
+
+    const std::vector<WidgetListing>& gallery() const { return gallery_; }
+    std::vector<Placement> placements() const { return placements_.all(); }
+    std::vector<WidgetState> widgets() const { return schedule_->states(); }
+    std::optional<WidgetState> widget(int id) const { return schedule_->state(id); }
+    ReloadMode mode() const { return schedule_->mode(); }
+    platform::Instant now() const { return clock_.now(); }
+    double clockRate() const { return schedule_->clockRate(); }
+    const Ledger& ledger() const { return ledger_; }
+    const ExtensionProcess& extension() const { return *extension_; }
+    WidgetRenderer& renderer() { return renderer_; }
+    std::vector<std::string> log() const;
+    std::string environment() const;
+
+    /// PNG of a widget as it is now.
     platform::Result<std::string> picture(int id, int scale);
-    /// PNG of a widget of the gallery, by its snapshot or its placeholder.
+    /// PNG of a widget of the gallery: its snapshot or its placeholder.
     platform::Result<std::string> preview(const std::string& kind, platform::WidgetFamily family,
                                           EntryRequest request, int scale);
-    /// Kinds, users and assets to choose from, as JSON text; they stay the same.
-    std::string choicesText() const;
-    /// What each kind would show through a day by the phone's rules, as JSON text, with pictures by their
-    /// numbers. Takes seconds, at most half a minute; one at a time.
-    std::string dayText();
-    /// PNG of that number of the latest day.
-    std::optional<std::string> dayPicture(std::size_t number) const;
+    /// What each kind would show through the present day by the phone's rules. Takes seconds, at most half a
+    /// minute; one at a time.
+    std::vector<DayRow> day();
 
-    /// Does what the page asks: {"action": …} and what that needs. Errors are for people to read.
-    platform::Result<void> act(const nlohmann::json& request);
-    /// Answers another process's question.
-    std::string answerProcess(std::string_view question);
+    // What a person does at the home screen.
+
+    platform::Result<void> place(const std::string& kind, platform::WidgetFamily family);
+    platform::Result<void> remove(int id);
+    platform::Result<void> move(int id, int index);
+    /// One widget, or all without an id.
+    void reload(std::optional<int> id);
+    void setMode(ReloadMode mode);
+    /// The widgets' clock; absent: the system's time.
+    void setClock(std::optional<platform::Instant> instant, double rate);
+    /// "prod" or "staging".
+    platform::Result<void> setEnvironment(const std::string& environment);
+    platform::Result<void> killExtension();
+
+    // The phone app, and the demo service with the users and assets that it offers (none without one).
+
+    const platform::Runtime& runtime() const { return *runtime_; }
+    companion::PhoneApp& phoneApp() { return *phoneApp_; }
+    const std::vector<companion::DemoUser>& users() const { return users_; }
+    const std::vector<companion::DemoAsset>& assets() const { return assets_; }
+    bool hasDemo() const { return demo_.has_value(); }
+    std::string fault() const;
+    platform::Result<void> setFault(const std::string& fault);
+
+    /// The phone app has widgets of that kind reloaded, or all.
+    void reloadForApp(std::optional<std::string_view> kind);
 
 private:
     class Center;
 
-    explicit HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> painter);
-    void changed();
+    HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> painter);
     void noteLog(std::string line);
     void placeSaved();
-    platform::Result<void> save();
     platform::Result<void> writeInformation(const std::string& environment);
-    platform::Result<std::string> askDemo(const std::string& path, std::optional<std::string> content = {});
-    void loadDemoLists();
-    /// Takes another user's money off the screen as soon as the store tells of another user.
+    /// Hides another user's money as soon as the store names another user.
     void noticeUser();
 
-    platform::Result<void> place(const nlohmann::json& request);
-    platform::Result<void> remove(const nlohmann::json& request);
-    platform::Result<void> move(const nlohmann::json& request);
-    platform::Result<void> reload(const nlohmann::json& request);
-    platform::Result<void> setTheme(const nlohmann::json& request);
-    platform::Result<void> setUser(const nlohmann::json& request);
-    platform::Result<void> setAssets(const nlohmann::json& request);
-    platform::Result<void> setEnvironment(const nlohmann::json& request);
-    platform::Result<void> setNews(const nlohmann::json& request);
-    platform::Result<void> setMode(const nlohmann::json& request);
-    platform::Result<void> setClock(const nlohmann::json& request);
-    platform::Result<void> setFault(const nlohmann::json& request);
-    platform::Result<void> kill(const nlohmann::json& request);
-
-    nlohmann::ordered_json widgetsJson();
-    std::string displayName(const std::string& kind) const;
-    nlohmann::ordered_json pictureJson(int id, const std::shared_ptr<const ShownPicture>& picture);
-    nlohmann::ordered_json phoneAppJson();
-
     HomeScreenOptions options_;
-    std::string environment_ = "prod";
-    std::string fault_ = "none";
     std::vector<WidgetListing> gallery_;
-    std::string users_ = "[]";
-    std::string catalogue_ = "[]";
+    std::vector<companion::DemoUser> users_;
+    std::vector<companion::DemoAsset> assets_;
 
-    /// Shared by those who call the listener, and had alone by who changes it.
+    /// Held shared while the listener runs, and exclusively while it is replaced.
     std::shared_mutex listenerMutex_;
     std::function<void()> listener_;
 
     mutable std::mutex mutex_;
+    std::string environment_ = "prod";
+    std::string fault_ = "none";
     std::deque<std::string> log_;
-    std::vector<Placement> placements_;
-    int lastId_ = 0;
     std::optional<std::string> knownUser_;
-    std::vector<std::string> dayPictures_;
-    std::mutex dayMutex_;
 
-    /// What the page is told of a picture, which is laid out for it: the state is told far more often than
-    /// there is a new one.
-    struct CachedPicture {
-        std::shared_ptr<const ShownPicture> picture;
-        std::shared_ptr<const nlohmann::ordered_json> json;
-    };
-    std::mutex cachedPicturesMutex_;
-    std::map<int, CachedPicture> cachedPictures_;
-
+    Placements placements_;
     std::unique_ptr<platform::Runtime> runtime_;
     std::unique_ptr<companion::PhoneApp> phoneApp_;
+    std::optional<companion::DemoService> demo_;
     platform::Clock clock_;
     Ledger ledger_;
     WidgetRenderer renderer_;
     std::unique_ptr<ExtensionProcess> extension_;
-    /// Asked for days only, as its clock travels.
+    /// For `day` only, since its clock travels.
+    std::mutex dayMutex_;
     std::unique_ptr<ExtensionProcess> dayExtension_;
     std::unique_ptr<WidgetSchedule> schedule_;
 };

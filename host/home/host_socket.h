@@ -8,18 +8,20 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 #include "platform/base/file_descriptor.h"
 #include "platform/base/result.h"
 
 namespace host {
 
-/// Answers one question a connection, one connection at a time, on a thread of its own.
+/// Answers one question per connection on a thread of its own. A connection has two seconds; silent ones hold
+/// up nobody else.
 class HostSocket {
 public:
-    /// Makes the whole answer: "ok\n…" or "error\n…".
-    using Answer = std::function<std::string(std::string_view question)>;
+    /// An error's message goes to the asking process.
+    using Answer = std::function<platform::Result<std::string>(std::string_view question)>;
 
-    /// Listens at `path` (mode 0600, in a folder of mode 0700 that is ours). Fails (domain
+    /// Listens at `path` (mode 0600) in a folder of mode 0700 that only its owner can enter. Fails (domain
     /// "WidgetCenterError") when another host has this socket: it holds a locked file beside it until its
     /// end.
     static platform::Result<std::unique_ptr<HostSocket>> open(const std::filesystem::path& path,
@@ -29,16 +31,21 @@ public:
     HostSocket& operator=(const HostSocket&) = delete;
 
 private:
-    HostSocket(std::filesystem::path path, platform::FileDescriptor lock, int listener, int wakeReader,
-               int wakeWriter, Answer answer);
+    struct Connection;
+
+    HostSocket(std::filesystem::path path, Answer answer)
+        : path_(std::move(path)), answer_(std::move(answer)) {}
     void serve();
+    void acceptAll(std::vector<Connection>& connections) const;
+    /// False when the connection has come to its end.
+    bool advance(Connection& connection) const;
 
     std::filesystem::path path_;
-    platform::FileDescriptor lock_;
-    int listener_;
-    int wakeReader_;
-    int wakeWriter_;
     Answer answer_;
+    platform::FileDescriptor lock_;
+    platform::FileDescriptor listener_;
+    platform::FileDescriptor wakeReader_;
+    platform::FileDescriptor wakeWriter_;
     std::thread thread_;
 };
 

@@ -1,12 +1,10 @@
 #include "host/home/placements.h"
-#include <fcntl.h>
-#include <unistd.h>
-#include <cstdio>
-#include <fstream>
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <set>
-#include <sstream>
 #include <tuple>
+#include <utility>
+#include "platform/base/files.h"
 
 namespace host {
 
@@ -14,10 +12,15 @@ namespace {
 
 constexpr int columns = 2;
 constexpr int rows = 3;
-constexpr std::size_t mostPlacements = 100;
+constexpr std::size_t mostPlacements = 60;
+constexpr std::size_t longestFile = 64U << 10;
 
 tl::unexpected<platform::Error> placementError(const std::string& message) {
     return platform::failure("PlacementError", 1, message);
+}
+
+tl::unexpected<platform::Error> unknownPlacement() {
+    return placementError("that widget is not on the home screen any more");
 }
 
 using Unit = std::tuple<int, int, int>;
@@ -49,6 +52,24 @@ GridPlace firstFree(int page, platform::WidgetFamily family, const std::set<Unit
     }
 }
 
+platform::Result<std::vector<Placement>> placementsIn(const std::filesystem::path& file) {
+    const auto text = platform::readFile(file, longestFile);
+    if (!text) return placementError(text.error().message);
+    std::vector<Placement> placements;
+    try {
+        const auto saved = nlohmann::json::parse(*text);
+        for (const auto& record : saved.at("widgets")) {
+            const auto family = platform::widgetFamily(record.at("family").get<std::string>());
+            if (!family || placements.size() == mostPlacements)
+                return placementError(file.string() + " does not hold a home screen");
+            placements.push_back({0, record.at("kind"), *family});
+        }
+    } catch (const nlohmann::json::exception&) {
+        return placementError(file.string() + " does not hold a home screen");
+    }
+    return placements;
+}
+
 }  // namespace
 
 std::vector<GridPlace> packed(const std::vector<Placement>& placements) {
@@ -64,42 +85,58 @@ std::vector<GridPlace> packed(const std::vector<Placement>& placements) {
     return places;
 }
 
-platform::Result<std::vector<Placement>> loadPlacements(const std::filesystem::path& file) {
+platform::Result<void> Placements::load(std::vector<Placement> initial) {
+    const std::lock_guard lock(mutex_);
+    placements_.clear();
     std::error_code error;
-    if (!std::filesystem::exists(file, error)) return std::vector<Placement>();
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    std::vector<Placement> placements;
-    try {
-        const auto saved = nlohmann::json::parse(text.str());
-        for (const auto& record : saved.at("widgets")) {
-            const auto family = platform::widgetFamily(record.at("family").get<std::string>());
-            if (!family || placements.size() == mostPlacements)
-                return placementError("it holds what is no widget");
-            placements.push_back({static_cast<int>(placements.size()) + 1, record.at("kind"), *family});
-        }
-    } catch (const std::exception& exception) {
-        return placementError(exception.what());
+    if (std::filesystem::exists(file_, error)) {
+        auto read = placementsIn(file_);
+        if (!read) return tl::unexpected(read.error());
+        initial = std::move(*read);
     }
-    return placements;
+    placements_ = std::move(initial);
+    lastId_ = 0;
+    for (Placement& placement : placements_) placement.id = ++lastId_;
+    return {};
 }
 
-platform::Result<void> savePlacements(const std::filesystem::path& file,
-                                      const std::vector<Placement>& placements) {
+std::vector<Placement> Placements::all() const {
+    const std::lock_guard lock(mutex_);
+    return placements_;
+}
+
+platform::Result<Placement> Placements::add(std::string kind, platform::WidgetFamily family) {
+    const std::lock_guard lock(mutex_);
+    if (placements_.size() >= mostPlacements) return placementError("the home screen is full");
+    placements_.push_back({++lastId_, std::move(kind), family});
+    return save().map([this] { return placements_.back(); });
+}
+
+platform::Result<void> Placements::remove(int id) {
+    const std::lock_guard lock(mutex_);
+    if (std::erase_if(placements_, [id](const Placement& each) { return each.id == id; }) == 0)
+        return unknownPlacement();
+    return save();
+}
+
+platform::Result<void> Placements::move(int id, int index) {
+    const std::lock_guard lock(mutex_);
+    const auto found = std::ranges::find(placements_, id, &Placement::id);
+    if (found == placements_.end()) return unknownPlacement();
+    Placement placement = std::move(*found);
+    placements_.erase(found);
+    index = std::clamp(index, 0, static_cast<int>(placements_.size()));
+    placements_.insert(placements_.begin() + index, std::move(placement));
+    return save();
+}
+
+platform::Result<void> Placements::save() const {
     nlohmann::ordered_json widgets = nlohmann::ordered_json::array();
-    for (const Placement& placement : placements)
+    for (const Placement& placement : placements_)
         widgets.push_back({{"kind", placement.kind}, {"family", platform::description(placement.family)}});
     const std::string text = nlohmann::ordered_json{{"widgets", widgets}}.dump(2) + "\n";
-
-    const std::filesystem::path draft = file.string() + ".new";
-    const int descriptor = ::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (descriptor < 0) return placementError("cannot write " + draft.string());
-    const bool isWritten = ::write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    ::close(descriptor);
-    if (!isWritten || std::rename(draft.c_str(), file.c_str()) != 0)
-        return placementError("cannot write " + file.string());
-    return {};
+    const auto written = platform::writeFile(file_, text);
+    return written ? written : placementError(written.error().message);
 }
 
 }  // namespace host

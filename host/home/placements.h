@@ -1,8 +1,10 @@
 #pragma once
 
-// Which widgets stand on the home screen, in which order, and where that puts them.
+// Which widgets are on the home screen, in which order, and where that puts them.
 
 #include <filesystem>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 #include "platform/base/result.h"
@@ -11,7 +13,6 @@
 namespace host {
 
 struct Placement {
-    /// Stays the same as long as the widget is placed; never 0.
     int id = 0;
     std::string kind;
     platform::WidgetFamily family = platform::WidgetFamily::systemSmall;
@@ -28,15 +29,33 @@ struct GridPlace {
     bool operator==(const GridPlace&) const = default;
 };
 
-/// Where each widget stands: each as near to the front as there is room, never on a page before the
-/// widget that precedes it.
+/// The place of each widget: as early as there is room, but never on a page before the widget that precedes
+/// it.
 std::vector<GridPlace> packed(const std::vector<Placement>& placements);
 
-/// Reads what `savePlacements` wrote. A file that is not there is an empty list; one that makes no sense
-/// is an error (domain "PlacementError").
-platform::Result<std::vector<Placement>> loadPlacements(const std::filesystem::path& file);
-/// Whole or not at all, mode 0600.
-platform::Result<void> savePlacements(const std::filesystem::path& file,
-                                      const std::vector<Placement>& placements);
+/// The widgets of one home screen, kept in a file that only its owner can read. Every change is saved before
+/// the call returns. Any thread. Errors (domain "PlacementError") are for people to read.
+class Placements {
+public:
+    explicit Placements(std::filesystem::path file) : file_(std::move(file)) {}
+
+    /// Reads the file; without one, places `initial`. When the file cannot be read nothing is placed.
+    platform::Result<void> load(std::vector<Placement> initial);
+    std::vector<Placement> all() const;
+
+    platform::Result<Placement> add(std::string kind, platform::WidgetFamily family);
+    platform::Result<void> remove(int id);
+    /// To the index that it has afterwards, as near as there is one.
+    platform::Result<void> move(int id, int index);
+
+private:
+    /// With the lock held.
+    platform::Result<void> save() const;
+
+    const std::filesystem::path file_;
+    mutable std::mutex mutex_;
+    std::vector<Placement> placements_;
+    int lastId_ = 0;
+};
 
 }  // namespace host

@@ -2,12 +2,12 @@
 #include <sys/random.h>
 #include <array>
 #include <condition_variable>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <sstream>
+#include "host/home/page_actions.h"
 #include "platform/base/ascii.h"
 #include "platform/base/bytes.h"
+#include "platform/base/files.h"
 
 namespace host {
 
@@ -69,11 +69,9 @@ constexpr std::array pageFiles{PageFile{"/", "index.html", "text/html; charset=u
                                PageFile{"/icon.svg", "icon.svg", "image/svg+xml"}};
 
 Response fileResponse(const std::filesystem::path& file, std::string_view type) {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) return plain(404, "nothing here\n");
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return {.contentType = std::string(type), .body = Bytes(text.str())};
+    auto content = platform::readFile(file, 1U << 20);
+    if (!content) return plain(404, "nothing here\n");
+    return {.contentType = std::string(type), .body = Bytes(*std::move(content))};
 }
 
 Response withSecurityHeaders(Response response) {
@@ -125,7 +123,7 @@ struct PageServer::Signal {
     bool isEnding = false;
 };
 
-PageServer::PageServer(HomeScreen& home) : home_(home), signal_(std::make_shared<Signal>()) {}
+PageServer::PageServer(HomeScreen& home) : home_(home), state_(home), signal_(std::make_shared<Signal>()) {}
 
 platform::Result<std::unique_ptr<PageServer>> PageServer::start(HomeScreen& home, std::uint16_t port,
                                                                 const std::filesystem::path& pages) {
@@ -197,23 +195,23 @@ Response PageServer::get(const Request& request) {
         if (file.path == path) return fileResponse(pages_ / file.name, file.type);
     }
     if (path == "/events") return events();
-    if (path == "/state") return jsonText(home_.stateText());
-    if (path == "/choices") return jsonText(home_.choicesText());
-    if (path == "/day") return later([this] { return jsonText(home_.dayText()); });
+    if (path == "/state") return jsonText(state_.state());
+    if (path == "/choices") return jsonText(state_.choices());
+    if (path == "/day") return later([this] { return jsonText(state_.day()); });
     if (path == "/ledger") {
         const auto after =
             platform::parsedNumber<std::uint64_t>(serving::queryValue(request.query, "after").value_or("0"));
-        return jsonText(home_.ledgerText(after.value_or(0)));
+        return jsonText(state_.ledger(after.value_or(0)));
     }
     const std::size_t slash = path.rfind('/');
     const auto number = platform::parsedNumber<int>(path.substr(slash + 1));
     if (path.starts_with("/picture/") && number) return pngOf(home_.picture(*number, scaleOf(request)));
     if (path.starts_with("/inspect/") && number) {
-        const auto text = home_.inspectionText(*number);
+        const auto text = state_.inspection(*number);
         return text ? jsonText(*text) : plain(404, "there is no such widget\n");
     }
     if (path.starts_with("/day/") && number && *number >= 0) {
-        const auto picture = home_.dayPicture(static_cast<std::size_t>(*number));
+        const auto picture = state_.dayPicture(static_cast<std::size_t>(*number));
         return picture ? pngOf(*picture) : plain(404, "there is no such picture\n");
     }
     const auto family = platform::widgetFamily(path.substr(slash + 1));
@@ -234,7 +232,7 @@ Response PageServer::post(const Request& request) {
     if (request.path != "/act") return plain(404, "nothing here\n");
     const auto action = nlohmann::json::parse(request.body, nullptr, false);
     if (!action.is_object()) return plain(400, "not an action\n");
-    if (const auto done = home_.act(action); !done) return plain(409, done.error().message + "\n");
+    if (const auto done = act(home_, action); !done) return plain(409, done.error().message + "\n");
     return plain(200, "done\n");
 }
 
@@ -260,7 +258,7 @@ void PageServer::tell() {
         std::erase_if(readers_, [](const auto& reader) { return !reader->isOpen(); });
         if (readers_.empty()) return;
     }
-    const std::string state = home_.stateText();
+    const std::string state = state_.state();
     const std::lock_guard lock(mutex_);
     for (const auto& reader : readers_) reader->send("state", state);
 }

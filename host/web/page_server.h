@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 #include "host/home/home_screen.h"
+#include "host/home/page_state.h"
 #include "platform/base/result.h"
 #include "serving/http_server.h"
 
@@ -46,6 +47,7 @@ private:
     void tell();
 
     HomeScreen& home_;
+    PageState state_;
     std::filesystem::path pages_;
     std::string token_;
     std::string cookie_;

@@ -7,18 +7,19 @@
 #include <memory>
 #include <string>
 #include "host/home/home_screen.h"
+#include "host/home/host_questions.h"
 #include "host/home/host_socket.h"
 #include "host/process/demo_child.h"
 #include "host/process/extension_arguments.h"
 #include "host/web/page_server.h"
 #include "platform/base/ending_signals.h"
-#include "platform/wire/host_widget_center.h"
+#include "platform/wire/host_channel.h"
 
 namespace host {
 
 namespace {
 
-/// To standard error. Waits for nobody: while nobody reads, lines are left out.
+/// To standard error. Never waits: lines that nobody reads in time are dropped.
 void writeLogLine(std::string_view line) {
     std::string text(line.substr(0, PIPE_BUF - 1));
     text += '\n';
@@ -57,15 +58,17 @@ platform::Result<void> runHomeScreen(const RunOptions& options) {
         demo = std::move(*started);
     }
 
-    // The socket comes first: it makes the folder, and tells whether this home screen is running already.
+    // First, since it makes the folder and finds out whether this home screen is running already.
     const std::filesystem::path socketPath = platform::hostSocketPath(runtime->dataDirectory);
     HomeScreen* answering = nullptr;
     std::mutex mutex;
-    auto socket = HostSocket::open(socketPath, [&](std::string_view question) -> std::string {
-        const std::lock_guard lock(mutex);
-        return answering == nullptr ? "error\nthe home screen is starting or ending"
-                                    : answering->answerProcess(question);
-    });
+    auto socket =
+        HostSocket::open(socketPath, [&](std::string_view question) -> platform::Result<std::string> {
+            const std::lock_guard lock(mutex);
+            if (answering == nullptr)
+                return platform::failure("WidgetCenterError", 1, "the home screen is starting or ending");
+            return answerQuestion(*answering, question);
+        });
     if (!socket) return tl::unexpected(socket.error());
 
     platform::ProcessOptions child = options.process;

@@ -13,7 +13,7 @@ namespace platform {
 /// The longest message that either side sends or takes, in bytes.
 inline constexpr std::size_t maximumMessageSize = 16U << 20;
 
-/// What stands before a message of `size` bytes. Fails (domain "WireError") when that is too long.
+/// The prefix of a message of `size` bytes. Fails (domain "WireError") when that is too long.
 Result<std::string> frameLength(std::size_t size);
 
 /// Takes a stream in pieces of any size and gives its messages. One thread at a time.

@@ -2,10 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <functional>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 #include <vector>
+#include "platform/settings/user_defaults.h"
 #include "tests/support/test_runtime.h"
 
 namespace companion {
@@ -106,6 +109,38 @@ TEST(PhoneApp, TheCurrentThemeIsEveryColourByItsName) {
     EXPECT_EQ(theme.size(), 211U);
     EXPECT_EQ(theme.begin().key(), "textColor");
     EXPECT_EQ(theme["backgroundColor"].dump(), R"({"hex":"#FFFFFF","alpha":1})");
+}
+
+/// Notes which widgets are to be reloaded.
+struct ReloadNotes final : platform::WidgetCenter {
+    void reloadTimelines(std::string_view ofKind) override { kinds.emplace_back(ofKind); }
+    void reloadAllTimelines() override { kinds.emplace_back("all"); }
+    void getCurrentConfigurations(
+        std::function<void(platform::Result<std::vector<platform::PlacedWidget>>)> completion) override {
+        completion({});
+    }
+
+    std::vector<std::string> kinds;
+};
+
+TEST(PhoneApp, EveryChoiceIsStoredAndReloadsTheWidgetsThatShowIt) {
+    const auto notes = std::make_shared<ReloadNotes>();
+    const tests::TestRuntime runtime({.widgetCenter = notes});
+    PhoneApp app(runtime);
+    const auto store = runtime.defaults("group.shareWithTodayExtension").value();
+    const Session anna{"token", "anna", "http://127.0.0.1/portfolio?x=1"};
+    ASSERT_TRUE(app.signIn(anna));
+    // Signing in again as the same user also drops the rows: the widget then fetches afresh.
+    ASSERT_TRUE(store->set("portfolioArray", platform::Bytes("[]")));
+    ASSERT_TRUE(app.signIn(anna));
+    EXPECT_FALSE(store->object("portfolioArray").value());
+    ASSERT_TRUE(app.setTheme(2));
+    EXPECT_EQ(app.theme(), 2);
+    ASSERT_TRUE(app.chooseAssets({}));
+    ASSERT_TRUE(app.setNewsFeed("http://127.0.0.1/news"));
+    EXPECT_EQ(newsFeedAddress(runtime).value(), "http://127.0.0.1/news");
+    EXPECT_THAT(notes->kinds,
+                ElementsAre("PortfolioWidget", "PortfolioWidget", "all", "PerchWidget", "NewsWidget"));
 }
 
 TEST(PhoneApp, AGrayScaleColourHasNoHexTextButDoesNotEndThisProcess) {

@@ -4,17 +4,14 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <utility>
 #include "platform/base/alternatives.h"
+#include "platform/base/serial_queue.h"
 #include "platform/wire/conversion.h"
 #include "platform/wire/descriptor.h"
 #include "platform/wire/framing.h"
@@ -80,50 +77,6 @@ private:
     const int output_;
     std::mutex mutex_;
     bool isClosed_ = false;
-};
-
-/// Runs work one after the other on a thread of its own; what has not begun at the end is dropped.
-class SerialQueue {
-public:
-    SerialQueue() : thread_([this] { work(); }) {}
-    ~SerialQueue() {
-        {
-            const std::lock_guard lock(mutex_);
-            isEnding_ = true;
-        }
-        changed_.notify_one();
-        thread_.join();
-    }
-    SerialQueue(const SerialQueue&) = delete;
-    SerialQueue& operator=(const SerialQueue&) = delete;
-
-    void add(std::function<void()> task) {
-        {
-            const std::lock_guard lock(mutex_);
-            tasks_.push_back(std::move(task));
-        }
-        changed_.notify_one();
-    }
-
-private:
-    void work() {
-        std::unique_lock lock(mutex_);
-        for (;;) {
-            changed_.wait(lock, [this] { return isEnding_ || !tasks_.empty(); });
-            if (isEnding_) return;
-            const std::function<void()> task = std::move(tasks_.front());
-            tasks_.pop_front();
-            lock.unlock();
-            task();
-            lock.lock();
-        }
-    }
-
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<std::function<void()>> tasks_;
-    bool isEnding_ = false;
-    std::thread thread_;
 };
 
 /// One question on its way through a widget; shared by the completions that answer it.
@@ -290,7 +243,7 @@ private:
     const std::shared_ptr<Replies> replies_;
     bool isGreeted_ = false;
     // Last, so that its thread ends before what it uses.
-    SerialQueue queue_;
+    platform::SerialQueue queue_;
 };
 
 }  // namespace

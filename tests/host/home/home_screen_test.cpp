@@ -5,19 +5,27 @@
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <future>
 #include <nlohmann/json.hpp>
 #include <thread>
 #include "companion/deep_link.h"
+#include "extension/app/presence/widget_kit_helper.h"
+#include "host/home/host_questions.h"
 #include "host/home/host_socket.h"
+#include "host/home/page_actions.h"
+#include "host/home/page_state.h"
 #include "host/home/placements.h"
 #include "host/process/demo_child.h"
 #include "host/schedule/day_strip.h"
 #include "host/web/page_server.h"
+#include "platform/wire/framing.h"
+#include "platform/wire/host_channel.h"
 #include "platform/wire/host_widget_center.h"
 
 namespace host {
@@ -47,6 +55,28 @@ private:
     std::filesystem::path path_;
 };
 
+sockaddr_un addressOf(const std::filesystem::path& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    return address;
+}
+
+platform::FileDescriptor listenAt(const std::filesystem::path& path) {
+    platform::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+    const sockaddr_un address = addressOf(path);
+    EXPECT_EQ(::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(::listen(socket.number(), 4), 0);
+    return socket;
+}
+
+platform::FileDescriptor connectTo(const std::filesystem::path& path) {
+    platform::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+    const sockaddr_un address = addressOf(path);
+    EXPECT_EQ(::connect(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    return socket;
+}
+
 TEST(Placements, ArePackedInOrderAndNeverOnAnEarlierPage) {
     const Placement small{1, "PerchWidget", WidgetFamily::systemSmall};
     const Placement medium{2, "PerchWidget", WidgetFamily::systemMedium};
@@ -59,21 +89,29 @@ TEST(Placements, ArePackedInOrderAndNeverOnAnEarlierPage) {
     EXPECT_THAT(packed({}), IsEmpty());
 }
 
-TEST(Placements, SurviveInAFileOfTheOwnersAndRefuseNonsense) {
+TEST(Placements, AreKeptInAFileOfTheOwnerAndADamagedFileIsAnError) {
     const Folder folder;
     const auto file = folder.path() / "home-screen.json";
-    EXPECT_THAT(*loadPlacements(file), IsEmpty());
-    const std::vector<Placement> placements{{1, "NewsWidget", WidgetFamily::systemLarge},
-                                            {2, "PerchWidget", WidgetFamily::systemSmall}};
-    ASSERT_TRUE(savePlacements(file, placements));
-    EXPECT_EQ(*loadPlacements(file), placements);
+    {
+        Placements first(file);
+        ASSERT_TRUE(first.load({{7, "PerchWidget", WidgetFamily::systemSmall}}));
+        EXPECT_EQ(first.add("NewsWidget", WidgetFamily::systemLarge)->id, 2);
+        ASSERT_TRUE(first.move(2, 0));
+        EXPECT_FALSE(first.move(3, 0));
+        EXPECT_FALSE(first.remove(3));
+    }
+    Placements again(file);
+    ASSERT_TRUE(again.load({}));
+    EXPECT_THAT(again.all(), ElementsAre(Placement{1, "NewsWidget", WidgetFamily::systemLarge},
+                                         Placement{2, "PerchWidget", WidgetFamily::systemSmall}));
     struct stat status = {};
     ::stat(file.c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777, 0600U);
     for (const char* nonsense : {"", "{", "[]", R"({"widgets":[{"kind":"A","family":"huge"}]})",
                                  R"({"widgets":[{"kind":1,"family":"systemSmall"}]})"}) {
         std::ofstream(file, std::ios::trunc) << nonsense;
-        EXPECT_FALSE(loadPlacements(file)) << nonsense;
+        EXPECT_FALSE(again.load({})) << nonsense;
+        EXPECT_THAT(again.all(), IsEmpty());
     }
 }
 
@@ -105,14 +143,18 @@ TEST(HostSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
     const auto path = folder.path() / "ours" / "host.socket";
     EXPECT_THAT(platform::askHost(path, "placed", 1s).error().message, HasSubstr("no widget host"));
     {
-        const auto socket = HostSocket::open(path, [](std::string_view question) {
-            return question.size() < 9 ? std::string("error\nno")
-                                       : "ok\n" + std::string(question.size(), 'x');
-        });
+        const auto socket =
+            HostSocket::open(path, [](std::string_view question) -> platform::Result<std::string> {
+                if (question.size() < 9) return platform::failure("Error", 1, "no");
+                return std::string(question.size(), 'x');
+            });
         ASSERT_TRUE(socket) << socket.error().message;
         struct stat status = {};
         ::stat(path.c_str(), &status);
         EXPECT_EQ(status.st_mode & 0777, 0600U);
+        // Connections that say nothing hold up nobody.
+        std::vector<platform::FileDescriptor> silent;
+        for (int i = 0; i < 5; ++i) silent.push_back(connectTo(path));
         EXPECT_EQ(platform::askHost(path, std::string(300000, 'q'), 5s)->size(), 300000U);
         // However it answers: a host that is starting knows nothing yet.
         EXPECT_THAT(HostSocket::open(path, {}).error().message, HasSubstr("running already"));
@@ -120,7 +162,62 @@ TEST(HostSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
     }
     EXPECT_FALSE(platform::askHost(path, "placed", 1s));
     ASSERT_EQ(::chmod(path.parent_path().c_str(), 0777), 0);
-    EXPECT_THAT(HostSocket::open(path, {}).error().message, HasSubstr("not ours alone"));
+    EXPECT_THAT(HostSocket::open(path, {}).error().message, HasSubstr("other users can enter"));
+}
+
+/// A host that sends its answer a byte at a time with pauses.
+class SlowHost {
+public:
+    SlowHost(const std::filesystem::path& path, std::string answer, std::chrono::milliseconds pause)
+        : listener_(listenAt(path)), thread_([this, pause, text = std::move(answer)] {
+              const platform::FileDescriptor connection(::accept(listener_.number(), nullptr, nullptr));
+              for (const char byte : text) {
+                  std::this_thread::sleep_for(pause);
+                  if (::send(connection.number(), &byte, 1, MSG_NOSIGNAL) != 1) return;
+              }
+          }) {}
+    ~SlowHost() { thread_.join(); }
+    SlowHost(const SlowHost&) = delete;
+    SlowHost& operator=(const SlowHost&) = delete;
+
+private:
+    platform::FileDescriptor listener_;
+    std::thread thread_;
+};
+
+std::string framed(const std::string& text) { return *platform::frameLength(text.size()) + text; }
+
+TEST(HostChannel, HasOneLimitForTheWholeExchange) {
+    const Folder folder;
+    const auto path = folder.path() / "host.socket";
+    const SlowHost host(path, framed("ok\n" + std::string(50, 'x')), 50ms);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THAT(platform::askHost(path, "placed", 400ms).error().message, HasSubstr("did not answer"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+}
+
+TEST(HostWidgetCenter, AsksInTheBackgroundAndSetsThePropertiesWhenTheAnswerArrives) {
+    const Folder folder;
+    ASSERT_EQ(::setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1), 0);
+    const auto path = platform::hostSocketPath(folder.path());
+    std::filesystem::create_directory(path.parent_path());
+    // A medium PerchWidget, and a NewsWidget that reports no family.
+    const SlowHost host(path, framed("ok\nPerchWidget\tsystemMedium\nNewsWidget\n"), 10ms);
+    platform::RuntimeOptions options;
+    options.dataDirectory = folder.path();
+    options.widgetCenter = std::make_shared<platform::HostWidgetCenter>(folder.path());
+    const platform::Runtime runtime(options);
+    extension::ProcessState state(runtime);
+    std::promise<void> answered;
+    extension::queryPlacedWidgets(state, [&] { answered.set_value(); });
+    EXPECT_FALSE(state.presence->get().isWigetAdded);
+    answered.get_future().wait();
+    EXPECT_EQ(state.presence->get(), (extension::WidgetPresence{.isWigetAdded = true,
+                                                                .widgetFamily = "systemMedium",
+                                                                .isNewsWidgetAdded = true,
+                                                                .newsWidgetFamily = "",
+                                                                .isPortfolioWigetAdded = false,
+                                                                .portfolioWidgetFamily = ""}));
 }
 
 /// A home screen with the real extension on the real demo service, and its page.
@@ -142,11 +239,12 @@ struct House {
         auto started = HomeScreen::start(std::move(options));
         EXPECT_TRUE(started) << started.error().message;
         home = std::move(*started);
+        screen = std::make_unique<PageState>(*home);
         page = std::move(
             *PageServer::start(*home, 0, std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources/web"));
     }
 
-    json state() const { return json::parse(home->stateText()); }
+    json state() const { return json::parse(screen->state()); }
 
     /// Waits until the state is as it should be; the state then, or the last one.
     json waitFor(const std::function<bool(const json&)>& isGood) const {
@@ -186,6 +284,7 @@ struct House {
 
     std::unique_ptr<DemoChild> demo;
     std::unique_ptr<HomeScreen> home;
+    std::unique_ptr<PageState> screen;
     std::unique_ptr<PageServer> page;
 };
 
@@ -198,6 +297,36 @@ bool areAllShown(const json& state) {
 const json& widgetOf(const json& state, const std::string& kind) {
     return *std::ranges::find_if(state["widgets"],
                                  [&](const json& widget) { return widget["kind"] == kind; });
+}
+
+TEST(HostQuestions, TravelFromAnyProcessToTheHomeScreen) {
+    const Folder folder;
+    const House house(folder.path());
+    ASSERT_EQ(::setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1), 0);
+    const auto path = platform::hostSocketPath(folder.path());
+    EXPECT_FALSE(isHostRunning(path));
+    const auto socket = HostSocket::open(
+        path, [&](std::string_view question) { return answerQuestion(*house.home, question); });
+    ASSERT_TRUE(socket) << socket.error().message;
+    EXPECT_TRUE(isHostRunning(path));
+    house.waitFor(areAllShown);
+    {
+        platform::HostWidgetCenter center(folder.path());
+        center.getCurrentConfigurations([&](const auto& placed) {
+            EXPECT_EQ(placed->size(), 6U);
+            EXPECT_EQ(placed->front(), (platform::PlacedWidget{"PerchWidget", WidgetFamily::systemMedium}));
+        });
+        center.reloadTimelines("NewsWidget");
+    }
+    EXPECT_THAT(*askWhy(path, "NewsWidget"),
+                testing::AllOf(HasSubstr("asked by placement"), HasSubstr("asked by app")));
+    EXPECT_THAT(*askWhy(path, "PerchWidget"), Not(HasSubstr("asked by app")));
+    EXPECT_THAT(askWhy(path, "Nothing").error().message, HasSubstr("choose NewsWidget, "));
+    EXPECT_TRUE(askToSignIn(path, "asha"));
+    EXPECT_EQ(house.state()["app"]["user"], "asha");
+    EXPECT_THAT(askToSignIn(path, "nobody").error().message, HasSubstr("unknown user \"nobody\""));
+    EXPECT_TRUE(askToSignIn(path, ""));
+    EXPECT_EQ(house.state()["app"]["user"], "");
 }
 
 TEST(HomePage, LetsNobodyInWithoutTheAddressThatWasPrinted) {
@@ -241,8 +370,8 @@ TEST(HomePage, LetsNobodyInWithoutTheAddressThatWasPrinted) {
 TEST(HomePage, ShowsTheWidgetsAndDoesWhatThePhoneAppWould) {
     const Folder folder;
     const House house(folder.path());
-    const auto act = [&](const json& request) {
-        const auto done = house.home->act(request);
+    const auto perform = [&](const json& request) {
+        const auto done = act(*house.home, request);
         EXPECT_TRUE(done) << request << done.error().message;
     };
     json state = house.waitFor(areAllShown);
@@ -251,7 +380,7 @@ TEST(HomePage, ShowsTheWidgetsAndDoesWhatThePhoneAppWould) {
     EXPECT_THAT(widgetOf(state, "PerchWidget")["picture"]["links"][0]["name"].get<std::string>(),
                 HasSubstr("SENSEX"));
 
-    act({{"action", "user"}, {"user", "asha"}});
+    perform({{"action", "user"}, {"user", "asha"}});
     state = house.waitFor([](const json& now) {
         const json& picture = widgetOf(now, "PortfolioWidget")["picture"];
         return !picture.is_null() && picture["text"].get<std::string>().find("Invested") != std::string::npos;
@@ -259,31 +388,31 @@ TEST(HomePage, ShowsTheWidgetsAndDoesWhatThePhoneAppWould) {
     EXPECT_EQ(state["app"]["user"], "asha");
     for (const char* secret : {"demo-a7c1", "10042", "portfolioapi"}) {
         EXPECT_THAT(state.dump(), Not(HasSubstr(secret)));
-        EXPECT_THAT(*house.home->inspectionText(widgetOf(state, "PortfolioWidget")["id"]),
+        EXPECT_THAT(*house.screen->inspection(widgetOf(state, "PortfolioWidget")["id"]),
                     Not(HasSubstr(secret)));
-        EXPECT_THAT(house.home->choicesText() + house.home->ledgerText(0), Not(HasSubstr(secret)));
+        EXPECT_THAT(house.screen->choices() + house.screen->ledger(0), Not(HasSubstr(secret)));
     }
-    act({{"action", "user"}, {"user", ""}});
+    perform({{"action", "user"}, {"user", ""}});
     EXPECT_THAT(house.state().dump(), Not(HasSubstr("Invested")));
 
-    act({{"action", "assets"}, {"keys", {"in;NSX-II", "KVT-EQ"}}});
+    perform({{"action", "assets"}, {"keys", {"in;NSX-II", "KVT-EQ"}}});
     house.waitFor([](const json& now) {
         const std::string text = widgetOf(now, "PerchWidget")["picture"]["text"];
         return text.find("Kaveri") != std::string::npos && text.find("SENSEX") == std::string::npos;
     });
-    EXPECT_FALSE(house.home->act({{"action", "assets"}, {"keys", {"nonsense"}}}));
-    EXPECT_FALSE(house.home->act({{"action", "place"}, {"kind", "NewsWidget"}, {"family", "systemSmall"}}));
-    EXPECT_FALSE(house.home->act({{"action", "unknown"}}));
+    EXPECT_FALSE(act(*house.home, {{"action", "assets"}, {"keys", {"nonsense"}}}));
+    EXPECT_FALSE(act(*house.home, {{"action", "place"}, {"kind", "NewsWidget"}, {"family", "systemSmall"}}));
+    EXPECT_FALSE(act(*house.home, {{"action", "unknown"}}));
 }
 
 TEST(HomePage, LetsNobodyWaitForASlowService) {
     const Folder folder;
     const House house(folder.path());
     house.waitFor(areAllShown);
-    ASSERT_TRUE(house.home->act({{"action", "fault"}, {"fault", "slow"}}));
+    ASSERT_TRUE(act(*house.home, {{"action", "fault"}, {"fault", "slow"}}));
     // More than are asked at a time.
     for (const char* family : {"systemSmall", "systemMedium", "systemLarge"})
-        ASSERT_TRUE(house.home->act({{"action", "place"}, {"kind", "PerchWidget"}, {"family", family}}));
+        ASSERT_TRUE(act(*house.home, {{"action", "place"}, {"kind", "PerchWidget"}, {"family", family}}));
     // The last one's placeholder is there while its timeline is not even asked for.
     const json state =
         house.waitFor([](const json& now) { return !now["widgets"].back()["picture"].is_null(); });
@@ -291,7 +420,7 @@ TEST(HomePage, LetsNobodyWaitForASlowService) {
     EXPECT_EQ(state["widgets"].back()["isRunning"], false);
 
     // The end of the home screen ends a day that is being computed.
-    auto day = std::async(std::launch::async, [&] { return house.home->dayText(); });
+    auto day = std::async(std::launch::async, [&] { return house.screen->day(); });
     house.home->stop();
     EXPECT_THAT(day.get(), HasSubstr("the extension was ended"));
 }
@@ -314,16 +443,10 @@ TEST(HomePage, KeepsThePicturesWhenTheExtensionIsKilledAndSaysWhatHappened) {
     const House house(folder.path());
     house.waitFor(areAllShown);
     const int process = house.state()["extension"]["process"];
-    ASSERT_TRUE(house.home->act({{"action", "kill"}}));
-    const json state = house.waitFor([&](const json& now) {
+    ASSERT_TRUE(act(*house.home, {{"action", "kill"}}));
+    house.waitFor([&](const json& now) {
         return now["extension"]["process"] != 0 && now["extension"]["process"] != process && areAllShown(now);
     });
-    EXPECT_EQ(house.home->answerProcess("placed"),
-              "ok\nPerchWidget systemMedium\nPortfolioWidget systemSmall\nPerchWidget systemSmall\n"
-              "PortfolioWidget systemMedium\nNewsWidget systemLarge\nPerchWidget systemLarge\n");
-    EXPECT_THAT(house.home->answerProcess("why NewsWidget"),
-                testing::AllOf(StartsWith("ok\n"), HasSubstr("asked by placement"), HasSubstr("shown")));
-    EXPECT_THAT(house.home->answerProcess("why Nothing"), StartsWith("error\n"));
 }
 
 TEST(HomePage, PlacesMovesAndRemovesAndRemembersIt) {
@@ -331,12 +454,12 @@ TEST(HomePage, PlacesMovesAndRemovesAndRemembersIt) {
     {
         const House house(folder.path());
         const int news = widgetOf(house.state(), "NewsWidget")["id"];
-        EXPECT_TRUE(house.home->act({{"action", "move"}, {"id", news}, {"index", 0}}));
+        EXPECT_TRUE(act(*house.home, {{"action", "move"}, {"id", news}, {"index", 0}}));
         EXPECT_TRUE(
-            house.home->act({{"action", "place"}, {"kind", "PerchWidget"}, {"family", "systemSmall"}}));
+            act(*house.home, {{"action", "place"}, {"kind", "PerchWidget"}, {"family", "systemSmall"}}));
         const json widgets = house.state()["widgets"];
         EXPECT_EQ(widgets[0]["id"], news);
-        EXPECT_TRUE(house.home->act({{"action", "remove"}, {"id", widgets[1]["id"]}}));
+        EXPECT_TRUE(act(*house.home, {{"action", "remove"}, {"id", widgets[1]["id"]}}));
     }
     const House house(folder.path());
     const json state = house.state();
@@ -351,14 +474,14 @@ TEST(HomePage, ChangesTheAutomaticThemeWhenItsClockPassesTheEvening) {
     const Folder folder;
     const House house(folder.path());
     house.waitFor(areAllShown);
-    ASSERT_TRUE(house.home->act({{"action", "theme"}, {"theme", 2}}));
+    ASSERT_TRUE(act(*house.home, {{"action", "theme"}, {"theme", 2}}));
     const auto backgroundAt = [&](const char* instant) {
         const auto wanted = *platform::parseInstant(instant);
-        EXPECT_TRUE(house.home->act({{"action", "clock"}, {"instant", instant}}));
+        EXPECT_TRUE(act(*house.home, {{"action", "clock"}, {"instant", instant}}));
         std::string color;
         house.waitFor([&](const json& now) {
             const int id = widgetOf(now, "PerchWidget")["id"];
-            const json entry = json::parse(*house.home->inspectionText(id))["entry"];
+            const json entry = json::parse(*house.screen->inspection(id))["entry"];
             color = entry["backgroundColor"]["hex"];
             return platform::parseInstant(entry["date"].get<std::string>()) == wanted;
         });
@@ -366,7 +489,7 @@ TEST(HomePage, ChangesTheAutomaticThemeWhenItsClockPassesTheEvening) {
     };
     EXPECT_EQ(backgroundAt("2026-11-22T19:00:00+05:30"), "#FFFFFF");
     EXPECT_EQ(backgroundAt("2026-11-22T19:00:01+05:30"), "#1A1A22");
-    EXPECT_FALSE(house.home->act({{"action", "clock"}, {"instant", "tomorrow"}}));
+    EXPECT_FALSE(act(*house.home, {{"action", "clock"}, {"instant", "tomorrow"}}));
 }
 
 }  // namespace
