@@ -28,28 +28,38 @@ std::string treeOf(const Rows& rows, WidgetFamily family, int osVersion = 18) {
         .dump();
 }
 
-Rows rowWithABrokenLink() {
+Rows rowLinkedTo(const std::string& address) {
     PerchMultiAssetsVM row;
     row.title = "SENSEX";
-    row.deeplinkURL = "brightledgerwidget://stock/?id=a b";
+    row.deeplinkURL = address;
     return {{row}};
 }
+
+const std::string notAnAddress = "brightledgerwidget://stock/?id=a b";
 
 TEST(PerchViews, WithoutAListShowTheSameAsWithAnEmptyOne) {
     for (const WidgetFamily family : platform::allWidgetFamilies)
         EXPECT_EQ(treeOf(std::nullopt, family), treeOf(Rows::value_type(), family));
 }
 
+// The display list of version 16 does not tell: only the last such link of a widget counts, and that is the
+// strip's.
+TEST(PerchViews, ACompactRowHasTheWholeWidgetsLinkBeforeVersion17) {
+    for (const auto& [osVersion, type] : {std::pair{16, "widgetURL"}, {17, "link"}})
+        EXPECT_THAT(treeOf(rowLinkedTo("x://row"), WidgetFamily::systemSmall, osVersion),
+                    HasSubstr(std::string(R"({"type":")") + type + R"(","url":"x://row")"));
+}
+
 TEST(PerchViews, ARowWhoseLinkIsNotAnAddressIsDrawnWithoutALinkWhereItMay) {
     for (const auto& [family, osVersion] : {std::pair{WidgetFamily::systemMedium, 18},
                                             {WidgetFamily::systemLarge, 18},
                                             {WidgetFamily::systemSmall, 16}})
-        EXPECT_THAT(treeOf(rowWithABrokenLink(), family, osVersion),
+        EXPECT_THAT(treeOf(rowLinkedTo(notAnAddress), family, osVersion),
                     AllOf(HasSubstr("SENSEX"), Not(HasSubstr("id=a b"))));
 }
 
 TEST(PerchViewsDeathTest, ACompactRowWhoseLinkIsNotAnAddressIsFatalFromVersion17On) {
-    EXPECT_DEATH(treeOf(rowWithABrokenLink(), WidgetFamily::systemSmall, 17), "fatal error: .*address");
+    EXPECT_DEATH(treeOf(rowLinkedTo(notAnAddress), WidgetFamily::systemSmall, 17), "fatal error: .*address");
 }
 
 }  // namespace
