@@ -21,6 +21,20 @@ inline std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
+/// Whether BRIGHTLEDGER_RECORD=1 stands in the environment: then tests write what they expect, and fail, so
+/// that no run that records passes.
+inline bool isRecording() {
+    const char* record = std::getenv("BRIGHTLEDGER_RECORD");
+    return record != nullptr && std::string(record) == "1";
+}
+
+inline testing::AssertionResult recorded(const std::filesystem::path& file, const std::string& content) {
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << content;
+    return testing::AssertionFailure()
+           << file.filename() << " is recorded; read the difference and run again";
+}
+
 /// Whether `text` is what the file `name` of tests/expected/ holds. The message shows the first lines that
 /// differ, below the title ("# ...") that they stand under.
 ///
@@ -29,11 +43,7 @@ inline std::vector<std::string> linesOf(const std::string& text) {
 inline testing::AssertionResult isAsExpected(const std::string& name, const std::string& text) {
     const std::filesystem::path file =
         std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "tests/expected" / name;
-    if (const char* record = std::getenv("BRIGHTLEDGER_RECORD"); record != nullptr && *record == '1') {
-        std::filesystem::create_directories(file.parent_path());
-        std::ofstream(file, std::ios::binary) << text;
-        return testing::AssertionFailure() << name << " is recorded; read the difference and run again";
-    }
+    if (isRecording()) return recorded(file, text);
     std::ifstream stream(file, std::ios::binary);
     const std::string expected{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     if (text == expected) return testing::AssertionSuccess();

@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 #include "extension/theme/hex_codec.h"
 
 namespace extension {
@@ -72,75 +73,56 @@ TEST(Palette, BeginsWithTheNamesAndValuesThatOthersKnow) {
 }
 
 TEST(Palette, TextsAreLegibleOnWhatTheyStandOn) {
-    const std::pair<const char*, const char*> pairs[] = {
-        {"headlineTextColor", "backgroundColor"},
-        {"bodyTextColor", "cardBackgroundColor"},
-        {"captionTextColor", "elevatedCardBackgroundColor"},
-        {"placeholderTextColor", "textFieldBackgroundColor"},
-        {"linkTextColor", "backgroundColor"},
-        {"visitedLinkTextColor", "backgroundColor"},
-        {"errorTextColor", "errorBannerBackgroundColor"},
-        {"warningTextColor", "warningBannerBackgroundColor"},
-        {"successTextColor", "successBannerBackgroundColor"},
-        {"linkTextColor", "infoBannerBackgroundColor"},
-        {"timestampTextColor", "backgroundColor"},
-        {"highlightedTextColor", "backgroundColor"},
-        {"uiControlTextColor", "uiControlBackgroundColor"},
-        {"uiControlTextColor", "uiControlUnselectedBackgroundColor"},
-        {"toastTextColor", "toastBackgroundColor"},
-        {"tooltipTextColor", "tooltipBackgroundColor"},
-        {"navigationBarTitleColor", "navigationBarBackgroundColor"},
-        {"navigationBarTintColor", "navigationBarBackgroundColor"},
-        {"tabBarSelectedItemColor", "tabBarBackgroundColor"},
-        {"tabBarUnselectedItemColor", "tabBarBackgroundColor"},
-        {"segmentTextColor", "segmentBackgroundColor"},
-        {"segmentSelectedTextColor", "segmentSelectedBackgroundColor"},
-        {"searchBarTextColor", "searchBarBackgroundColor"},
-        {"searchBarPlaceholderColor", "searchBarBackgroundColor"},
-        {"sideMenuTextColor", "sideMenuSelectedBackgroundColor"},
-        {"buttonTextColor", "buttonBackgroundColor"},
-        {"buttonTextColor", "buttonPressedBackgroundColor"},
-        {"secondaryButtonTextColor", "secondaryButtonBackgroundColor"},
-        {"outlineButtonTextColor", "backgroundColor"},
-        {"destructiveButtonTextColor", "destructiveButtonBackgroundColor"},
-        {"buyButtonTextColor", "buyButtonBackgroundColor"},
-        {"sellButtonTextColor", "sellButtonBackgroundColor"},
-        {"premiumButtonTextColor", "premiumButtonBackgroundColor"},
-        {"textFieldTextColor", "textFieldBackgroundColor"},
-        {"textFieldLabelColor", "backgroundColor"},
-        {"neutralDirectionColor", "neutralDirectionBackgroundColor"},
-        {"marketOpenColor", "backgroundColor"},
-        {"marketClosedColor", "backgroundColor"},
-        {"marketPreOpenColor", "backgroundColor"},
-        {"marketHolidayColor", "backgroundColor"},
-        {"upperCircuitColor", "backgroundColor"},
-        {"lowerCircuitColor", "backgroundColor"},
-        {"fiftyTwoWeekHighColor", "backgroundColor"},
-        {"fiftyTwoWeekLowColor", "backgroundColor"},
-        {"watchlistHeaderTextColor", "watchlistHeaderBackgroundColor"},
-        {"watchlistSymbolColor", "watchlistAlternateRowBackgroundColor"},
-        {"watchlistCompanyNameColor", "watchlistAlternateRowBackgroundColor"},
-        {"chartAxisLabelColor", "chartBackgroundColor"},
-        {"chartCrosshairLabelTextColor", "chartCrosshairLabelBackgroundColor"},
-        {"portfolioNetWorthTextColor", "portfolioHeaderBackgroundColor"},
-        {"portfolioGainColor", "portfolioRowBackgroundColor"},
-        {"portfolioLossColor", "portfolioRowBackgroundColor"},
-        {"portfolioRowTextColor", "portfolioRowBackgroundColor"},
-        {"portfolioRowLabelColor", "portfolioRowBackgroundColor"},
-        {"newsHeadlineColor", "backgroundColor"},
-        {"newsHeadlineColor", "newsBreakingBackgroundColor"},
-        {"newsReadHeadlineColor", "backgroundColor"},
-        {"newsSummaryTextColor", "backgroundColor"},
-        {"newsCategoryTextColor", "backgroundColor"},
-        {"newsBylineColor", "backgroundColor"},
-        {"newsLiveBadgeTextColor", "newsLiveBadgeBackgroundColor"},
-        {"newsPremiumBadgeColor", "backgroundColor"},
-        {"badgeTextColor", "badgeBackgroundColor"},
-        {"futureExpiryTextColor", "backgroundColor"},
+    const std::pair<const char*, std::vector<const char*>> grounds[] = {
+        {"backgroundColor",
+         {"headlineTextColor",     "linkTextColor",          "visitedLinkTextColor",  "timestampTextColor",
+          "highlightedTextColor",  "outlineButtonTextColor", "textFieldLabelColor",   "marketOpenColor",
+          "marketClosedColor",     "marketPreOpenColor",     "marketHolidayColor",    "upperCircuitColor",
+          "lowerCircuitColor",     "fiftyTwoWeekHighColor",  "fiftyTwoWeekLowColor",  "newsHeadlineColor",
+          "newsReadHeadlineColor", "newsSummaryTextColor",   "newsCategoryTextColor", "newsBylineColor",
+          "newsPremiumBadgeColor", "futureExpiryTextColor"}},
+        {"cardBackgroundColor", {"bodyTextColor"}},
+        {"elevatedCardBackgroundColor", {"captionTextColor"}},
+        {"textFieldBackgroundColor", {"placeholderTextColor", "textFieldTextColor"}},
+        {"errorBannerBackgroundColor", {"errorTextColor"}},
+        {"warningBannerBackgroundColor", {"warningTextColor"}},
+        {"successBannerBackgroundColor", {"successTextColor"}},
+        {"infoBannerBackgroundColor", {"linkTextColor"}},
+        {"uiControlBackgroundColor", {"uiControlTextColor"}},
+        {"uiControlUnselectedBackgroundColor", {"uiControlTextColor"}},
+        {"toastBackgroundColor", {"toastTextColor"}},
+        {"tooltipBackgroundColor", {"tooltipTextColor"}},
+        {"navigationBarBackgroundColor", {"navigationBarTitleColor", "navigationBarTintColor"}},
+        {"tabBarBackgroundColor", {"tabBarSelectedItemColor", "tabBarUnselectedItemColor"}},
+        {"segmentBackgroundColor", {"segmentTextColor"}},
+        {"segmentSelectedBackgroundColor", {"segmentSelectedTextColor"}},
+        {"searchBarBackgroundColor", {"searchBarTextColor", "searchBarPlaceholderColor"}},
+        {"sideMenuSelectedBackgroundColor", {"sideMenuTextColor"}},
+        {"buttonBackgroundColor", {"buttonTextColor"}},
+        {"buttonPressedBackgroundColor", {"buttonTextColor"}},
+        {"secondaryButtonBackgroundColor", {"secondaryButtonTextColor"}},
+        {"destructiveButtonBackgroundColor", {"destructiveButtonTextColor"}},
+        {"buyButtonBackgroundColor", {"buyButtonTextColor"}},
+        {"sellButtonBackgroundColor", {"sellButtonTextColor"}},
+        {"premiumButtonBackgroundColor", {"premiumButtonTextColor"}},
+        {"neutralDirectionBackgroundColor", {"neutralDirectionColor"}},
+        {"watchlistHeaderBackgroundColor", {"watchlistHeaderTextColor"}},
+        {"watchlistAlternateRowBackgroundColor", {"watchlistSymbolColor", "watchlistCompanyNameColor"}},
+        {"chartBackgroundColor", {"chartAxisLabelColor"}},
+        {"chartCrosshairLabelBackgroundColor", {"chartCrosshairLabelTextColor"}},
+        {"portfolioHeaderBackgroundColor", {"portfolioNetWorthTextColor"}},
+        {"portfolioRowBackgroundColor",
+         {"portfolioGainColor", "portfolioLossColor", "portfolioRowTextColor", "portfolioRowLabelColor"}},
+        {"newsBreakingBackgroundColor", {"newsHeadlineColor"}},
+        {"newsLiveBadgeBackgroundColor", {"newsLiveBadgeTextColor"}},
+        {"badgeBackgroundColor", {"badgeTextColor"}},
     };
-    for (const auto& [text, ground] : pairs) {
-        EXPECT_GE(contrast(named(text).dark, named(ground).dark), 4.5) << text << " on dark " << ground;
-        EXPECT_GE(contrast(named(text).light, named(ground).light), 4.5) << text << " on light " << ground;
+    for (const auto& [ground, texts] : grounds) {
+        for (const char* text : texts) {
+            EXPECT_GE(contrast(named(text).dark, named(ground).dark), 4.5) << text << " on dark " << ground;
+            EXPECT_GE(contrast(named(text).light, named(ground).light), 4.5)
+                << text << " on light " << ground;
+        }
     }
 }
 
