@@ -206,7 +206,7 @@ private:
     /// What the extension answered for one picture.
     struct SheetShot {
         SheetPicture picture;
-        platform::View view;
+        EntryAnswer answer;
         LayoutOptions layout;
     };
 
@@ -232,10 +232,13 @@ private:
         return shots;
     }
 
-    static Result<SheetShot> ask(SheetRun& run, EntryRequest request, SheetPicture picture) {
-        const auto answer = run.extension().ask(
-            {.kind = picture.kind, .family = picture.family, .request = request, .wantsViews = true},
-            waitingLimit);
+    Result<SheetShot> ask(SheetRun& run, EntryRequest request, SheetPicture picture) const {
+        auto answer = run.extension().ask({.kind = picture.kind,
+                                           .family = picture.family,
+                                           .request = request,
+                                           .wantsEntries = options_.drawn != nullptr,
+                                           .wantsViews = true},
+                                          waitingLimit);
         if (!answer) return tl::unexpected(answer.error());
         if (answer->entries.empty()) return failure(picture.kind + " answered without an entry");
         LayoutOptions layout{.size = platform::widgetSize(picture.family),
@@ -243,12 +246,13 @@ private:
                              .kind = picture.kind,
                              .family = std::string(description(picture.family)),
                              .isRedacted = request == EntryRequest::placeholder};
-        return SheetShot{std::move(picture), answer->entries.front().view.value_or(platform::View()),
-                         std::move(layout)};
+        return SheetShot{std::move(picture), std::move(*answer), std::move(layout)};
     }
 
     Result<void> draw(const SheetShot& shot) {
-        const DisplayList list = makeDisplayList(shot.view, shot.layout, painter_->measurer(options_.scale));
+        const platform::View view = shot.answer.entries.front().view.value_or(platform::View());
+        const DisplayList list = makeDisplayList(view, shot.layout, painter_->measurer(options_.scale));
+        if (options_.drawn) options_.drawn(shot.picture, shot.answer, list);
         return painter_->png(list, options_.scale).and_then([&](const std::string& png) {
             note(shot.picture.fileName(), png);
             return write(options_.folder / shot.picture.fileName(), png);

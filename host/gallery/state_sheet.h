@@ -8,6 +8,9 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include "host/gallery/sheet_picture.h"
+#include "host/layout/display_list.h"
+#include "host/process/extension_process.h"
 #include "platform/base/result.h"
 #include "platform/runtime/process_options.h"
 
@@ -28,6 +31,10 @@ struct SheetOptions {
     int scale = 2;
     /// Receives the extension's log, on a separate thread.
     std::function<void(std::string line)> log = {};
+    /// Receives what every picture was drawn from, on the calling thread. The answer then has its entries
+    /// too.
+    std::function<void(const SheetPicture& picture, const EntryAnswer& answer, const DisplayList& list)>
+        drawn = {};
 };
 
 struct SheetOutcome {

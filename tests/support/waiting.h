@@ -37,18 +37,25 @@ private:
     std::future<T> future_ = promise_->get_future();
 };
 
-/// What `provider` (a value or an lvalue) answers when it is asked for a timeline.
+/// What `provider` (a value or an lvalue) answers when it is asked for a timeline. `meanwhile` is called
+/// between the question and the answer.
 template <typename Provider>
-auto timelineOf(Provider&& provider, const platform::TimelineProviderContext& context = {}) {
+auto timelineOf(Provider&& provider, const auto& meanwhile) {
     Awaited<platform::Timeline<typename std::remove_reference_t<Provider>::Entry>> timeline;
-    provider.getTimeline(context, timeline.taker());
+    provider.getTimeline({}, timeline.taker());
+    meanwhile();
     return timeline.value();
 }
 
 template <typename Provider>
-auto snapshotOf(Provider&& provider, const platform::TimelineProviderContext& context = {}) {
+auto timelineOf(Provider&& provider) {
+    return timelineOf(provider, [] {});
+}
+
+template <typename Provider>
+auto snapshotOf(Provider&& provider) {
     Awaited<typename std::remove_reference_t<Provider>::Entry> entry;
-    provider.getSnapshot(context, entry.taker());
+    provider.getSnapshot({}, entry.taker());
     return entry.value();
 }
 

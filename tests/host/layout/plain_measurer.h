@@ -16,7 +16,7 @@
 
 namespace host {
 
-class PlainMeasurer final : public Measurer {
+class PlainMeasurer : public Measurer {
 public:
     double scale() const override { return 3.0; }
 

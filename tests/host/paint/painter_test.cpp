@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include "tests/host/paint/paint_samples.h"
+#include "tests/support/expected_text.h"
 
 namespace host {
 namespace {
@@ -30,14 +31,11 @@ protected:
     std::unique_ptr<Painter> painter = makePainter();
 };
 
-/// Compares with the picture kept under `name`, or keeps it when BRIGHTLEDGER_RECORD is set.
+/// Compares with the picture that is kept under `name`.
 void expectPicture(const std::string& name, const std::string& png) {
     const std::filesystem::path file =
         std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR "/tests/expected/paint") / (name + ".png");
-    if (std::getenv("BRIGHTLEDGER_RECORD") != nullptr) {
-        std::filesystem::create_directories(file.parent_path());
-        std::ofstream(file, std::ios::binary) << png;
-    }
+    if (tests::isRecording()) FAIL() << tests::recorded(file, png).message();
     const Pixels expected(contentOf(file));
     const Pixels drawn(png);
     ASSERT_TRUE(expected.isRead()) << file;

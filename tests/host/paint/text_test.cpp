@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <limits>
-#include "host/paint/system_font.h"
 #include "tests/host/paint/paint_samples.h"
+#include "tests/support/expected_text.h"
 
 namespace host {
 namespace {
@@ -24,81 +26,73 @@ protected:
     std::unique_ptr<Painter> painter = makePainter();
 };
 
-TEST_F(PaintText, ALineHasThePlatformsHeightRoundedUpToAPixel) {
-    struct Case {
-        double size, heightAt3, heightAt2, baseline;
-    };
-    for (const Case& expected : std::vector<Case>{{8, 29 / 3.0, 10, 7.6172},
-                                                  {9, 11, 11, 8.5693},
-                                                  {10, 12, 12, 9.5215},
-                                                  {11, 40 / 3.0, 13.5, 10.4736},
-                                                  {12, 43 / 3.0, 14.5, 11.4258},
-                                                  {13, 47 / 3.0, 16, 12.3779},
-                                                  {14, 17, 17, 13.3301},
-                                                  {15, 18, 18, 14.2822},
-                                                  {16, 58 / 3.0, 19.5, 15.2344},
-                                                  {17, 61 / 3.0, 20.5, 16.1865}}) {
-        for (const Font& font : {Font::system(expected.size), Font::system(expected.size, FontWeight::bold),
-                                 Font::custom("SFCompactDisplay-Medium", expected.size)}) {
-            const TextMeasure at3 = measure({run("Nifty", font)});
-            EXPECT_NEAR(at3.size.height, expected.heightAt3, 1e-6) << expected.size;
-            EXPECT_NEAR(at3.firstBaseline, expected.baseline, 1e-4) << expected.size;
-            EXPECT_NEAR(measure({run("Nifty", font)}, {}, {}, {}, 2).size.height, expected.heightAt2, 1e-6);
+/// "49.3x14.3 baselines 11.43,11.43 lines 1", to a hundredth of a point.
+std::string measureText(const TextMeasure& measure) {
+    std::array<char, 100> text{};
+    std::snprintf(text.data(), text.size(), "%.2fx%.2f baselines %.2f,%.2f lines %d", measure.size.width,
+                  measure.size.height, measure.firstBaseline, measure.lastBaseline, measure.lines);
+    return text.data();
+}
+
+// Among the expected: a line is as high as the platform's, rounded up to a pixel, once for all lines and not
+// line by line (12 points: 14.32, twice 28.64); letters of the system font are spaced by its size, those of
+// named fonts are not.
+TEST_F(PaintText, HasTheExpectedMeasures) {
+    std::string text;
+    for (const double size : {4.0, 8.0, 9.0, 10.0, 11.0, 12.0, 12.5, 13.0, 14.0, 15.0, 16.0, 17.0, 40.0}) {
+        for (const Font& font :
+             {Font::system(size), Font::system(size, FontWeight::medium),
+              Font::system(size, FontWeight::bold), Font::custom("SFCompactDisplay-Regular", size),
+              Font::custom("SFCompactDisplay-Medium", size), Font::custom("No such font", size)}) {
+            const std::vector runs{run("Nifty minimum", font)};
+            text += font.name + " " + testing::PrintToString(size) + " " +
+                    testing::PrintToString(static_cast<int>(font.weight)) + ": " +
+                    measureText(measure(runs)) + "; at scale 2 " + measureText(measure(runs, {}, {}, {}, 2)) +
+                    "\n";
         }
     }
-}
-
-TEST_F(PaintText, LettersHaveThePlatformsSpacing) {
-    struct Case {
-        Font font;
-        double thousandths;
+    const std::vector<TextRun> texts[] = {
+        {run("one two three four five six seven eight nine ten eleven twelve")},
+        {run("Supercalifragilistic")},
+        {run("12", Font::system(17)), run(" small\nand smaller", Font::system(9))},
+        {inlineImage("Live"), run("Live")},
+        {inlineImage("AppLogo"), run("Live")},
+        {inlineImage("NoSuchAsset"), run("Live")},
+        {run("a\r\nb\rc\n\nd\u2028e\u2029f\n")},
+        {run("")},
+        {run("\n")},
+        {},
     };
-    for (const Case& expected : std::vector<Case>{{Font::system(8), 26},
-                                                  {Font::system(12), 0},
-                                                  {Font::system(12.5), -3},
-                                                  {Font::system(14), -11},
-                                                  {Font::system(14, FontWeight::medium), -11},
-                                                  {Font::system(14, FontWeight::bold), 9},
-                                                  {Font::system(17), -26},
-                                                  {Font::system(40), -26},
-                                                  {Font::system(4), 26},
-                                                  {Font::custom("No such font", 14), -11},
-                                                  {Font::custom("SFCompactDisplay-Regular", 14), 0},
-                                                  {Font::custom("SFCompactDisplay-Medium", 8), 0}}) {
-        EXPECT_NEAR(tracking(expected.font), expected.thousandths / 1000 * expected.font.size, 1e-9)
-            << expected.font.name << " " << expected.font.size;
+    struct Room {
+        const char* name;
+        std::optional<int> limit;
+        std::optional<double> width, height;
+    };
+    for (const auto& runs : texts) {
+        text += "\n" + (runs.empty() ? "" : testing::PrintToString(runs.back().text)) + "\n";
+        for (const auto& [name, limit, width, height] : {Room{"free", {}, {}, {}},
+                                                         {"width infinite", {}, platform::infinity, {}},
+                                                         {"width 70", {}, 70, {}},
+                                                         {"width 70, limit 0", 0, 70, {}},
+                                                         {"width 70, limit 2", 2, 70, {}},
+                                                         {"width 70, limit 100", 100, 70, {}},
+                                                         {"width 70, height 0", {}, 70, 0},
+                                                         {"width 70, height 28.5", {}, 70, 28.5},
+                                                         {"width 70, height 28.65", {}, 70, 28.65},
+                                                         {"width 70, height 43, limit 2", 2, 70, 43},
+                                                         {"width 70, height 43, limit 4", 4, 70, 43},
+                                                         {"width 70, height 1000", {}, 70, 1000}})
+            text += std::string(name) + ": " + measureText(measure(runs, limit, width, height)) + "\n";
     }
-    // 20 letters at 8 points, each followed by 0.208 points more.
-    const std::string text(20, 'n');
-    EXPECT_NEAR(measure({run(text, Font::system(8))}).size.width -
-                    measure({run(text, Font::custom("SFCompactDisplay-Regular", 8))}).size.width,
-                20 * 0.208, 0.4);
+    EXPECT_TRUE(tests::isAsExpected("paint/texts.txt", text));
 }
 
-TEST_F(PaintText, WeightsAndNamesChooseTheFace) {
-    const auto width = [&](const Font& font) {
-        return measure({run("Widths of words differ", font)}).size.width;
-    };
-    const double regular = width(Font::custom("SFCompactDisplay-Regular", 12));
-    const double medium = width(Font::custom("SFCompactDisplay-Medium", 12));
-    EXPECT_EQ(width(Font::system(12)), regular);
-    EXPECT_EQ(width(Font::system(12, FontWeight::medium)), medium);
-    EXPECT_EQ(width(Font::custom("No such font", 12)), regular);
-    EXPECT_LT(regular, medium);
-    EXPECT_LT(medium, width(Font::system(12, FontWeight::bold)));
-}
-
-TEST_F(PaintText, LinesEndAtWordsAndTheBoxIsAsWideAsTheLongest) {
-    const double longest = widthOf("beta gamma");
-    const TextMeasure lines = measure({run("alpha beta gamma delta")}, std::nullopt, longest + 10);
-    EXPECT_EQ(lines.lines, 2);
-    EXPECT_NEAR(lines.size.width, widthOf("gamma delta"), 0.4);
-    EXPECT_LE(lines.size.width, longest + 10);
-    // Rounded up once, not line by line: 28.6406 and not 2 x 14.3333.
-    EXPECT_NEAR(lines.size.height, 86 / 3.0, 1e-6);
-    EXPECT_NEAR(lines.lastBaseline - lines.firstBaseline, 14.3203, 1e-4);
-    EXPECT_EQ(measure({run("alpha beta gamma delta")}).lines, 1);
-    EXPECT_EQ(measure({run("alpha beta gamma delta")}, std::nullopt, platform::infinity).lines, 1);
+TEST_F(PaintText, TheBoxThatHoldsATextRoundedToPixelsHoldsItAgain) {
+    for (const double size : {8.0, 11.0, 12.0, 13.0, 16.0}) {
+        const std::vector sized{run("one two three four five six seven eight nine ten", Font::system(size))};
+        const TextMeasure whole = measure(sized, std::nullopt, 70);
+        EXPECT_EQ(measure(sized, std::nullopt, 70, whole.size.height).lines, whole.lines) << size;
+    }
 }
 
 TEST_F(PaintText, AWordThatIsTooLongIsBrokenInsideWithoutAHyphen) {
@@ -118,38 +112,6 @@ TEST_F(PaintText, AWordThatIsTooLongIsBrokenInsideWithoutAHyphen) {
     EXPECT_TRUE(isSame);
 }
 
-TEST_F(PaintText, LimitAndHeightLeaveWholeLinesAndAtLeastOne) {
-    const std::vector text{run("one two three four five six seven eight nine ten eleven twelve")};
-    const double width = 70;
-    const int all = measure(text, std::nullopt, width).lines;
-    ASSERT_GE(all, 5);
-    struct Case {
-        std::optional<int> limit;
-        std::optional<double> height;
-        int lines;
-    };
-    for (const Case& expected : std::vector<Case>{{2, std::nullopt, 2},
-                                                  {100, std::nullopt, all},
-                                                  {0, std::nullopt, 1},
-                                                  {std::nullopt, 0, 1},
-                                                  {std::nullopt, 14.33, 1},
-                                                  {std::nullopt, 28.5, 1},
-                                                  {std::nullopt, 28.65, 2},
-                                                  {std::nullopt, 43, 3},
-                                                  {2, 43, 2},
-                                                  {4, 43, 3},
-                                                  {std::nullopt, 1000, all}}) {
-        EXPECT_EQ(measure(text, expected.limit, width, expected.height).lines, expected.lines)
-            << expected.limit.value_or(-1) << " " << expected.height.value_or(-1);
-    }
-    // The box that holds a text, rounded to pixels, holds it again.
-    for (const double size : {8.0, 11.0, 12.0, 13.0, 16.0}) {
-        const std::vector sized{run(text[0].text, Font::system(size))};
-        const TextMeasure whole = measure(sized, std::nullopt, width);
-        EXPECT_EQ(measure(sized, std::nullopt, width, whole.size.height).lines, whole.lines) << size;
-    }
-}
-
 TEST_F(PaintText, ATextThatIsCutEndsInAnEllipsis) {
     const auto picture = [&](const std::string& text, std::optional<int> limit, std::optional<double> width) {
         DisplayList list = emptyList(140, 50);
@@ -163,48 +125,6 @@ TEST_F(PaintText, ATextThatIsCutEndsInAnEllipsis) {
     EXPECT_EQ(picture("a\nb\nc", 2, std::nullopt), picture("a\nb\u2026", std::nullopt, std::nullopt));
     EXPECT_EQ(picture("whole", 1, std::nullopt), picture("whole", std::nullopt, std::nullopt));
     EXPECT_NE(picture("whole", 1, std::nullopt), picture("whole\u2026", 1, std::nullopt));
-}
-
-TEST_F(PaintText, LineBreaksAreKeptInOneText) {
-    struct Case {
-        std::string text;
-        int lines;
-    };
-    for (const auto& [text, lines] : std::vector<Case>{{"a\nb", 2},
-                                                       {"a\r\nb", 2},
-                                                       {"a\rb", 2},
-                                                       {"a\n\nb", 3},
-                                                       {"a\n", 2},
-                                                       {"a\u2028b\u2029c", 3},
-                                                       {"", 1},
-                                                       {"\n", 2}}) {
-        const TextMeasure measured = measure({run(text)});
-        EXPECT_EQ(measured.lines, lines) << testing::PrintToString(text);
-        EXPECT_NEAR(measured.size.height, std::ceil(lines * 12 * 2444 / 2048.0 * 3) / 3, 1e-6);
-    }
-    EXPECT_EQ(widthOf(""), 0.0);
-    EXPECT_EQ(measure({}).size, platform::Size{});
-}
-
-TEST_F(PaintText, ALineIsAsHighAsItsTallestRun) {
-    const TextMeasure mixed =
-        measure({run("12", Font::system(17)), run(" small\nand smaller", Font::system(9))});
-    EXPECT_NEAR(mixed.firstBaseline, 16.1865, 1e-4);
-    EXPECT_NEAR(mixed.lastBaseline, 20.2871 + 8.5693, 1e-4);
-    EXPECT_NEAR(
-        painter->measurer(3).metrics({run("a", Font::system(9)), run("b", Font::system(17))}).capHeight,
-        11.9780, 1e-4);
-}
-
-TEST_F(PaintText, PicturesInATextStandOnItsBaseline) {
-    const platform::Size live = painter->measurer(3).asset("Live").value();
-    EXPECT_NEAR(measure({inlineImage("Live"), run("Live")}).size.width, live.width + widthOf("Live"), 0.4);
-    EXPECT_EQ(measure({inlineImage("Live"), run("Live")}).size.height, measure({run("Live")}).size.height);
-    // AppLogo is 30 points high: its line is that, and the descent below.
-    const TextMeasure tall = measure({inlineImage("AppLogo"), run("Live")});
-    EXPECT_NEAR(tall.firstBaseline, 30, 1e-6);
-    EXPECT_NEAR(tall.size.height, std::ceil((30 + 2.8945) * 3) / 3, 1e-6);
-    EXPECT_EQ(measure({inlineImage("NoSuchAsset"), run("Live")}).size, measure({run("Live")}).size);
 }
 
 // A text is drawn in the box that was measured for it, so breaking it there must give the same lines.

@@ -42,10 +42,27 @@ TEST(KeyedArchives, GiveTheObjectsThatWereArchived) {
 TEST(KeyedArchives, ThatAreWrongAnywhereGiveNoObject) {
     const TemporaryDirectory folder;
     ASSERT_TRUE(otherMaker("make", folder.path()));
-    for (const char* name :
-         {"cycle", "longer cycle", "dangling", "class dangling", "unknown class", "no class", "uneven",
-          "key no text", "holds nothing", "wrong string", "root nothing", "root no identifier", "no root",
-          "other archiver", "other version", "no objects", "a plain list", "bomb"}) {
+    for (const char* name : {"cycle",
+                             "longer cycle",
+                             "dangling",
+                             "class dangling",
+                             "unknown class",
+                             "no class",
+                             "uneven",
+                             "key no text",
+                             "holds nothing",
+                             "wrong string",
+                             "date of text",
+                             "date of no number",
+                             "date without time",
+                             "root nothing",
+                             "root no identifier",
+                             "no root",
+                             "other archiver",
+                             "other version",
+                             "no objects",
+                             "a plain list",
+                             "bomb"}) {
         const auto object = sample(folder, name);
         ASSERT_FALSE(object) << name;
         EXPECT_EQ(object.error().domain, "KeyedArchiveError") << name;

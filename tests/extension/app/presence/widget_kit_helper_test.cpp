@@ -122,5 +122,35 @@ TEST(WidgetKitHelper, ForgetsTheSavedPortfolioRowsAndNothingElse) {
     removeSavedPortfolioRows(runtime);
 }
 
+/// Sets each property by its published name and looks at them all. For a process of its own.
+bool eachSetterWritesItsOwnProperty() {
+    const TestRuntime runtime;
+    runtime.makeCurrent();
+    const std::pair<void (*)(bool), bool (*)()> flags[] = {
+        {WidgetKitHelper::setIsWigetAdded, WidgetKitHelper::isWigetAdded},
+        {WidgetKitHelper::setIsNewsWidgetAdded, WidgetKitHelper::isNewsWidgetAdded},
+        {WidgetKitHelper::setIsPortfolioWigetAdded, WidgetKitHelper::isPortfolioWigetAdded},
+    };
+    const std::pair<void (*)(std::string), std::string (*)()> families[] = {
+        {WidgetKitHelper::setWidgetFamily, WidgetKitHelper::widgetFamily},
+        {WidgetKitHelper::setNewsWidgetFamily, WidgetKitHelper::newsWidgetFamily},
+        {WidgetKitHelper::setPortfolioWidgetFamily, WidgetKitHelper::portfolioWidgetFamily},
+    };
+    bool isGood = true;
+    for (std::size_t place = 0; place < 3; ++place) {
+        flags[place].first(true);
+        families[place].first(std::to_string(place));
+        for (std::size_t other = 0; other < 3; ++other) {
+            isGood &= flags[other].second() == (other <= place);
+            isGood &= families[other].second() == (other <= place ? std::to_string(other) : "");
+        }
+    }
+    return isGood;
+}
+
+TEST(WidgetKitHelperDeathTest, EachSetterWritesItsOwnProperty) {
+    EXPECT_EXIT(std::exit(eachSetterWritesItsOwnProperty() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
 }  // namespace
 }  // namespace extension

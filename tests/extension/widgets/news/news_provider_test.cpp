@@ -66,6 +66,19 @@ TEST(NewsTimeline, ShowsTheFirstFiveStoriesInTheirOrder) {
     EXPECT_TRUE(snapshotOf(NewsProvider(runtime)).isSuccess);
 }
 
+TEST(NewsTimeline, IsDueAgain30SecondsAfterTheQuestionHoweverLateTheAnswer) {
+    LoopbackServer service;
+    service.answer({.body = document({feedStory("good")}), .delay = 300ms});
+    const TestRuntime runtime{{.webHost = service.origin()}};
+    const auto asked = runtime.now();
+    const auto timeline = timelineOf(NewsProvider(runtime), [&] {
+        EXPECT_TRUE(service.waitForRequests(1));
+        runtime.clock().set(asked + 20s, 0.0);
+    });
+    EXPECT_EQ(timeline.entries.at(0).date, asked + 20s);
+    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(asked + 30s));
+}
+
 TEST(NewsTimeline, EveryFailureIsAnEmptyEntryThatIsAskedForAgain) {
     LoopbackServer service;
     const TestRuntime runtime{{.webHost = service.origin()}};
@@ -105,21 +118,6 @@ TEST(NewsTimeline, ThePlaceholderIsEmptyWhateverTheServiceAnswers) {
     EXPECT_TRUE(service.waitForRequests(1));
 }
 
-TEST(NewsTimeline, TheColoursAreThoseOfTheThemeInForce) {
-    const TestRuntime runtime;  // noon in India
-    const struct {
-        int stored;
-        bool isDark;
-    } cases[] = {{0, true}, {1, false}, {2, false}, {3, false}, {4, true}};
-    for (const auto& [stored, isDark] : cases) {
-        store(runtime, keys::themeType, PropertyList(stored));
-        const NewsTimelineEntry entry(runtime, {}, false);
-        EXPECT_EQ(entry.backgroundColor, colorFromHexString(isDark ? "#1A1A22" : "#ffffff")) << stored;
-        EXPECT_EQ(entry.textColor, colorFromHexString(isDark ? "#ffffff" : "#000000")) << stored;
-        EXPECT_EQ(entry.arrowIcon, isDark ? "ArrowDark" : "ArrowLight") << stored;
-    }
-}
-
 TEST(NewsAddress, IsTheWebHostsUnlessTheAppHasPutAnotherInItsPlace) {
     const struct {
         const char* name;
@@ -150,6 +148,11 @@ TEST(NewsAddress, IsTheWebHostsUnlessTheAppHasPutAnotherInItsPlace) {
         EXPECT_EQ(extension::stored(runtime, keys::extraLinks), stored) << "the key is kept";
     }
     EXPECT_TRUE(runtime.logged("Failed to unarchive object for key extra_links: "));
+
+    const TestRuntime staging{
+        {.webHost = "http://web.invalid",
+         .information = {{"ENVIRONMENT", "staging"}, {"StagingWebHost", "http://staging.invalid"}}}};
+    EXPECT_EQ(NewsViewModel(staging).newsAddress(), std::string("http://staging.invalid") + rankingTarget);
 }
 
 TEST(NewsAddress, AReplacementThatIsNoAddressIsAFailedRefresh) {
@@ -160,34 +163,18 @@ TEST(NewsAddress, AReplacementThatIsNoAddressIsAFailedRefresh) {
     }
 }
 
-TEST(NewsStories, BecomeItemsWithLinkBadgeAndLiveMarker) {
-    const struct {
-        const char* type;
-        std::optional<std::string> badge;
-        bool isLive;
-    } cases[] = {{"liveblog", std::nullopt, true},        {"text", std::nullopt, false},
-                 {"podcast", "Podcast", false},           {"videos", "Video", false},
-                 {"photogallery", "PhotoGallery", false}, {"news", std::nullopt, false},
-                 {"blogs", std::nullopt, false}};
+TEST(NewsStories, WithoutAnyMemberAreStillItems) {
     platform::IdSource ids(1);
     const ThumbnailReader nothing = [](const platform::URL&) { return std::nullopt; };
-    for (const auto& [type, badge, isLive] : cases) {
-        const NewsUIVM item = makeNewsUIVM({.headline = "Headline",
-                                            .storyID = "123",
-                                            .shareUrl = "https://web/a?b=c&d",
-                                            .storyType = storyType(type)},
-                                           ids, nothing);
-        EXPECT_EQ(item.deeplink, "brightledgerwidget://news/?url=https://web/a?b=c&d&articleType=" +
-                                     std::string(type) + "&storyId=123&isArticle=1");
-        EXPECT_EQ(item.storyTypeIncon, badge) << type;
-        EXPECT_EQ(item.isLive, isLive) << type;
-    }
     const NewsUIVM bare = makeNewsUIVM({}, ids, nothing);
     EXPECT_EQ(bare.deeplink, "brightledgerwidget://news/?url=&articleType=&storyId=&isArticle=1");
     EXPECT_EQ(bare.headline, "");
     EXPECT_EQ(bare.thumbnailUrl, "");
     EXPECT_FALSE(bare.isLive);
     EXPECT_NE(makeNewsUIVM({}, ids, nothing).id, bare.id);
+    const NewsUIVM blog = makeNewsUIVM({.storyType = StoryType::blogs}, ids, nothing);
+    EXPECT_EQ(blog.deeplink, "brightledgerwidget://news/?url=&articleType=blogs&storyId=&isArticle=1");
+    EXPECT_EQ(blog.storyTypeIncon, std::nullopt);
 }
 
 TEST(NewsThumbnails, AreReadOneAfterAnotherAndKeptAsTheyCome) {
@@ -254,23 +241,6 @@ TEST(NewsThumbnails, AllTogetherHaveEightSecondsAndDelayNoOtherAnswer) {
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 7900ms);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 12s);
     EXPECT_THAT(service.requests(), SizeIs(3)) << "what is late anyway is not asked for";
-}
-
-TEST(NewsEntry, IsPrintedWithItsOwnFieldsInTheirOrder) {
-    const TestRuntime runtime;
-    store(runtime, keys::themeType, PropertyList(1));
-    platform::IdSource ids(1);
-    NewsUIVM item = makeNewsUIVM({.headline = "Headline", .storyType = StoryType::podcast}, ids,
-                                 [](const platform::URL&) { return std::nullopt; });
-    item.thumbnailData = Bytes("abc");
-    const std::string id = item.id.text();
-    EXPECT_EQ(entryJson(NewsTimelineEntry(runtime, {item}, true)).dump(),
-              R"({"date":"2026-11-22T06:30:00.000Z","newsUIVM":[{"id":")" + id +
-                  R"(","thumbnailUrl":"","headline":"Headline",)"
-                  R"("deeplink":"brightledgerwidget://news/?url=&articleType=podcast&storyId=&isArticle=1",)"
-                  R"("storyTypeIncon":"Podcast","thumbnailData":"YWJj","isLive":false}],"isSuccess":true,)"
-                  R"("backgroundColor":{"hex":"#FFFFFF","alpha":1},)"
-                  R"("textColor":{"hex":"#000000","alpha":1},"arrowIcon":"ArrowLight"})");
 }
 
 }  // namespace

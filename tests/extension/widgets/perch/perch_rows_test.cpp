@@ -115,38 +115,6 @@ TEST(PerchRows, ARowWhoseQuoteIsUnclearHasEmptyPriceTexts) {
     EXPECT_EQ(rows[0].exchgWithTime, "NSE: ");
 }
 
-TEST(PerchRows, CarryEveryTextReadyToDraw) {
-    const TestRuntime runtime;
-    DefaultMultiAssetsVM asset = assetOf("9", "in;NSX", "", "in;NSX-II");
-    asset.exchg = "nse";
-    asset.type = "indices";
-    asset.market = "cash";
-    asset.title = "NIFTY 50";
-    MarketPackage_MultiAssetDataListItem quote;
-    quote.set_currentprice("24350.4");
-    quote.set_change("-12.5");
-    quote.set_perchange("-0.3");
-    quote.set_direction("-1");
-    quote.set_disptime("22 Nov, 12:00");
-
-    const PerchMultiAssetsVM row = makeRow(&quote, asset, 1, runtime);
-    EXPECT_EQ(row.assetID, "9");
-    EXPECT_EQ(row.exchg, "nse");
-    EXPECT_EQ(row.assetType, "indices");
-    EXPECT_EQ(row.symbol, "in;NSX");
-    EXPECT_EQ(row.market, "cash");
-    EXPECT_EQ(row.title, "NIFTY 50");
-    EXPECT_EQ(row.dateTime, "22 Nov, 12:00");
-    EXPECT_EQ(row.direction, "-1");
-    EXPECT_EQ(row.currentPrice, "24,350.40");
-    EXPECT_EQ(row.change, "-12.50");
-    EXPECT_EQ(row.perChange, "-0.30");
-    EXPECT_EQ(row.isProfit, false);
-    EXPECT_EQ(row.exchgWithTime, "NSE: 22 Nov, 12:00");
-    EXPECT_EQ(row.changeWithPercent, "-12.50 (-0.30%)");
-    EXPECT_EQ(row.deeplinkURL, "brightledgerwidget://indices/?id=9&exchg=nse&link_flag=1&positionSelected=2");
-}
-
 TEST(PerchRows, JoinWhatIsThereAndLeaveOutWhatIsNot) {
     const TestRuntime runtime;
     const struct {

@@ -77,6 +77,19 @@ TEST(PerchTimeline, AFreshStoreAsksOnceForTheThreeIndicesAndAgainIn30Seconds) {
     EXPECT_TRUE(runtime.logged("Refresh API - " + service.origin() + service.requests()[0].target));
 }
 
+TEST(PerchTimeline, IsDueAgain30SecondsAfterTheQuestionHoweverLateTheAnswer) {
+    LoopbackServer service;
+    service.answer({.body = threeQuotes(), .delay = 300ms});
+    const TestRuntime runtime{{.apiHost = service.origin()}};
+    const auto asked = runtime.now();
+    const auto timeline = timelineOf(PerchTimelineProvider{runtime}, [&] {
+        EXPECT_TRUE(service.waitForRequests(1));
+        runtime.clock().set(asked + 20s, 0.0);
+    });
+    EXPECT_EQ(timeline.entries.at(0).date, asked + 20s);
+    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(asked + 30s));
+}
+
 TEST(PerchTimeline, AnyFaultOfTheServiceIsAnEntryWithoutRows) {
     const struct {
         const char* what;
@@ -204,66 +217,6 @@ TEST(PerchTimeline, SeveralFamiliesMayAskAtOnceAndTheProviderMayGoBeforeTheAnswe
         for (auto& asker : askers) asker.join();
     }
     for (auto& answer : answers) EXPECT_EQ(answer.value().entries.at(0).multiAssetDataListItem->size(), 3U);
-}
-
-TEST(PerchEntry, TakesItsColoursFromTheThemeOfTheMoment) {
-    const auto white = platform::Color::rgb(1, 1, 1);
-    const auto black = platform::Color::rgb(0, 0, 0);
-    const auto night = platform::Color::rgb(0x1A / 255.0, 0x1A / 255.0, 0x22 / 255.0);
-    const auto grey = platform::Color::rgb(0xB4 / 255.0, 0xB4 / 255.0, 0xB4 / 255.0);
-    const struct {
-        std::optional<PropertyList> themeType;
-        const char* now;
-        bool isDark;
-    } cases[] = {
-        {std::nullopt, "2026-11-22T12:00:00+05:30", true},
-        {0, "2026-11-22T12:00:00+05:30", true},
-        {1, "2026-11-22T23:00:00+05:30", false},
-        {3, "2026-11-22T23:00:00+05:30", false},
-        {2, "2026-11-22T06:59:59+05:30", true},
-        {2, "2026-11-22T07:00:00+05:30", false},
-        {2, "2026-11-22T19:00:00+05:30", false},
-        {2, "2026-11-22T19:00:01+05:30", true},
-    };
-    for (const auto& each : cases) {
-        const TestRuntime runtime{{.now = each.now}};
-        if (each.themeType) store(runtime, keys::themeType, *each.themeType);
-        const PerchTimelineEntry entry = makeEntry(std::nullopt, runtime);
-        EXPECT_EQ(entry.backgroundColor, each.isDark ? night : white) << each.now;
-        EXPECT_EQ(entry.textColor, each.isDark ? white : black) << each.now;
-        EXPECT_EQ(entry.dateTimeColor, each.isDark ? grey : black) << each.now;
-    }
-}
-
-TEST(PerchEntry, IsPrintedFieldByFieldInItsOwnOrder) {
-    const TestRuntime runtime;
-    PerchMultiAssetsVM rising;
-    rising.title = "SENSEX";
-    rising.isProfit = true;
-    PerchMultiAssetsVM still;
-    const auto json = entryJson(makeEntry(std::vector{rising, still}, runtime));
-
-    const auto namesOf = [](const nlohmann::ordered_json& object) {
-        std::vector<std::string> names;
-        for (const auto& member : object.items()) names.push_back(member.key());
-        return names;
-    };
-    EXPECT_THAT(namesOf(json), ElementsAre("id", "date", "multiAssetDataListItem", "backgroundColor",
-                                           "textColor", "dateTimeColor"));
-    const auto& rows = json.at("multiAssetDataListItem");
-    EXPECT_THAT(namesOf(rows.at(0)),
-                ElementsAre("id", "assetID", "exchg", "assetType", "symbol", "market", "title", "dateTime",
-                            "direction", "change", "perChange", "isProfit", "currentPrice", "deeplinkURL",
-                            "exchgWithTime", "changeWithPercent"));
-    EXPECT_EQ(rows.at(0).at("isProfit"), true);
-    EXPECT_FALSE(rows.at(1).contains("isProfit"));
-    EXPECT_EQ(json.at("date"), "2026-11-22T06:30:00.000Z");
-    EXPECT_EQ(json.at("backgroundColor").dump(), R"({"hex":"#1A1A22","alpha":1})");
-
-    EXPECT_FALSE(entryJson(makeEntry(std::nullopt, runtime)).contains("multiAssetDataListItem"));
-    EXPECT_EQ(
-        entryJson(makeEntry(std::vector<PerchMultiAssetsVM>(), runtime)).at("multiAssetDataListItem").dump(),
-        "[]");
 }
 
 }  // namespace

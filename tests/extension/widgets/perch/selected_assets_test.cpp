@@ -33,26 +33,25 @@ TEST(FirstRun, ChoosesThreeIndicesInTheirOrder) {
     const TestRuntime runtime;
     seedDefaultsAtFirstRun(runtime);
 
-    const auto assets = loadSelectedAssets(runtime).defaultAssetsList;
-    ASSERT_EQ(assets.size(), 3U);
-    EXPECT_EQ(assets[0], (DefaultMultiAssetsVM{.id = "4",
-                                               .exchg = "bse",
-                                               .type = "indices",
-                                               .symbol = "in;SEN",
-                                               .market = "",
-                                               .title = "SENSEX",
-                                               .instrument = "",
-                                               .indId = "",
-                                               .scId = "",
-                                               .expiryDate = "",
-                                               .optionType = "",
-                                               .strikePrice = "",
-                                               .priceIdentifier = "in;SEN-II",
-                                               .linkFlag = true}));
-    EXPECT_EQ(assets[1].title, "NIFTY 50");
-    EXPECT_EQ(assets[1].priceIdentifier, "in;NSX-II");
-    EXPECT_EQ(assets[2].title, "NIFTY BANK");
-    EXPECT_EQ(assets[2].priceIdentifier, "in;nbx-II");
+    const auto index = [](const char* id, const char* exchange, const std::string& symbol,
+                          const char* title) {
+        return DefaultMultiAssetsVM{.id = id,
+                                    .exchg = exchange,
+                                    .type = "indices",
+                                    .symbol = symbol,
+                                    .market = {},
+                                    .title = title,
+                                    .instrument = {},
+                                    .indId = {},
+                                    .scId = {},
+                                    .expiryDate = {},
+                                    .optionType = {},
+                                    .strikePrice = {},
+                                    .priceIdentifier = symbol + "-II"};
+    };
+    EXPECT_THAT(loadSelectedAssets(runtime).defaultAssetsList,
+                ElementsAre(index("4", "bse", "in;SEN", "SENSEX"), index("9", "nse", "in;NSX", "NIFTY 50"),
+                            index("23", "nse", "in;nbx", "NIFTY BANK")));
     EXPECT_EQ(stored(runtime, "firstTimeAppInstalledForWidget"), PropertyList(true));
     EXPECT_EQ(stored(runtime, "INDICES_WIDGET")->array()->front().dictionary()->size(), 7U);
 }

@@ -186,6 +186,19 @@ TEST(PortfolioTimeline, AsksFromNineToFourInclusiveAndShowsSavedRowsOtherwise) {
     }
 }
 
+TEST(PortfolioTimeline, IsDueAgain30SecondsAfterTheQuestionHoweverLateTheAnswer) {
+    LoopbackServer service;
+    service.answer({.body = goodPortfolio, .delay = std::chrono::milliseconds(300)});
+    const TestRuntime runtime;
+    signIn(runtime, service);
+    const auto asked = runtime.now();
+    const auto timeline = timelineOf(PWProvider(runtime), [&] {
+        EXPECT_TRUE(service.waitForRequests(1));
+        runtime.clock().set(asked + std::chrono::seconds(20), 0.0);
+    });
+    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(asked + std::chrono::seconds(30)));
+}
+
 TEST(PortfolioTimeline, KeepsItsHoursOnADayOfAClockChange) {
     // New York's clocks went forward at two in the night: nine o'clock is 13:00 UTC and no longer 14:00.
     LoopbackServer service;
@@ -227,28 +240,6 @@ TEST(PortfolioPlaceholder, OfASignedInUserIsFailedAndDoesNotWait) {
 
     EXPECT_EQ(PWProvider(runtime).placeholder({}).apiError, PWAPIError::failed);
     EXPECT_TRUE(service.waitForRequests(1));
-}
-
-TEST(PortfolioEntry, WearsTheThemeOfItsMoment) {
-    struct Case {
-        int themeType;
-        const char* now;
-        bool isDark;
-    };
-    const std::vector<Case> cases{{0, "2026-11-22T06:30:00Z", true},
-                                  {1, "2026-11-22T14:30:00Z", false},
-                                  {2, "2026-11-22T14:30:00Z", true},
-                                  {2, "2026-11-22T06:30:00Z", false},
-                                  {3, "2026-11-22T14:30:00Z", false}};
-    for (const Case& example : cases) {
-        const TestRuntime runtime{{.now = example.now, .timeZone = {"America/New_York"}}};
-        store(runtime, keys::themeType, example.themeType);
-        const PWTimelineEntry entry(runtime, runtime.now(), {}, PWAPIError::failed);
-        EXPECT_EQ(entry.isDark(), example.isDark) << example.themeType << " at " << example.now;
-        EXPECT_EQ(hexString(entry.backgroundColor), example.isDark ? "#1A1A22" : "#FFFFFF");
-        EXPECT_EQ(entry.portfolioIcon, example.isDark ? "PortfolioDark" : "PortfolioLight");
-        EXPECT_EQ(entry.dateTimeColor.alpha(), example.isDark ? 1.0 : 0.6);
-    }
 }
 
 }  // namespace
