@@ -1,13 +1,17 @@
 #pragma once
 
-// The service's ranking of stories, as its JSON document tells it.
+// The service's ranking of stories, as its JSON document carries it. Read it with
+// `platform::decodedJSON<NewsDataModel>`, write it with `platform::encodedJSON`.
 
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-#include "platform/base/result.h"
+
+namespace platform {
+class JSONReader;
+}
 
 namespace extension {
 
@@ -17,6 +21,11 @@ enum class StoryType { liveblog, text, podcast, videos, photogallery, news, blog
 std::string_view rawValue(StoryType type);
 /// The type of exactly that name.
 std::optional<StoryType> storyType(std::string_view rawValue);
+
+/// A type that is not known fails the whole document: better no news than stories whose kind we would have to
+/// guess.
+void decode(platform::JSONReader& reader, StoryType& type);
+void to_json(nlohmann::ordered_json& json, StoryType type);
 
 struct NewsDetails {
     std::optional<std::string> headline = std::nullopt;
@@ -28,6 +37,14 @@ struct NewsDetails {
     std::optional<std::string> shareUrl = std::nullopt;
     std::optional<StoryType> storyType = std::nullopt;
 
+    static void members(auto& self, auto&& member) {
+        member("headline", self.headline);
+        member("story_id", self.storyID);
+        member("thumbnail", self.thumbnail);
+        member("timeago", self.timeago);
+        member("share_url", self.shareUrl);
+        member("story_type", self.storyType);
+    }
     bool operator==(const NewsDetails&) const = default;
 };
 
@@ -35,15 +52,8 @@ struct NewsDataModel {
     /// The top story first.
     std::optional<std::vector<NewsDetails>> list = std::nullopt;
 
+    static void members(auto& self, auto&& member) { member("list", self.list); }
     bool operator==(const NewsDataModel&) const = default;
 };
-
-/// Reads a whole document. A member that is absent or null is absent, others than ours are ignored;
-/// one of another type, or a story type that is not known, fails the whole document: better no news than
-/// stories whose kind we would have to guess. Never throws.
-platform::Result<NewsDataModel> decodeNews(std::string_view body);
-
-/// The same document again; what is absent is left out.
-nlohmann::ordered_json encodedNews(const NewsDataModel& news);
 
 }  // namespace extension

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <nlohmann/json.hpp>
 #include <utility>
 #include "extension/app/settings/build_flags.h"
 #include "extension/app/settings/store_keys.h"
+#include "platform/json/json_coding.h"
 #include "platform/settings/keyed_archive.h"
 #include "platform/url/url_session.h"
 
@@ -45,7 +45,7 @@ ThumbnailReader thumbnailReader(const Runtime& runtime, bool allowsPrivateHosts)
 
 std::vector<NewsUIVM> makeStories(const Result<Bytes>& answer, bool isPrivateFeed, const Runtime& runtime) {
     if (!answer) return {};  // no network is an empty widget, never a message
-    const Result<NewsDataModel> news = decodeNews(answer->view());
+    const Result<NewsDataModel> news = platform::decodedJSON<NewsDataModel>(answer->view());
     if (!news || !news->list) return {};
     const ThumbnailReader readThumbnail = thumbnailReader(runtime, isPrivateFeed);
     std::vector<NewsUIVM> stories;

@@ -1,13 +1,11 @@
 #pragma once
 
-// The service's portfolio summary, as its JSON document carries it.
+// The service's portfolio summary, as its JSON document carries it. Each of the three can be read with
+// `platform::decodedJSON` and written with `platform::encodedJSON`.
 
 #include <cstdint>
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
-#include <string_view>
-#include "platform/base/result.h"
 
 namespace extension {
 
@@ -30,27 +28,40 @@ struct NetworthDetails {
     std::optional<std::string> redirectURL;
     std::optional<std::string> userType;
 
+    static void members(auto& self, auto&& member) {
+        member("name", self.name);
+        member("investments", self.investments);
+        member("networth", self.networth);
+        member("change", self.change);
+        member("percentchange", self.percentchange);
+        member("direction", self.direction);
+        member("over_change", self.overChange);
+        member("over_percentchange", self.overPercentchange);
+        member("over_direction", self.overDirection);
+        member("over_realized", self.overRealized);
+        member("realized_direction", self.realizedDirection);
+        member("stk_latest_value", self.stkLatestValue);
+        member("no_of_stocks", self.noOfStocks);
+        member("portfolio_unit", self.portfolioUnit);
+        member("redirect_url", self.redirectURL);
+        // The only one in camel case.
+        member("userType", self.userType);
+    }
     bool operator==(const NetworthDetails&) const = default;
 };
 
 struct Portfoliosummary {
     std::optional<NetworthDetails> networthDetails;
 
+    static void members(auto& self, auto&& member) { member("networth_details", self.networthDetails); }
     bool operator==(const Portfoliosummary&) const = default;
 };
 
 struct PortfolioDataModel {
     std::optional<Portfoliosummary> portfoliosummary;
 
+    static void members(auto& self, auto&& member) { member("portfoliosummary", self.portfoliosummary); }
     bool operator==(const PortfolioDataModel&) const = default;
 };
-
-/// Reads a whole document. A missing or null member is absent, members that are not known are
-/// ignored, and a member of another type fails the document whole. The error tells nothing of the
-/// document's content.
-platform::Result<PortfolioDataModel> decodePortfolio(std::string_view body);
-
-/// The same members again; those that are absent are left out.
-nlohmann::ordered_json encodedPortfolio(const PortfolioDataModel& portfolio);
 
 }  // namespace extension

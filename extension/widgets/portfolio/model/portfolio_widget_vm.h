@@ -24,14 +24,21 @@ struct PortfolioWidgetVM {
     /// "(1.20%)" for the two gains, empty for the others.
     std::string percentage;
 
+    static void members(auto& self, auto&& member) {
+        member("id", self.id);
+        member("title", self.title);
+        member("value", self.value);
+        member("isProfit", self.isProfit);
+        member("isTrailing", self.isTrailing);
+        member("percentage", self.percentage);
+    }
     bool operator==(const PortfolioWidgetVM&) const = default;
 };
 
 /// Networth, Invested, P&L and Day's Gain, in this order, with fresh ids. An absent text counts as empty.
 std::vector<PortfolioWidgetVM> makeRows(const NetworthDetails& details, platform::IdSource& ids);
 
-/// A JSON array with one object a row; "isProfit" is left out where it is absent. Fails when a text is
-/// no UTF-8.
+/// A JSON array with one object a row. Fails when a text is not UTF-8.
 platform::Result<std::string> encodedRows(const std::vector<PortfolioWidgetVM>& rows);
 /// Every key but "isProfit" must be there and of its type.
 platform::Result<std::vector<PortfolioWidgetVM>> decodeRows(std::string_view json);

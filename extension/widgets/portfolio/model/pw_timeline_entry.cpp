@@ -1,10 +1,9 @@
 #include "extension/widgets/portfolio/model/pw_timeline_entry.h"
 
-#include <nlohmann/json.hpp>
 #include <utility>
 #include "extension/theme/entry_theme.h"
 #include "extension/theme/hex_codec.h"
-#include "extension/widgets/portfolio/model/portfolio_widget_vm_json.h"
+#include "platform/json/json_coding.h"
 #include "platform/view/view_json.h"
 
 namespace extension {
@@ -29,11 +28,9 @@ PWTimelineEntry::PWTimelineEntry(const platform::Runtime& runtime, platform::Ins
 bool PWTimelineEntry::isDark() const { return portfolioIcon == darkIcon; }
 
 nlohmann::ordered_json entryJson(const PWTimelineEntry& entry) {
-    nlohmann::ordered_json rows = nlohmann::ordered_json::array();
-    for (const PortfolioWidgetVM& row : entry.portfolioWidgetVM) rows.push_back(rowJson(row));
     return {{"id", entry.id.text()},
             {"date", platform::formatInstant(entry.date)},
-            {"portfolioWidgetVM", std::move(rows)},
+            {"portfolioWidgetVM", platform::encodedJSON(entry.portfolioWidgetVM)},
             {"backgroundColor", platform::colorJson(entry.backgroundColor)},
             {"textColor", platform::colorJson(entry.textColor)},
             {"dateTimeColor", platform::colorJson(entry.dateTimeColor)},

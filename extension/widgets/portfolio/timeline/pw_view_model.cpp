@@ -1,12 +1,12 @@
 #include "extension/widgets/portfolio/timeline/pw_view_model.h"
 
 #include <chrono>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include "extension/app/settings/store_keys.h"
 #include "extension/net/network_manager.h"
 #include "extension/widgets/portfolio/model/portfolio_data_model.h"
+#include "platform/json/json_coding.h"
 
 namespace extension {
 namespace {
@@ -54,7 +54,7 @@ PWTimelineEntry PWViewModel::entry(PWAPIError state, std::vector<PortfolioWidget
 }
 
 PWTimelineEntry PWViewModel::entryFor(std::string_view body, const Session& asked) const {
-    const Result<PortfolioDataModel> portfolio = decodePortfolio(body);
+    const Result<PortfolioDataModel> portfolio = platform::decodedJSON<PortfolioDataModel>(body);
     if (!portfolio) {
         runtime_.log().write(portfolio.error().message);
         return entry(PWAPIError::failed);

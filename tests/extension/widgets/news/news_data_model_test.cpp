@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
 #include <string>
+#include "platform/json/json_coding.h"
 
 namespace extension {
 namespace {
 
 TEST(NewsDocument, ReadsEveryMemberInAnyOrderAndIgnoresOthers) {
-    const auto news = decodeNews(R"({"status": 1, "list": [
+    const auto news = platform::decodedJSON<NewsDataModel>(R"({"status": 1, "list": [
         {"story_type": "videos", "share_url": "https://a/b", "timeago": "2 hours ago", "more": {"x": [1]},
          "thumbnail": "https://a/c.jpg", "story_id": "42", "headline": "बाज़ार \u20b9"},
         {}], "paging": null})");
@@ -25,12 +25,14 @@ TEST(NewsDocument, ReadsEveryMemberInAnyOrderAndIgnoresOthers) {
 }
 
 TEST(NewsDocument, AbsentAndNullAreTheSame) {
-    EXPECT_EQ(decodeNews("{}"), NewsDataModel{});
-    EXPECT_EQ(decodeNews(R"({"list": null})"), NewsDataModel{});
-    EXPECT_EQ(decodeNews(R"({"list": []})"), NewsDataModel{.list = std::vector<NewsDetails>{}});
-    EXPECT_EQ(decodeNews(R"({"list": [{"story_type": null, "headline": null}]})"),
+    EXPECT_EQ(platform::decodedJSON<NewsDataModel>("{}"), NewsDataModel{});
+    EXPECT_EQ(platform::decodedJSON<NewsDataModel>(R"({"list": null})"), NewsDataModel{});
+    EXPECT_EQ(platform::decodedJSON<NewsDataModel>(R"({"list": []})"),
+              NewsDataModel{.list = std::vector<NewsDetails>{}});
+    EXPECT_EQ(platform::decodedJSON<NewsDataModel>(R"({"list": [{"story_type": null, "headline": null}]})"),
               NewsDataModel{.list = std::vector<NewsDetails>(1)});
-    EXPECT_TRUE(decodeNews("\xef\xbb\xbf{}")) << "a byte order mark is no part of the document";
+    EXPECT_TRUE(platform::decodedJSON<NewsDataModel>("\xef\xbb\xbf{}"))
+        << "a byte order mark is no part of the document";
 }
 
 TEST(NewsDocument, KnowsExactlySevenStoryTypes) {
@@ -40,7 +42,22 @@ TEST(NewsDocument, KnowsExactlySevenStoryTypes) {
     }
     for (const char* name : {"", "Podcast", "video", "photoGallery", "blog", "news "}) {
         EXPECT_FALSE(storyType(name)) << name;
-        EXPECT_FALSE(decodeNews(R"({"list": [{}, {"story_type": ")" + std::string(name) + "\"}]}")) << name;
+        EXPECT_FALSE(platform::decodedJSON<NewsDataModel>(R"({"list": [{}, {"story_type": ")" +
+                                                          std::string(name) + "\"}]}"))
+            << name;
+    }
+}
+
+TEST(NewsDocument, IsNotSpoiltByWhatMembersHoldThatNobodyAsksFor) {
+    std::string many = "[0";
+    for (int i = 0; i < 60'000; ++i) many += ",0";
+    for (const std::string& value : {std::string("1e400"), std::string(400, '9'), std::string(R"("\ud800")"),
+                                     R"({"\ud800":[-1e999]})" + std::string(), many + "]"}) {
+        const std::string member = "\"x\":" + value;
+        const auto news = platform::decodedJSON<NewsDataModel>("{" + member + R"(, "list": [{)" + member +
+                                                               R"(, "headline": "A"}], "y": 1e400})");
+        ASSERT_TRUE(news) << value.substr(0, 20) << ": " << news.error().message;
+        EXPECT_EQ(news->list, std::vector<NewsDetails>{{.headline = "A"}});
     }
 }
 
@@ -72,16 +89,17 @@ TEST(NewsDocument, AnyFaultFailsTheWholeDocument) {
         R"({"list": [], "other": )" + deep + std::string(1000, ']') + "}",
         deep,
     };
-    for (const std::string& text : cases) EXPECT_FALSE(decodeNews(text)) << text.substr(0, 60);
+    for (const std::string& text : cases)
+        EXPECT_FALSE(platform::decodedJSON<NewsDataModel>(text)) << text.substr(0, 60);
 }
 
 TEST(NewsDocument, IsWrittenWithTheSameKeysAndReadBackAsItWas) {
     for (const char* text : {"{}", R"({"list":[]})",
                              R"({"list":[{"headline":"A","story_id":"1","thumbnail":"t","timeago":"now",)"
                              R"("share_url":"u","story_type":"liveblog"},{},{"story_type":"blogs"}]})"}) {
-        const auto news = decodeNews(text);
+        const auto news = platform::decodedJSON<NewsDataModel>(text);
         ASSERT_TRUE(news);
-        EXPECT_EQ(encodedNews(*news).dump(), text);
+        EXPECT_EQ(platform::encodedJSON(*news).dump(), text);
     }
 }
 

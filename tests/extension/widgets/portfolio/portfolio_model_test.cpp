@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 #include "extension/widgets/portfolio/model/portfolio_data_model.h"
 #include "extension/widgets/portfolio/model/portfolio_widget_vm.h"
 #include "extension/widgets/portfolio/model/pw_api_error.h"
+#include "platform/json/json_coding.h"
 
 namespace {
 
@@ -13,27 +13,32 @@ using nlohmann::json;
 using testing::IsEmpty;
 
 NetworthDetails detailsOf(const std::string& members) {
-    const auto portfolio = decodePortfolio(R"({"portfoliosummary":{"networth_details":{)" + members + "}}}");
+    const auto portfolio = platform::decodedJSON<PortfolioDataModel>(
+        R"({"portfoliosummary":{"networth_details":{)" + members + "}}}");
     EXPECT_TRUE(portfolio) << members;
     return portfolio ? *portfolio->portfoliosummary->networthDetails : NetworthDetails{};
 }
 
 TEST(PortfolioDocument, ReadsEachMemberUnderTheServicesOwnSpelling) {
-    const NetworthDetails details = detailsOf(R"(
-        "name":"a","investments":"b","networth":"c","change":"d","percentchange":"e","direction":"f",
-        "over_change":"g","over_percentchange":"h","over_direction":"i","over_realized":"j",
-        "realized_direction":"k","stk_latest_value":"l","no_of_stocks":12,"portfolio_unit":"m",
-        "redirect_url":"n","userType":"o","usertype":7,"else":[{}])");
-    EXPECT_EQ(details.overPercentchange, "h");
-    EXPECT_EQ(details.noOfStocks, 12);
-    EXPECT_EQ(details.userType, "o");
-    EXPECT_EQ(details.realizedDirection, "k");
+    const std::string members = R"({"name":"a","investments":"b","networth":"c","change":"d",)"
+                                R"("percentchange":"e","direction":"f","over_change":"g",)"
+                                R"("over_percentchange":"h","over_direction":"i","over_realized":"j",)"
+                                R"("realized_direction":"k","stk_latest_value":"l","no_of_stocks":12,)"
+                                R"("portfolio_unit":"m","redirect_url":"n","userType":"o"})";
+    const NetworthDetails details{"a", "b", "c", "d", "e", "f", "g", "h",
+                                  "i", "j", "k", "l", 12,  "m", "n", "o"};
+    EXPECT_EQ(platform::decodedJSON<NetworthDetails>(members), details);
+    EXPECT_EQ(platform::encodedJSON(details).dump(), members);
+    EXPECT_EQ(detailsOf(R"("else":[{}],"usertype":7,"x":1e400,)" + members.substr(1, members.size() - 2)),
+              details);
 }
 
 TEST(PortfolioDocument, AbsentAndNullAreAbsentAtEveryLevel) {
-    EXPECT_EQ(decodePortfolio("{}"), PortfolioDataModel{});
-    EXPECT_EQ(decodePortfolio(R"({"portfoliosummary":null})"), PortfolioDataModel{});
-    EXPECT_EQ(decodePortfolio(R"({"portfoliosummary":{}})"), PortfolioDataModel{Portfoliosummary{}});
+    EXPECT_EQ(platform::decodedJSON<PortfolioDataModel>("{}"), PortfolioDataModel{});
+    EXPECT_EQ(platform::decodedJSON<PortfolioDataModel>(R"({"portfoliosummary":null})"),
+              PortfolioDataModel{});
+    EXPECT_EQ(platform::decodedJSON<PortfolioDataModel>(R"({"portfoliosummary":{}})"),
+              PortfolioDataModel{Portfoliosummary{}});
     EXPECT_EQ(detailsOf(R"("no_of_stocks":null,"name":null,"USERTYPE":"x")"), NetworthDetails{});
 }
 
@@ -41,22 +46,26 @@ TEST(PortfolioDocument, AMemberOfAnotherTypeFailsItWhole) {
     for (const char* member :
          {R"("investments":1200)", R"("name":true)", R"("no_of_stocks":"5")", R"("no_of_stocks":1.5)",
           R"("no_of_stocks":9223372036854775808)", R"("userType":{})"}) {
-        EXPECT_FALSE(
-            decodePortfolio(R"({"portfoliosummary":{"networth_details":{)" + std::string(member) + "}}}"))
+        EXPECT_FALSE(platform::decodedJSON<PortfolioDataModel>(
+            R"({"portfoliosummary":{"networth_details":{)" + std::string(member) + "}}}"))
             << member;
     }
     for (const char* body : {"[]", "", "null", "3", R"({"portfoliosummary":[]})",
                              R"({"portfoliosummary":{"networth_details":"x"}})", "{} {}"}) {
-        EXPECT_FALSE(decodePortfolio(body)) << body;
+        EXPECT_FALSE(platform::decodedJSON<PortfolioDataModel>(body)) << body;
     }
 }
 
-TEST(PortfolioDocument, IsWrittenAgainWithoutWhatIsAbsent) {
+TEST(PortfolioDocument, IsWrittenAgainWithoutWhatIsAbsentWholeAndInParts) {
     PortfolioDataModel portfolio{Portfoliosummary{NetworthDetails{}}};
     portfolio.portfoliosummary->networthDetails->name = "Main";
-    EXPECT_EQ(encodedPortfolio(portfolio).dump(),
+    EXPECT_EQ(platform::encodedJSON(portfolio).dump(),
               R"({"portfoliosummary":{"networth_details":{"name":"Main"}}})");
-    EXPECT_EQ(decodePortfolio(encodedPortfolio(portfolio).dump()), portfolio);
+    EXPECT_EQ(platform::decodedJSON<PortfolioDataModel>(platform::encodedJSON(portfolio).dump()), portfolio);
+    const Portfoliosummary& summary = *portfolio.portfoliosummary;
+    EXPECT_EQ(platform::encodedJSON(summary).dump(), R"({"networth_details":{"name":"Main"}})");
+    EXPECT_EQ(platform::decodedJSON<Portfoliosummary>(R"({"networth_details":{"name":"Main"}})"), summary);
+    EXPECT_EQ(platform::encodedJSON(Portfoliosummary{}).dump(), "{}");
 }
 
 TEST(PortfolioRows, WithoutFiguresAreStillFourAndNeutral) {
