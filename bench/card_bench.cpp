@@ -25,7 +25,7 @@ platform::View card(WidgetFamily family, const platform::Runtime& runtime) {
         row.deeplinkURL = "brightledgerwidget://indices/?id=9";
         rows.push_back(std::move(row));
     }
-    const PerchTimelineEntry entry = makeEntry(std::move(rows), runtime);
+    const PerchTimelineEntry entry(runtime, std::move(rows));
     return PerchWidgetEntryView{entry}
         .body({.widgetFamily = family})
         .containerBackground(platform::ColorFill(entry.backgroundColor));

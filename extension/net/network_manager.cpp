@@ -33,13 +33,13 @@ NetworkManager& NetworkManager::shared() {
     return manager;
 }
 
-void NetworkManager::sendRequest(const std::string& urlString, RequestMethod method,
+bool NetworkManager::sendRequest(const std::string& urlString, RequestMethod method,
                                  const std::optional<nlohmann::json>& parameters,
                                  std::function<void(Result<Bytes>)> completion) const {
     const std::optional<platform::URL> url = platform::URL::parse(urlString);
     if (!url) {
         completion(tl::unexpected(platform::urlError(platform::url_error::badURL)));
-        return;
+        return false;
     }
     platform::URLRequest request{.url = *url,
                                  .method = methodText(method),
@@ -56,6 +56,7 @@ void NetworkManager::sendRequest(const std::string& urlString, RequestMethod met
     session.dataTask(std::move(request), [completion = std::move(completion)](Result<HTTPResponse> response) {
         completion(bodyOf(std::move(response)));
     });
+    return true;
 }
 
 }  // namespace extension

@@ -27,14 +27,14 @@ public:
     static NetworkManager& shared();
 
     /// Calls `completion` exactly once: with the body of an answer of status 200, or with an error of
-    /// the URL domain. badURL comes on this thread, before the call returns; everything else on a
-    /// background queue of the request's own. Any other status and an empty body are
-    /// badServerResponse; 60 seconds without data are timedOut, and a body above 1 MiB is
+    /// the URL domain. Answers whether a request is under way. If not, badURL has been handed over on this
+    /// thread; everything else comes on a background queue of the request's own. Any other status and an
+    /// empty body are badServerResponse; 60 seconds without data are timedOut, and a body above 1 MiB is
     /// dataLengthExceedsMaximum.
     ///
     /// `parameters` become the body as JSON; what JSON cannot hold (numbers that are not finite, text
     /// that is not UTF-8) leaves the request without a body.
-    void sendRequest(const std::string& urlString, RequestMethod method,
+    bool sendRequest(const std::string& urlString, RequestMethod method,
                      const std::optional<nlohmann::json>& parameters,
                      std::function<void(platform::Result<platform::Bytes>)> completion) const;
 

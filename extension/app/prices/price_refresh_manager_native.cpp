@@ -37,14 +37,14 @@ PriceRefreshManagerNative& PriceRefreshManagerNative::shared() {
     return manager;
 }
 
-void PriceRefreshManagerNative::fetch(const std::vector<std::string>& identifiers, Success success,
+bool PriceRefreshManagerNative::fetch(const std::vector<std::string>& identifiers, Success success,
                                       Failure failure) {
-    if (identifiers.empty()) return;
+    if (identifiers.empty()) return false;
     const std::string address = quotesAddress(runtime_, identifiers);
     const std::optional<platform::URL> url = platform::URL::parse(address);
     if (!url) {
         failure(platform::urlError(platform::url_error::badURL));
-        return;
+        return false;
     }
     if (runtime_.log().isEnabled()) runtime_.log().write("Refresh API - " + address);
     runtime_.urls().sharedSession().dataTask(
@@ -54,6 +54,7 @@ void PriceRefreshManagerNative::fetch(const std::vector<std::string>& identifier
             if (!quotes) return failure(std::move(quotes.error()));
             success(*std::move(quotes));
         });
+    return true;
 }
 
 }  // namespace extension

@@ -11,14 +11,15 @@
 
 namespace extension {
 
-/// A source of prices. For a non-empty list exactly one of the two callbacks is called, once.
+/// A source of prices. For a non-empty list exactly one of the two callbacks is called, once. `fetch` answers
+/// whether a request is under way; if not, nothing is called any more.
 class PriceRefreshDataSource {
 public:
     using Success = std::function<void(MarketPackage_MultiAssetInfo)>;
     using Failure = std::function<void(platform::Error)>;
 
     virtual ~PriceRefreshDataSource() = default;
-    virtual void fetch(const std::vector<std::string>& identifiers, Success success, Failure failure) = 0;
+    virtual bool fetch(const std::vector<std::string>& identifiers, Success success, Failure failure) = 0;
 };
 
 /// Asks the service's market host for all assets in one request. Keeps nothing between requests. Any
@@ -36,7 +37,7 @@ public:
     /// called. When they make no address, `failure` gets badURL on this thread, before the call returns;
     /// everything else comes on the queue of the process's shared session. Any status but 200 and an empty
     /// body are badServerResponse; a body that is no whole message is the decoder's error.
-    void fetch(const std::vector<std::string>& identifiers, Success success, Failure failure) override;
+    bool fetch(const std::vector<std::string>& identifiers, Success success, Failure failure) override;
 
 private:
     const platform::Runtime& runtime_;

@@ -36,7 +36,7 @@ TEST(ThemeManager, AnEmptyStoreIsDarkAndAllItsColoursAreGray) {
     ThemedPhone phone;
     EXPECT_EQ(phone.themes.selectedThemeType(), 0);
     EXPECT_EQ(phone.themes.displayThemeKey(), "dark");
-    EXPECT_TRUE(isDarkTheme(phone.runtime));
+    EXPECT_TRUE(entryColors(phone.runtime).isDark);
     for (const auto& [name, color] : phone.themes.currentTheme()->colors())
         EXPECT_EQ(color, Color::gray()) << name;
 }
@@ -72,7 +72,7 @@ TEST(ThemeManager, EveryChoiceIsStoredAndShownAsItsNumberSays) {
         EXPECT_EQ(phone.themes.displayThemeKey(), expected.key) << expected.chosen;
         EXPECT_EQ(hexString(phone.themes.themeColor("#111111", "#EEEEEE")), expected.picked)
             << expected.chosen;
-        EXPECT_EQ(isDarkTheme(phone.runtime), expected.isDarkEntry) << expected.chosen;
+        EXPECT_EQ(entryColors(phone.runtime).isDark, expected.isDarkEntry) << expected.chosen;
     }
 }
 
@@ -83,7 +83,7 @@ TEST(ThemeManager, AStoredChoiceOfAnyOtherTypeOrRangeReadsAsDark) {
         ThemedPhone phone;
         store(phone.runtime, "ThemeType", value);
         EXPECT_EQ(phone.themes.selectedThemeType(), 0);
-        EXPECT_TRUE(isDarkTheme(phone.runtime));
+        EXPECT_TRUE(entryColors(phone.runtime).isDark);
     }
     // The platform reads a text as the number that it begins with, and cuts a real number.
     ThemedPhone phone;
@@ -116,7 +116,7 @@ TEST(ThemeManager, TheAutomaticThemeIsLightByDayInIndiaWhateverTheDevicesZone) {
             EXPECT_EQ(phone.themes.themeForAutoMode(), theme) << now << " " << zone;
             EXPECT_EQ(phone.themes.displayTheme(), theme) << now << " " << zone;
             EXPECT_EQ(phone.themes.displayThemeKey(), theme == 1 ? "light" : "dark") << now << " " << zone;
-            EXPECT_EQ(isDarkTheme(phone.runtime), theme == 0) << now << " " << zone;
+            EXPECT_EQ(entryColors(phone.runtime).isDark, theme == 0) << now << " " << zone;
         }
     }
 }
@@ -241,7 +241,7 @@ TEST(ThemeManager, AStoreThatCannotBeOpenedIsDarkWithGrayColours) {
     phone.themes.setReloadsWidgets(true);
     EXPECT_EQ(phone.themes.selectedThemeType(), 0);
     EXPECT_FALSE(phone.themes.reloadsWidgets());
-    EXPECT_TRUE(isDarkTheme(phone.runtime));
+    EXPECT_TRUE(entryColors(phone.runtime).isDark);
     EXPECT_EQ(phone.themes.currentTheme()->textColor(), Color::gray());
 }
 

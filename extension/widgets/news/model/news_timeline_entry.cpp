@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 #include "extension/theme/entry_theme.h"
-#include "extension/theme/hex_codec.h"
 #include "platform/view/view_json.h"
 
 namespace extension {
@@ -27,10 +26,10 @@ ordered_json storyJson(const NewsUIVM& story) {
 NewsTimelineEntry::NewsTimelineEntry(const platform::Runtime& runtime, std::vector<NewsUIVM> stories,
                                      bool isSuccessful)
     : date(runtime.now()), newsUIVM(std::move(stories)), isSuccess(isSuccessful) {
-    const bool isDark = isDarkTheme(runtime);
-    backgroundColor = colorFromHexString(isDark ? "#1A1A22" : "#ffffff");
-    textColor = colorFromHexString(isDark ? "#ffffff" : "#000000");
-    arrowIcon = isDark ? "ArrowDark" : "ArrowLight";
+    const EntryColors colors = entryColors(runtime);
+    backgroundColor = colors.background;
+    textColor = colors.text;
+    arrowIcon = colors.isDark ? "ArrowDark" : "ArrowLight";
 }
 
 ordered_json entryJson(const NewsTimelineEntry& entry) {

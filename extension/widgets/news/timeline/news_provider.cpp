@@ -3,12 +3,11 @@
 #include <memory>
 #include <optional>
 #include <utility>
-#include "platform/base/fatal.h"
+#include "extension/app/settings/next_reload.h"
 
 namespace extension {
 
 using platform::Timeline;
-using platform::TimelineReloadPolicy;
 
 NewsTimelineEntry NewsProvider::placeholder(const platform::TimelineProviderContext&) {
     NewsTimelineEntry empty(runtime_, {}, false);
@@ -23,11 +22,9 @@ void NewsProvider::getSnapshot(const platform::TimelineProviderContext&,
 
 void NewsProvider::getTimeline(const platform::TimelineProviderContext&,
                                std::function<void(Timeline<NewsTimelineEntry>)> completion) {
-    const auto nextUpdate = runtime_.calendar().dateByAddingSeconds(30, runtime_.now());
-    if (!nextUpdate) platform::fatalError("the calendar cannot add 30 seconds to now");
     newsViewModel_.fetchList(
-        [&runtime = runtime_, policy = TimelineReloadPolicy::after(*nextUpdate),
-         completion = std::move(completion)](std::vector<NewsUIVM> stories, bool isSuccess) {
+        [&runtime = runtime_, policy = reloadIn30Seconds(runtime_), completion = std::move(completion)](
+            std::vector<NewsUIVM> stories, bool isSuccess) {
             completion(Timeline<NewsTimelineEntry>{
                 {NewsTimelineEntry(runtime, std::move(stories), isSuccess)}, policy});
         });

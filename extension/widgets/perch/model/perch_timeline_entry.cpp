@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 #include "extension/theme/entry_theme.h"
-#include "extension/theme/hex_codec.h"
 #include "platform/view/view_json.h"
 
 namespace extension {
@@ -25,15 +24,13 @@ nlohmann::ordered_json rowJson(const PerchMultiAssetsVM& row) {
 
 }  // namespace
 
-PerchTimelineEntry makeEntry(std::optional<std::vector<PerchMultiAssetsVM>> rows,
-                             const platform::Runtime& runtime) {
-    const bool isDark = isDarkTheme(runtime);
-    return {.id = runtime.ids().next(),
-            .date = runtime.now(),
-            .multiAssetDataListItem = std::move(rows),
-            .backgroundColor = colorFromHexString(isDark ? "#1A1A22" : "#ffffff"),
-            .textColor = colorFromHexString(isDark ? "#ffffff" : "#000000"),
-            .dateTimeColor = isDark ? colorFromHexString("#b4b4b4") : platform::Color::rgb(0.0, 0.0, 0.0)};
+PerchTimelineEntry::PerchTimelineEntry(const platform::Runtime& runtime,
+                                       std::optional<std::vector<PerchMultiAssetsVM>> rows)
+    : id(runtime.ids().next()), date(runtime.now()), multiAssetDataListItem(std::move(rows)) {
+    const EntryColors colors = entryColors(runtime);
+    backgroundColor = colors.background;
+    textColor = colors.text;
+    dateTimeColor = colors.dateTime;
 }
 
 nlohmann::ordered_json entryJson(const PerchTimelineEntry& entry) {

@@ -14,6 +14,9 @@
 namespace extension {
 
 struct PerchTimelineEntry {
+    /// An entry of this moment, in the colours of the theme that is in force now.
+    PerchTimelineEntry(const platform::Runtime& runtime, std::optional<std::vector<PerchMultiAssetsVM>> rows);
+
     platform::UUID id;
     platform::Instant date;
     /// Absent only while nothing has been asked yet; empty when there is nothing to show.
@@ -24,10 +27,6 @@ struct PerchTimelineEntry {
 
     bool operator==(const PerchTimelineEntry&) const = default;
 };
-
-/// An entry of this moment, in the colours of the theme that is in force now.
-PerchTimelineEntry makeEntry(std::optional<std::vector<PerchMultiAssetsVM>> rows,
-                             const platform::Runtime& runtime);
 
 /// The entry's own fields, in their own order; what is absent is left out.
 nlohmann::ordered_json entryJson(const PerchTimelineEntry& entry);

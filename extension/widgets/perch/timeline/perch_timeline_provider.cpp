@@ -2,33 +2,20 @@
 
 #include <optional>
 #include <utility>
-#include "platform/base/fatal.h"
+#include "extension/app/settings/next_reload.h"
 
 namespace extension {
-namespace {
-
-constexpr int secondsUntilReload = 30;
-
-platform::Instant reloadDate(const platform::Runtime& runtime) {
-    const auto date = runtime.calendar().dateByAddingSeconds(secondsUntilReload, runtime.now());
-    if (!date) platform::fatalError("the calendar cannot tell the moment of the next refresh");
-    return *date;
-}
-
-}  // namespace
 
 PerchTimelineProvider::PerchTimelineProvider(const platform::Runtime& runtime)
     : runtime_(runtime), prices_(runtime), viewModel_(runtime) {}
 
 PerchTimelineEntry PerchTimelineProvider::placeholder(const platform::TimelineProviderContext& /*context*/) {
     const Selection chosen = selection();
-    if (chosen.priceIdentifiers.empty()) return makeEntry(std::vector<PerchMultiAssetsVM>(), runtime_);
-
-    Entry entry = makeEntry(std::nullopt, runtime_);
     // The quotes would come too late for this answer, but the next one finds a warm connection.
-    prices_.fetch(
+    const bool isUnderWay = prices_.fetch(
         chosen.priceIdentifiers, [](const MarketPackage_MultiAssetInfo&) {}, [](const platform::Error&) {});
-    return entry;
+    if (isUnderWay) return Entry(runtime_, std::nullopt);
+    return Entry(runtime_, std::vector<PerchMultiAssetsVM>());
 }
 
 void PerchTimelineProvider::getSnapshot(const platform::TimelineProviderContext& /*context*/,
@@ -38,7 +25,7 @@ void PerchTimelineProvider::getSnapshot(const platform::TimelineProviderContext&
 
 void PerchTimelineProvider::getTimeline(const platform::TimelineProviderContext& /*context*/,
                                         const std::function<void(platform::Timeline<Entry>)>& completion) {
-    const auto policy = platform::TimelineReloadPolicy::after(reloadDate(runtime_));
+    const auto policy = reloadIn30Seconds(runtime_);
     makeCurrentEntry([policy, completion](Entry entry) {
         platform::Timeline<Entry> timeline{.entries = {}, .policy = policy};
         timeline.entries.push_back(std::move(entry));
@@ -59,7 +46,7 @@ void PerchTimelineProvider::makeCurrentEntry(const std::function<void(Entry)>& c
     const Selection chosen = selection();
     const auto completeWith = [&runtime = runtime_, assets = chosen.assets,
                                completion](const QuoteList& quotes) {
-        completion(makeEntry(makeRows(quotes, assets->defaultAssetsList, runtime), runtime));
+        completion(Entry(runtime, makeRows(quotes, assets->defaultAssetsList, runtime)));
     };
     if (chosen.priceIdentifiers.empty()) return completeWith({});
 

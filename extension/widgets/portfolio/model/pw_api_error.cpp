@@ -1,5 +1,6 @@
 #include "extension/widgets/portfolio/model/pw_api_error.h"
 
+#include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -7,8 +8,16 @@
 namespace extension {
 namespace {
 
-constexpr std::array allStates{PWAPIError::success, PWAPIError::failed, PWAPIError::nonLogin,
-                               PWAPIError::noPortfolio};
+struct Case {
+    const char* name;
+    const char* message;
+};
+
+/// In the order of the enumeration.
+constexpr std::array<Case, 4> cases{{{"success", "the portfolio is there"},
+                                     {"failed", "the service gave no usable answer"},
+                                     {"nonLogin", "nobody is signed in"},
+                                     {"noPortfolio", "nothing is invested"}}};
 
 tl::unexpected<platform::Error> decodingFailure(std::string message) {
     return platform::failure("DecodingError", 1, std::move(message));
@@ -16,14 +25,10 @@ tl::unexpected<platform::Error> decodingFailure(std::string message) {
 
 }  // namespace
 
-std::string_view caseName(PWAPIError state) {
-    switch (state) {
-        case PWAPIError::success: return "success";
-        case PWAPIError::failed: return "failed";
-        case PWAPIError::nonLogin: return "nonLogin";
-        case PWAPIError::noPortfolio: return "noPortfolio";
-    }
-    return "";
+std::string_view caseName(PWAPIError state) { return cases[static_cast<std::size_t>(state)].name; }
+
+platform::Error errorOf(PWAPIError state) {
+    return {"PWAPIError", static_cast<int>(state), cases[static_cast<std::size_t>(state)].message};
 }
 
 nlohmann::ordered_json encodedState(PWAPIError state) {
@@ -31,15 +36,13 @@ nlohmann::ordered_json encodedState(PWAPIError state) {
 }
 
 platform::Result<PWAPIError> decodeState(const nlohmann::json& json) {
-    if (!json.is_object()) return decodingFailure("A state is an object.");
+    if (!json.is_object()) return decodingFailure("the state is not an object");
+    // Word for word what others look for, full stop included.
     if (json.size() != 1) return decodingFailure("Invalid number of keys found, expected one.");
-    const std::string& name = json.begin().key();
-    for (const PWAPIError state : allStates) {
-        if (caseName(state) != name) continue;
-        if (!json.begin().value().is_object()) return decodingFailure("A case's value is an object.");
-        return state;
-    }
-    return decodingFailure("Unknown case \"" + name + "\".");
+    const auto* const found = std::ranges::find(cases, json.begin().key(), &Case::name);
+    if (found == cases.end()) return decodingFailure("the state is unknown");
+    if (!json.begin().value().is_object()) return decodingFailure("the value of the state is not an object");
+    return static_cast<PWAPIError>(found - cases.begin());
 }
 
 }  // namespace extension

@@ -22,10 +22,12 @@ enum class PWAPIError {
 /// The case's name.
 std::string_view caseName(PWAPIError state);
 
+/// The state as an error: domain "PWAPIError", the case's place as its code.
+platform::Error errorOf(PWAPIError state);
+
 /// An object with the case's name as its only key: {"nonLogin": {}}.
 nlohmann::ordered_json encodedState(PWAPIError state);
-/// Fails (domain "DecodingError") for an object that has not exactly one key, and for a case that is
-/// not known.
+/// Fails (domain "DecodingError") for an object that does not have exactly one key, and for an unknown case.
 platform::Result<PWAPIError> decodeState(const nlohmann::json& json);
 
 }  // namespace extension

@@ -14,7 +14,7 @@
 
 namespace extension {
 
-/// Its colours and its icon are those of the theme at the moment of its making.
+/// Its colours and its icon follow the theme at the moment when it is made.
 struct PWTimelineEntry {
     PWTimelineEntry(const platform::Runtime& runtime, platform::Instant moment,
                     std::vector<PortfolioWidgetVM> rows, PWAPIError state);
@@ -28,9 +28,7 @@ struct PWTimelineEntry {
     platform::Color dateTimeColor;
     PWAPIError apiError;
     std::string portfolioIcon;
-
-    /// Whether the theme that made it was the dark one.
-    bool isDark() const;
+    bool isDark = true;
 };
 
 nlohmann::ordered_json entryJson(const PWTimelineEntry& entry);

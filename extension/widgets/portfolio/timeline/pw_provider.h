@@ -11,14 +11,13 @@
 
 namespace extension {
 
-class NetworkManager;
-
 class PWProvider {
 public:
     using Entry = PWTimelineEntry;
 
     /// `runtime` must outlive the provider and its fetches.
-    explicit PWProvider(const platform::Runtime& runtime);
+    explicit PWProvider(const platform::Runtime& runtime)
+        : pwViewModel(std::make_shared<PWViewModel>(runtime)) {}
 
     /// Never waits: `nonLogin` when nobody is signed in, `failed` otherwise; the answer of the
     /// request that it starts is not used.
@@ -35,9 +34,7 @@ public:
                      std::function<void(platform::Timeline<PWTimelineEntry>)> completion);
 
 private:
-    const platform::Runtime& runtime_;
-    std::shared_ptr<NetworkManager> network_;
-    std::shared_ptr<PWViewModel> pwViewModel_;
+    const std::shared_ptr<PWViewModel> pwViewModel;
 };
 
 }  // namespace extension

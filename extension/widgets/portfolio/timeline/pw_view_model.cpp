@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 #include "extension/app/settings/store_keys.h"
-#include "extension/net/network_manager.h"
 #include "extension/widgets/portfolio/model/portfolio_data_model.h"
 #include "platform/json/json_coding.h"
 
@@ -29,9 +28,6 @@ bool hasPortfolio(const PortfolioDataModel& portfolio) {
 
 }  // namespace
 
-PWViewModel::PWViewModel(const platform::Runtime& runtime, NetworkManager& network)
-    : runtime_(runtime), network_(network) {}
-
 std::optional<PWViewModel::Session> PWViewModel::session() const {
     const auto defaults = sharedDefaults(runtime_);
     if (!defaults) return std::nullopt;
@@ -53,7 +49,7 @@ PWTimelineEntry PWViewModel::entry(PWAPIError state, std::vector<PortfolioWidget
     return {runtime_, runtime_.now(), std::move(rows), state};
 }
 
-PWTimelineEntry PWViewModel::entryFor(std::string_view body, const Session& asked) const {
+PWTimelineEntry PWViewModel::entryFor(std::string_view body, const std::string& userId) const {
     const Result<PortfolioDataModel> portfolio = platform::decodedJSON<PortfolioDataModel>(body);
     if (!portfolio) {
         runtime_.log().write(portfolio.error().message);
@@ -62,26 +58,30 @@ PWTimelineEntry PWViewModel::entryFor(std::string_view body, const Session& aske
     if (!hasPortfolio(*portfolio)) return entry(PWAPIError::noPortfolio);
     auto rows = makeRows(*portfolio->portfoliosummary->networthDetails, runtime_.ids());
     // Rows that were asked for before a sign-out must not outlive it.
-    if (session() == asked) saveRows(rows);
+    if (const auto current = session(); current && current->userId == userId) {
+        saveRows(rows);
+    } else {
+        runtime_.log().write("Portfolio array not saved: its user is not signed in any more.");
+    }
     return entry(PWAPIError::success, std::move(rows));
 }
 
-void PWViewModel::fetch(Completion completion) {
+bool PWViewModel::fetch(Completion completion) {
     const auto asked = session();
     if (!asked) {
         completion(entry(PWAPIError::nonLogin));
-        return;
+        return false;
     }
-    network_.sendRequest(requestAddress(*asked), RequestMethod::get, std::nullopt,
-                         [weak = weak_from_this(), &runtime = runtime_, asked = *asked,
-                          completion = std::move(completion)](Result<platform::Bytes> answer) {
-                             const auto viewModel = weak.lock();
-                             if (!viewModel || !answer) {
-                                 completion({runtime, runtime.now(), {}, PWAPIError::failed});
-                                 return;
-                             }
-                             completion(viewModel->entryFor(answer->view(), asked));
-                         });
+    return network_.sendRequest(requestAddress(*asked), RequestMethod::get, std::nullopt,
+                                [weak = weak_from_this(), &runtime = runtime_, userId = asked->userId,
+                                 completion = std::move(completion)](Result<platform::Bytes> answer) {
+                                    const auto viewModel = weak.lock();
+                                    if (!viewModel || !answer) {
+                                        completion({runtime, runtime.now(), {}, PWAPIError::failed});
+                                        return;
+                                    }
+                                    completion(viewModel->entryFor(answer->view(), userId));
+                                });
 }
 
 void PWViewModel::saveRows(const std::vector<PortfolioWidgetVM>& rows) const {

@@ -9,12 +9,11 @@
 #include <string>
 #include <string_view>
 #include <vector>
+#include "extension/net/network_manager.h"
 #include "extension/widgets/portfolio/model/pw_timeline_entry.h"
 #include "platform/runtime/runtime.h"
 
 namespace extension {
-
-class NetworkManager;
 
 /// Keeps nothing between calls. Any thread. Held by a shared pointer, since an answer asks whether
 /// it is still wanted.
@@ -22,13 +21,16 @@ class PWViewModel : public std::enable_shared_from_this<PWViewModel> {
 public:
     using Completion = std::function<void(PWTimelineEntry)>;
 
-    /// Both must outlive it and its fetches.
-    PWViewModel(const platform::Runtime& runtime, NetworkManager& network);
+    /// `runtime` must outlive it and its fetches.
+    explicit PWViewModel(const platform::Runtime& runtime) : runtime_(runtime), network_(runtime) {}
 
-    /// Calls `completion` exactly once, also when the view model has gone by then: before it returns
-    /// when nobody is signed in or the address is none, else on the session's queue. Never fails but
-    /// through the entry's state. A `success` is saved, unless another user has signed in meanwhile.
-    void fetch(Completion completion);
+    const platform::Runtime& runtime() const { return runtime_; }
+
+    /// Answers whether a request is under way. If not (nobody is signed in, or the address is not one),
+    /// `completion` has been called; otherwise it is called once on the session's queue, also when the view
+    /// model has gone by then. Any failure is the entry's state. A `success` is saved, unless its user has
+    /// signed out or somebody else has signed in meanwhile.
+    bool fetch(Completion completion);
 
     void saveRows(const std::vector<PortfolioWidgetVM>& rows) const;
     /// Nothing when none were saved or what was saved cannot be read.
@@ -41,16 +43,14 @@ private:
         std::string token;
         std::string userId;
         std::string portfolio;
-
-        bool operator==(const Session&) const = default;
     };
 
     std::optional<Session> session() const;
     std::string requestAddress(const Session& session) const;
-    PWTimelineEntry entryFor(std::string_view body, const Session& asked) const;
+    PWTimelineEntry entryFor(std::string_view body, const std::string& userId) const;
 
     const platform::Runtime& runtime_;
-    NetworkManager& network_;
+    NetworkManager network_;
 };
 
 }  // namespace extension

@@ -13,7 +13,7 @@ using namespace platform;
 Color valueColor(const PortfolioWidgetVM& row, const PWTimelineEntry& entry) {
     if (!row.isProfit) return entry.textColor;
     if (!*row.isProfit) return colorFromHexString("#FF3606");
-    return colorFromHexString(entry.isDark() ? "#31D300" : "#097100");
+    return colorFromHexString(entry.isDark ? "#31D300" : "#097100");
 }
 
 }  // namespace

@@ -169,7 +169,11 @@ TEST(PerchTimeline, AnIdentifierThatMakesNoAddressIsAnEntryWithoutRowsAndNoReque
     LoopbackServer service;
     const TestRuntime runtime{{.apiHost = service.origin()}};
     chooseStocks(runtime, {"a b"});
-    EXPECT_THAT(*snapshotOf(PerchTimelineProvider{runtime}).multiAssetDataListItem, IsEmpty());
+    PerchTimelineProvider provider{runtime};
+    EXPECT_THAT(*snapshotOf(provider).multiAssetDataListItem, IsEmpty());
+    const auto placeholder = provider.placeholder({});
+    ASSERT_TRUE(placeholder.multiAssetDataListItem) << "the failure comes before the answer";
+    EXPECT_THAT(*placeholder.multiAssetDataListItem, IsEmpty());
     EXPECT_THAT(service.requests(), IsEmpty());
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 #include "extension/widgets/perch/views/perch_widget_entry_view.h"
 #include "platform/view/view_json.h"
+#include "tests/support/test_runtime.h"
 
 namespace extension {
 namespace {
@@ -21,8 +22,7 @@ using testing::Not;
 using Rows = std::optional<std::vector<PerchMultiAssetsVM>>;
 
 std::string treeOf(const Rows& rows, WidgetFamily family, int osVersion = 18) {
-    PerchTimelineEntry entry;
-    entry.multiAssetDataListItem = rows;
+    const PerchTimelineEntry entry(tests::TestRuntime(), rows);
     return platform::viewJson(
                PerchWidgetEntryView{entry}.body({.widgetFamily = family, .osVersion = osVersion}))
         .dump();

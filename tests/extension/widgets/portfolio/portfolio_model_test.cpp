@@ -121,6 +121,8 @@ TEST(PortfolioState, IsAnObjectWithItsNameAsTheOnlyKey) {
     for (const PWAPIError state :
          {PWAPIError::success, PWAPIError::failed, PWAPIError::nonLogin, PWAPIError::noPortfolio}) {
         EXPECT_EQ(decodeState(json::parse(encodedState(state).dump())), state);
+        EXPECT_EQ(errorOf(state).domain, "PWAPIError");
+        EXPECT_EQ(errorOf(state).code, static_cast<int>(state));
     }
     EXPECT_EQ(encodedState(PWAPIError::nonLogin).dump(), R"({"nonLogin":{}})");
     for (const char* text : {"{}", R"({"failed":{},"success":{}})"}) {

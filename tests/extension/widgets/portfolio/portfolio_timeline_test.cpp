@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 #include "extension/app/settings/store_keys.h"
-#include "extension/net/network_manager.h"
 #include "extension/theme/hex_codec.h"
 #include "extension/widgets/portfolio/timeline/pw_provider.h"
 #include "extension/widgets/portfolio/timeline/pw_view_model.h"
@@ -135,27 +134,39 @@ TEST(PortfolioAnswer, ReachesItsCompletionAlsoWhenTheViewModelHasGone) {
     service.answer({.body = goodPortfolio, .delay = std::chrono::milliseconds(100)});
     const TestRuntime runtime;
     signIn(runtime, service);
-    NetworkManager network(runtime);
 
     Awaited<PWTimelineEntry> entry;
-    std::make_shared<PWViewModel>(runtime, network)->fetch(entry.taker());
+    std::make_shared<PWViewModel>(runtime)->fetch(entry.taker());
     EXPECT_EQ(entry.value().apiError, PWAPIError::failed);
     EXPECT_EQ(saved(runtime), std::nullopt);
 }
 
-TEST(PortfolioAnswer, ThatComesAfterASignOutIsNotKept) {
-    LoopbackServer service;
-    service.answer({.body = goodPortfolio, .delay = std::chrono::milliseconds(200)});
-    const TestRuntime runtime;
-    signIn(runtime, service);
+TEST(PortfolioAnswer, IsSavedUnlessItsUserIsNotSignedInAnyMore) {
+    struct Case {
+        std::string_view key;
+        std::optional<PropertyList> value;
+        bool isSaved;
+    };
+    const std::vector<Case> cases{{keys::token, "renewed", true},
+                                  {keys::userPortfolio, "http://elsewhere/?a", true},
+                                  {keys::token, std::nullopt, false},
+                                  {keys::userId, "user8", false}};
+    for (const auto& [key, value, isSaved] : cases) {
+        LoopbackServer service;
+        service.answer({.body = goodPortfolio, .delay = std::chrono::milliseconds(200)});
+        const TestRuntime runtime;
+        signIn(runtime, service);
 
-    Awaited<PWTimelineEntry> entry;
-    PWProvider provider(runtime);
-    provider.getSnapshot({}, entry.taker());
-    ASSERT_TRUE(service.waitForRequests(1));
-    ASSERT_TRUE((*sharedDefaults(runtime))->remove(keys::token));
-    EXPECT_EQ(entry.value().apiError, PWAPIError::success);
-    EXPECT_EQ(saved(runtime), std::nullopt);
+        Awaited<PWTimelineEntry> entry;
+        PWProvider provider(runtime);
+        provider.getSnapshot({}, entry.taker());
+        ASSERT_TRUE(service.waitForRequests(1));
+        const auto defaults = *sharedDefaults(runtime);
+        ASSERT_TRUE(value ? defaults->set(key, *value) : defaults->remove(key));
+        EXPECT_EQ(entry.value().apiError, PWAPIError::success);
+        EXPECT_EQ(saved(runtime).has_value(), isSaved) << key;
+        EXPECT_EQ(runtime.logged("Portfolio array not saved"), !isSaved) << key;
+    }
 }
 
 TEST(PortfolioTimeline, AsksFromNineToFourInclusiveAndShowsSavedRowsOtherwise) {
@@ -240,6 +251,8 @@ TEST(PortfolioPlaceholder, OfASignedInUserIsFailedAndDoesNotWait) {
 
     EXPECT_EQ(PWProvider(runtime).placeholder({}).apiError, PWAPIError::failed);
     EXPECT_TRUE(service.waitForRequests(1));
+    store(runtime, keys::token, "a b");
+    EXPECT_EQ(PWProvider(runtime).placeholder({}).apiError, PWAPIError::failed) << "an address with a blank";
 }
 
 }  // namespace
