@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include "extension/app/settings/observable.h"
 #include "extension/app/settings/process_state.h"
 #include "extension/app/settings/store_keys.h"
 #include "extension/theme/theme.h"
@@ -58,7 +59,7 @@ private:
     ProcessState& state_;
 };
 
-/// The class-level operations by the names that the phone app knows, and what its views observe.
+/// The operations by the names that the phone app knows. Called by the phone app; nothing here does.
 class ThemeManager {
 public:
     // The reverse of what the stored 0 and 1 look like: the phone app depends on both.
@@ -86,8 +87,8 @@ public:
     static void setReloadWidgetExtensionWithReload(bool reload);
     static bool getReloadWidgetExtension();
 
-    /// For bindings in the phone app's views.
-    std::int64_t currentSelectedThemeType = 0;
+    /// For the phone app's views, which set it and are told; choosing a theme leaves it as it is.
+    Observable<std::int64_t> currentSelectedThemeType{0};
 };
 
 }  // namespace extension

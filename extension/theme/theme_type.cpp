@@ -1,12 +1,11 @@
 #include "extension/theme/theme_type.h"
 
+#include "extension/app/settings/hours.h"
 #include "extension/app/settings/store_keys.h"
 #include "platform/base/fatal.h"
 
 namespace extension {
 namespace {
-
-using namespace std::chrono_literals;
 
 /// The clock of the one zone that decides, whatever the device's own.
 platform::Calendar calendarOfIndia() {
@@ -27,8 +26,8 @@ ThemeType selectedThemeType(const platform::Runtime& runtime) {
 ThemeType automaticThemeType(const platform::Runtime& runtime) {
     const platform::Calendar calendar = calendarOfIndia();
     const platform::Instant now = runtime.now();
-    const auto morning = calendar.timeOnDay(now, 7h);
-    const auto evening = calendar.timeOnDay(now, 19h);
+    const auto morning = calendar.timeOnDay(now, dayBegins);
+    const auto evening = calendar.timeOnDay(now, dayEnds);
     if (!morning || !evening) platform::fatalError("no 07:00 and 19:00 of today in India");
     return now < *morning || *evening < now ? ThemeType::dark : ThemeType::light;
 }

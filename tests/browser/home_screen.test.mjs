@@ -344,7 +344,7 @@ for (const [width, viewport] of [["a phone's", phone], ["a desk's", desktop]]) {
       };
       // A link that is no address ends the extension, and only the page's own text tells of it.
       await listenTo(broken.address);
-      await until("the page tells of the link", async () => /no address.*<script>/.test(await notice(page)));
+      await until("the page tells of the link", async () => /not an address.*<script>/.test(await notice(page)));
       assert.match((await pictureTexts(page, "Brightledger News"))[0], /Sensex climbs past/);
       await assertFits(page, "a long notice");
 

@@ -1,8 +1,6 @@
 #include "extension/app/bundle/perch_widget_bundle.h"
 
-#include "extension/app/bundle/news_widget.h"
-#include "extension/app/bundle/perch_widget.h"
-#include "extension/app/bundle/portfolio_widget.h"
+#include "extension/app/bundle/widgets.h"
 
 namespace extension {
 

@@ -7,7 +7,7 @@
 
 namespace extension {
 
-/// The entry view on its background, edge to edge and without margins of the system's: from version 17 on
+/// The entry view on its background, edge to edge and without the system's margins: from version 17 on
 /// the background is the container's, before that a plain one.
 platform::View widgetContent(const platform::View& entryView, const platform::Color& backgroundColor,
                              const platform::EnvironmentValues& environment);

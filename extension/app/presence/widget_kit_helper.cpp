@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 #include "extension/app/settings/store_keys.h"
+#include "extension/app/settings/widget_kinds.h"
 
 namespace extension {
 namespace {
@@ -19,9 +20,9 @@ void notePresence(const std::vector<PlacedWidget>& placed, std::string_view kind
 }
 
 void notePresence(const std::vector<PlacedWidget>& placed, WidgetPresence& presence) {
-    notePresence(placed, "PerchWidget", presence.isWigetAdded, presence.widgetFamily);
-    notePresence(placed, "NewsWidget", presence.isNewsWidgetAdded, presence.newsWidgetFamily);
-    notePresence(placed, "PortfolioWidget", presence.isPortfolioWigetAdded, presence.portfolioWidgetFamily);
+    notePresence(placed, perchWidgetKind, presence.isWigetAdded, presence.widgetFamily);
+    notePresence(placed, newsWidgetKind, presence.isNewsWidgetAdded, presence.newsWidgetFamily);
+    notePresence(placed, portfolioWidgetKind, presence.isPortfolioWigetAdded, presence.portfolioWidgetFamily);
 }
 
 Guarded<WidgetPresence>& sharedPresence() { return *ProcessState::shared().presence; }

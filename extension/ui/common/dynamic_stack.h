@@ -11,7 +11,7 @@
 namespace extension {
 
 /// Mind the direction: compact is side by side. `content` makes the children; the element is a
-/// single view either way.
+/// single view either way. For other widgets; nothing here uses it.
 template <typename Content>
     requires std::convertible_to<std::invoke_result_t<const Content&>, std::vector<platform::View>>
 struct DynamicStack {

@@ -2,8 +2,10 @@
 
 namespace extension {
 
-platform::View WidgetDivider::body() const {
-    return platform::Divider()
+using namespace platform;
+
+View WidgetDivider::body() const {
+    return Divider()
         .foregroundColor(color)
         .opacity(0.5)
         .frame({.height = isCompact ? 2.0 : 10.0})

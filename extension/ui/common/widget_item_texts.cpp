@@ -1,26 +1,21 @@
 #include "extension/ui/common/widget_item_texts.h"
 
+#include <utility>
+
 namespace extension {
-namespace {
 
-using platform::Font;
+using namespace platform;
 
-platform::View oneLine(const std::string& value, const platform::Color& color, Font font) {
-    return platform::Text(value, std::move(font)).foregroundColor(color).lineLimit(1);
+View oneLine(const std::string& value, Font font, const Color& color) {
+    return Text(value, std::move(font)).foregroundColor(color).lineLimit(1);
 }
 
-}  // namespace
-
-platform::View WidgetItemTitle::body() const {
-    return oneLine(value, color, isCompact ? Font::system(12) : Font::system(14, platform::FontWeight::bold));
+View WidgetItemTitle::body() const {
+    return oneLine(value, isCompact ? Font::system(12) : Font::system(14, FontWeight::bold), color);
 }
 
-platform::View WidgetItemSubTitle::body() const {
-    return oneLine(value, color, Font::system(isCompact ? 10 : 12));
-}
+View WidgetItemSubTitle::body() const { return oneLine(value, Font::system(isCompact ? 10 : 12), color); }
 
-platform::View WidgetItemSmallTitle::body() const {
-    return oneLine(value, color, Font::system(isCompact ? 8 : 10));
-}
+View WidgetItemSmallTitle::body() const { return oneLine(value, Font::system(isCompact ? 8 : 10), color); }
 
 }  // namespace extension

@@ -1,12 +1,23 @@
 #pragma once
 
-// The three sizes of text that the items of all widgets share. Each is one line that ends in "…"
-// where it does not fit.
+// The texts that the widgets share.
 
 #include <string>
 #include "platform/view/view.h"
 
 namespace extension {
+
+inline platform::Font mediumFont(double size) {
+    return platform::Font::custom("SFCompactDisplay-Medium", size);
+}
+inline platform::Font regularFont(double size) {
+    return platform::Font::custom("SFCompactDisplay-Regular", size);
+}
+
+/// Ends in "…" where it does not fit.
+platform::View oneLine(const std::string& value, platform::Font font, const platform::Color& color);
+
+// Three sizes of text, one line each. The first and the last are for other widgets; nothing here uses them.
 
 /// Compact 12 points, full 14 points and bold: the only one that changes weight.
 struct WidgetItemTitle {

@@ -245,6 +245,27 @@ TEST(ThemeManager, AStoreThatCannotBeOpenedIsDarkWithGrayColours) {
     EXPECT_EQ(phone.themes.currentTheme()->textColor(), Color::gray());
 }
 
+TEST(ThemeManager, ItsObservableThemeIsZeroUntilItIsSetAndTellsThoseWhoStillObserve) {
+    ThemedPhone phone;
+    ThemeManager manager;
+    std::vector<std::int64_t> seen;
+    const auto note = [&seen](std::int64_t type) { seen.push_back(type); };
+    auto observation = manager.currentSelectedThemeType.observe(note);
+    phone.themes.setSelectedThemeType(1);
+    EXPECT_EQ(manager.currentSelectedThemeType.get(), 0);
+    manager.currentSelectedThemeType.set(2);
+    {
+        const auto second = manager.currentSelectedThemeType.observe(note);
+        manager.currentSelectedThemeType.set(3);
+    }
+    manager.currentSelectedThemeType.set(1);
+    observation.stopObserving();
+    manager.currentSelectedThemeType.set(0);
+    EXPECT_EQ(seen, (std::vector<std::int64_t>{2, 3, 3, 1}));
+    EXPECT_EQ(ThemeManager().currentSelectedThemeType.get(), 0);
+    EXPECT_EQ(phone.themes.selectedThemeType(), 1);
+}
+
 TEST(DirectionColor, ComparesTheCodeExactly) {
     ThemedPhone phone;
     phone.themes.setSelectedThemeType(0);

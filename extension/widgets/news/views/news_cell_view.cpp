@@ -1,15 +1,10 @@
 #include "extension/widgets/news/views/news_cell_view.h"
 
+#include "extension/ui/common/widget_item_texts.h"
+
 namespace extension {
 
-using platform::Divider;
-using platform::Font;
-using platform::FontWeight;
-using platform::HStack;
-using platform::Image;
-using platform::Text;
-using platform::View;
-using platform::VStack;
+using namespace platform;
 
 namespace {
 
@@ -28,12 +23,12 @@ View NewsCellView::body() const {
 
     return VStack(
                {.spacing = 0},
-               HStack({.alignment = platform::VerticalAlignment::center, .spacing = 10},
+               HStack({.alignment = VerticalAlignment::center, .spacing = 10},
                       ThumbnailView{.story = story, .isCompact = isCompact},
                       View(HeadlineTextView{.story = story, .entry = entry, .isCompact = isCompact})
-                          // Short headlines stand in line with long ones.
-                          .frame({.maxWidth = platform::infinity,
-                                  .alignment = {.horizontal = platform::HorizontalAlignment::leading}})),
+                          // Short headlines begin where long ones do.
+                          .frame({.maxWidth = infinity,
+                                  .alignment = {.horizontal = HorizontalAlignment::leading}})),
                // Transparent under the last story rather than absent, so that it keeps its space.
                Divider().frame({.height = 0.5}).foregroundColor(entry.textColor).opacity(isLast ? 0.0 : 0.5))
         .padding({.top = top, .bottom = 5.5});
@@ -44,12 +39,12 @@ View ThumbnailView::body() const {
     const View thumbnail = picture(story)
                                .frame({.width = width})
                                .frame({.minHeight = 0.0, .maxHeight = width / 1.5})
-                               .clipShape(4, platform::RoundedCornerStyle::continuous);
+                               .clipShape(4, RoundedCornerStyle::continuous);
     return story.storyTypeIncon ? thumbnail.overlay(Image(*story.storyTypeIncon).padding(4)) : thumbnail;
 }
 
 View HeadlineTextView::body() const {
-    const Font regular = Font::custom("SFCompactDisplay-Regular", 12);
+    const Font regular = regularFont(12);
     if (story.isLive) {
         const Text text = Text::image("Live") + Text(" Live", Font::system(12, FontWeight::bold)) +
                           Text(" | ", regular) + Text(story.headline, regular);

@@ -7,7 +7,7 @@
 
 namespace extension {
 
-/// Picture, headline, and the line that parts it from the next story.
+/// Picture, headline, and the line between it and the next story.
 struct NewsCellView {
     const NewsUIVM& story;
     const NewsTimelineEntry& entry;
@@ -26,8 +26,8 @@ struct ThumbnailView {
     platform::View body() const;
 };
 
-/// Two lines compact, three full, which are never given up for want of room. A live story's text has no
-/// limit, and is cut to the room there is.
+/// Two lines compact, three full, which are never dropped, however little room there is. A live story's text
+/// has no limit and is cut to the room there is.
 struct HeadlineTextView {
     const NewsUIVM& story;
     const NewsTimelineEntry& entry;

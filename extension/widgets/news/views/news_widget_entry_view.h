@@ -9,7 +9,7 @@
 namespace extension {
 
 /// The large family shows every story, any other family two of them in smaller form. Fatal when a link
-/// is no address.
+/// is not an address.
 struct NewsWidgetEntryView {
     const NewsTimelineEntry& entry;
     /// To all news, for the header.

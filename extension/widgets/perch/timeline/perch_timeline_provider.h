@@ -15,8 +15,7 @@
 namespace extension {
 
 /// Every answer is one entry; whatever goes wrong, it is an entry without rows. Nothing is kept between
-/// questions. May be asked from any thread; `runtime` outlives it and the answers under way, which do
-/// not need the provider any more.
+/// questions. Any thread; `runtime` outlives it and the answers under way, which do not need the provider.
 class PerchTimelineProvider {
 public:
     using Entry = PerchTimelineEntry;
@@ -37,8 +36,8 @@ public:
 
 private:
     struct Selection {
-        std::shared_ptr<const DefaultMultiAssetsListVM> assets;
-        /// In list order, twice when chosen twice; an asset need not have one.
+        PerchWidgetViewModel::Assets assets;
+        /// In list order, twice when chosen twice; not every asset has one.
         std::vector<std::string> priceIdentifiers;
     };
 

@@ -4,21 +4,12 @@
 
 namespace extension {
 
-PerchWidgetViewModel::PerchWidgetViewModel(const platform::Runtime& runtime)
-    : runtime_(runtime), assetsListVM_(std::make_shared<const DefaultMultiAssetsListVM>()) {}
+void PerchWidgetViewModel::seedDefaults() const { seedDefaultsAtFirstRun(runtime_); }
 
-void PerchWidgetViewModel::seedDefaults() { seedDefaultsAtFirstRun(runtime_); }
-
-std::shared_ptr<const DefaultMultiAssetsListVM> PerchWidgetViewModel::loadSelectedAssets() {
-    auto loaded = std::make_shared<const DefaultMultiAssetsListVM>(extension::loadSelectedAssets(runtime_));
-    const std::lock_guard lock(mutex_);
-    assetsListVM_ = loaded;
+PerchWidgetViewModel::Assets PerchWidgetViewModel::loadSelectedAssets() {
+    Assets loaded = std::make_shared<const DefaultMultiAssetsListVM>(extension::loadSelectedAssets(runtime_));
+    assetsListVM.set(loaded);
     return loaded;
-}
-
-std::shared_ptr<const DefaultMultiAssetsListVM> PerchWidgetViewModel::assetsListVM() const {
-    const std::lock_guard lock(mutex_);
-    return assetsListVM_;
 }
 
 }  // namespace extension

@@ -3,30 +3,30 @@
 // The assets that the Perch widget follows, as they were last loaded.
 
 #include <memory>
-#include <mutex>
+#include "extension/app/settings/observable.h"
 #include "extension/widgets/perch/model/default_multi_assets_vm.h"
 #include "platform/runtime/runtime.h"
 
 namespace extension {
 
-/// Any thread; what it hands out never changes.
+/// Any thread; a loaded list never changes.
 class PerchWidgetViewModel {
 public:
-    explicit PerchWidgetViewModel(const platform::Runtime& runtime);
+    using Assets = std::shared_ptr<const DefaultMultiAssetsListVM>;
+
+    explicit PerchWidgetViewModel(const platform::Runtime& runtime) : runtime_(runtime) {}
 
     /// Chooses the default assets for a new user.
-    void seedDefaults();
+    void seedDefaults() const;
 
-    /// Reads the user's choice anew, keeps it as `assetsListVM` and answers with it.
-    std::shared_ptr<const DefaultMultiAssetsListVM> loadSelectedAssets();
+    /// Reads the user's choice again, keeps it as `assetsListVM` and answers with it.
+    Assets loadSelectedAssets();
 
-    /// Empty before the first loading.
-    std::shared_ptr<const DefaultMultiAssetsListVM> assetsListVM() const;
+    /// Empty until the first loading. For the phone app; nothing here reads it.
+    Observable<Assets> assetsListVM{std::make_shared<const DefaultMultiAssetsListVM>()};
 
 private:
     const platform::Runtime& runtime_;
-    mutable std::mutex mutex_;
-    std::shared_ptr<const DefaultMultiAssetsListVM> assetsListVM_;
 };
 
 }  // namespace extension

@@ -1,39 +1,29 @@
 #include "extension/widgets/perch/views/multi_asset_view_compact.h"
 
+#include "extension/ui/common/widget_item_texts.h"
+#include "extension/ui/common/widget_links.h"
 #include "extension/widgets/perch/views/multi_asset_view.h"
-#include "extension/widgets/perch/views/widget_links.h"
 
 namespace extension {
 
-using platform::Font;
-using platform::HorizontalAlignment;
-using platform::HStack;
-using platform::Text;
-using platform::View;
-using platform::VStack;
+using namespace platform;
 
-View MultiAssetViewCompact::body(const platform::EnvironmentValues& environment) const {
+View MultiAssetViewCompact::body(const EnvironmentValues& environment) const {
     const View cell = MultiAssetViewCompactViewCell{.row = row, .entry = entry};
     if (environment.osVersion >= 17) return requiredLink(row.deeplinkURL, cell);
     return isAddress(row.deeplinkURL) ? cell.widgetURL(row.deeplinkURL) : cell;
 }
 
 View MultiAssetViewCompactViewCell::body() const {
+    const View title = oneLine(row.title, mediumFont(11), entry.textColor);
+    const View price = oneLine(row.currentPrice, regularFont(11), entry.textColor);
     return VStack({.alignment = HorizontalAlignment::trailing, .spacing = 1},
                   HStack({.spacing = 6},
-                         View(Text(row.title, Font::custom("SFCompactDisplay-Medium", 11))
-                                  .foregroundColor(entry.textColor)
-                                  .lineLimit(1))
-                             .frame({.maxWidth = platform::infinity,
-                                     .alignment = {.horizontal = HorizontalAlignment::leading}}),
+                         title.frame({.maxWidth = infinity,
+                                      .alignment = {.horizontal = HorizontalAlignment::leading}}),
                          // A long title gives way to the price.
-                         View(Text(row.currentPrice, Font::custom("SFCompactDisplay-Regular", 11))
-                                  .foregroundColor(entry.textColor)
-                                  .lineLimit(1))
-                             .layoutPriority(1)),
-                  Text(row.changeWithPercent, Font::custom("SFCompactDisplay-Regular", 10))
-                      .foregroundColor(changeColor(row, entry))
-                      .lineLimit(1))
+                         price.layoutPriority(1)),
+                  oneLine(row.changeWithPercent, regularFont(10), changeColor(row, entry)))
         .padding({.top = 6, .bottom = 6});
 }
 

@@ -7,8 +7,8 @@
 
 namespace extension {
 
-/// A tap opens the asset. From version 17 on a link that is no address is fatal; before, the row is then
-/// drawn without one.
+/// A tap opens the asset. A link that is not an address is fatal from version 17 on; before that the row is
+/// drawn without a link.
 struct MultiAssetViewCompact {
     const PerchMultiAssetsVM& row;
     const PerchTimelineEntry& entry;

@@ -13,9 +13,9 @@ struct PerchWidgetEntryView {
     platform::View body(const platform::EnvironmentValues& environment) const;
 };
 
-/// From top to bottom: the app's logo (large family), the rows or what to do about having none, and
-/// the settings strip. Logo and strip stand whole; rows that do not fit between them are cut off at
-/// the foot of the last that does.
+/// From top to bottom: the app's logo (large family), the rows or what to do when there are none, and
+/// the settings strip. Logo and strip are always whole; rows that do not fit between them are cut off at
+/// the foot of the last one that does.
 struct PerchWidgetView {
     const PerchTimelineEntry& entry;
     platform::WidgetFamily family = platform::WidgetFamily::systemSmall;

@@ -1,18 +1,15 @@
 #include "extension/widgets/perch/views/perch_widget_setting_view.h"
 
 #include "extension/app/settings/deep_links.h"
-#include "extension/widgets/perch/views/widget_links.h"
+#include "extension/ui/common/widget_links.h"
 
 namespace extension {
 
-using platform::HStack;
-using platform::Image;
-using platform::Spacer;
-using platform::View;
+using namespace platform;
 
-View PerchWidgetSettingView::body(const platform::EnvironmentValues& environment) const {
+View PerchWidgetSettingView::body(const EnvironmentValues& environment) const {
     const PerchWidgetSetting label{.isCompact = isCompact};
-    // Small widgets know no links of their own before version 17, only the whole widget's.
+    // Before version 17 a small widget only has one link, for the whole of it.
     if (isCompact && environment.osVersion < 17) return requiredWidgetURL(configureWidgetLink, label);
     return requiredLink(configureWidgetLink, label);
 }
@@ -23,9 +20,8 @@ View PerchWidgetSetting::body() const {
         return HStack({.spacing = 0}, Image("Setting"), Spacer(), Image("logo"))
             .padding({.leading = 14, .trailing = 14})
             .frame({.height = 26});
-    return HStack({.spacing = 6}, Image("Setting"),
-                  platform::Text("Perch Widget", platform::Font::system(15)).lineLimit(1))
-        .frame({.maxWidth = platform::infinity})
+    return HStack({.spacing = 6}, Image("Setting"), Text("Perch Widget", Font::system(15)).lineLimit(1))
+        .frame({.maxWidth = infinity})
         .frame({.height = 30});
 }
 

@@ -1,9 +1,9 @@
 #include "extension/widgets/portfolio/timeline/pw_provider.h"
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <utility>
+#include "extension/app/settings/hours.h"
 #include "extension/app/settings/next_reload.h"
 #include "platform/base/fatal.h"
 
@@ -13,12 +13,11 @@ namespace {
 using platform::Instant;
 using platform::Timeline;
 using platform::TimelineReloadPolicy;
-using namespace std::chrono_literals;
 
 /// Whether the market's figures move now, and so are worth a request.
 bool isInRefreshWindow(const platform::Calendar& calendar, Instant now) {
-    const auto opening = calendar.timeOnDay(now, 9h);
-    const auto closing = calendar.timeOnDay(now, 16h);
+    const auto opening = calendar.timeOnDay(now, marketOpens);
+    const auto closing = calendar.timeOnDay(now, marketCloses);
     if (!opening || !closing) platform::fatalError("the calendar cannot give 09:00 and 16:00 of today");
     return *opening <= now && now <= *closing;
 }

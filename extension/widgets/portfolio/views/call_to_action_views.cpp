@@ -44,7 +44,7 @@ View NoPortfolioRecordView::body() const {
 }
 
 View LoginToCheckView::body() const {
-    // Without a colour of its own: the outline's blue is too dark to be read on the dark background.
+    // Without its own colour: the outline's blue is too dark to be read on the dark background.
     return outlined(Text("Login", Font::system(14.0, FontWeight::medium))
                         .body()
                         .padding({.top = 8.0, .leading = 20.0, .bottom = 8.0, .trailing = 20.0}));

@@ -1,6 +1,6 @@
 #pragma once
 
-// What stands in the place of figures: add a portfolio, or sign in.
+// What is shown instead of figures: add a portfolio, or sign in.
 
 #include "extension/widgets/portfolio/model/pw_timeline_entry.h"
 #include "platform/view/view.h"
@@ -27,7 +27,7 @@ struct LoginToCheckView {
     platform::View body() const;
 };
 
-/// For who is not signed in, and for any failure; a tap leads to signing in.
+/// For a user who is not signed in, and for any failure; a tap leads to signing in.
 struct LoginToCheckPortfolioView {
     const PWTimelineEntry& pwTimelineEntry;
     bool isCompact = false;

@@ -1,13 +1,14 @@
 #include "extension/widgets/portfolio/views/portfolio_texts.h"
 
 #include "extension/theme/hex_codec.h"
+#include "extension/ui/common/widget_item_texts.h"
 
 namespace extension {
 
 using namespace platform;
 
 View PWidgetRegularText::body() const {
-    return Text(value, Font::system(isCompact ? font - 2.0 : font)).foregroundColor(color).lineLimit(1);
+    return oneLine(value, Font::system(isCompact ? font - 2.0 : font), color);
 }
 
 View PWidgetItemTitle::body() const {
@@ -19,7 +20,7 @@ View PWidgetItemTitle::body() const {
 View PWidgetItemValue::body() const {
     const Font face =
         isCompact ? Font::system(12.0, FontWeight::regular) : Font::system(14.0, FontWeight::bold);
-    return Text(value, face).foregroundColor(color).lineLimit(1);
+    return oneLine(value, face, color);
 }
 
 View PWDivider::body() const {
@@ -31,10 +32,8 @@ View PWDivider::body() const {
 }
 
 View RupeeSymbol::body() const {
-    // The sign is never given up for its amount.
-    return Text("₹", Font::custom("SFCompactDisplay-Regular", isCompact ? 10.0 : 12.0))
-        .body()
-        .fixedSize(true, true);
+    // The amount is shortened before the sign is.
+    return Text("₹", regularFont(isCompact ? 10.0 : 12.0)).body().fixedSize(true, true);
 }
 
 View outlined(const View& label) {

@@ -28,7 +28,7 @@ struct PWidgetItemTitle {
     platform::View body() const;
 };
 
-/// An amount: 14 points bold, 12 points regular when compact. One line, shortened where it must be.
+/// An amount: 14 points bold, 12 points regular when compact. One line, shortened where it does not fit.
 struct PWidgetItemValue {
     std::string value;
     platform::Color color;

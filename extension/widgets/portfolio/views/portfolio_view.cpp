@@ -3,6 +3,7 @@
 #include <utility>
 #include "extension/app/settings/deep_links.h"
 #include "extension/theme/hex_codec.h"
+#include "extension/ui/common/widget_item_texts.h"
 #include "extension/widgets/portfolio/views/portfolio_texts.h"
 
 namespace extension {
@@ -38,10 +39,7 @@ View StaticticsView::body() const {
             .body()
             .layoutPriority(1.0)};
     if (!portfolioWidgetVM.percentage.empty()) {
-        figures.push_back(Text(portfolioWidgetVM.percentage, Font::system(isCompact ? 12.0 : 14.0))
-                              .foregroundColor(color)
-                              .lineLimit(1)
-                              .body()
+        figures.push_back(oneLine(portfolioWidgetVM.percentage, Font::system(isCompact ? 12.0 : 14.0), color)
                               .padding({.leading = isCompact ? 2.0 : 3.0}));
     }
     const auto side = portfolioWidgetVM.isTrailing && !isCompact ? HorizontalAlignment::trailing
@@ -58,26 +56,21 @@ View StaticticsView::body() const {
 View PortfolioMediumView::body() const {
     std::vector<View> lines;
     std::vector<View> line;
-    const auto endLine = [&] {
-        if (line.empty()) return;
-        if (!lines.empty()) {
-            lines.push_back(PWDivider{.color = pwTimelineEntry.textColor, .isCompact = isCompact});
-        }
-        lines.push_back(HStack({.alignment = VerticalAlignment::top, .spacing = 0.0}, std::move(line)));
-        line.clear();
-    };
     for (std::size_t index = 0; index < portfolioWidgetVM.size(); ++index) {
         const PortfolioWidgetVM& row = portfolioWidgetVM[index];
-        if (!row.isTrailing) endLine();
         if (row.isTrailing) line.push_back(Spacer(6.0));
         line.push_back(StaticticsView{.portfolioWidgetVM = row,
                                       .pwTimelineEntry = pwTimelineEntry,
                                       .isCompact = isCompact,
                                       .index = index});
-        if (!row.isTrailing) continue;
-        endLine();
+        const bool isLast = index + 1 == portfolioWidgetVM.size();
+        if (!row.isTrailing && !isLast && portfolioWidgetVM[index + 1].isTrailing) continue;
+        if (!lines.empty()) {
+            lines.push_back(PWDivider{.color = pwTimelineEntry.textColor, .isCompact = isCompact});
+        }
+        lines.push_back(HStack({.alignment = VerticalAlignment::top, .spacing = 0.0}, std::move(line)));
+        line.clear();
     }
-    endLine();
     return VStack({.alignment = HorizontalAlignment::leading, .spacing = 7.0}, std::move(lines)).padding(5.0);
 }
 
@@ -98,7 +91,7 @@ View PortfolioView::body() const {
     const View content =
         isCompact ? PortfolioCompactView{.portfolioWidgetVM = rows, .pwTimelineEntry = pwTimelineEntry}.body()
                   : PortfolioMediumView{.portfolioWidgetVM = rows, .pwTimelineEntry = pwTimelineEntry}.body();
-    // The medium rows have a padding of their own; the header lines up with them.
+    // The medium rows have their own padding; the header lines up with them.
     const View inset = isCompact ? header.body() : header.body().padding({.leading = 5.0, .trailing = 5.0});
     return VStack({.alignment = HorizontalAlignment::leading, .spacing = 4.0}, inset, content)
         .frame({.minWidth = 0.0,

@@ -1,4 +1,4 @@
-#include "extension/widgets/perch/views/widget_links.h"
+#include "extension/ui/common/widget_links.h"
 
 #include "platform/base/fatal.h"
 #include "platform/url/url.h"
@@ -8,7 +8,7 @@ namespace {
 
 std::string required(std::string_view address) {
     std::string text(address);
-    if (!isAddress(text)) platform::fatalError("the link of a view is no address: " + text);
+    if (!isAddress(text)) platform::fatalError("the link of a view is not an address: " + text);
     return text;
 }
 
