@@ -154,6 +154,13 @@ TEST(DemoAmounts, AreGroupedAsInIndia) {
     for (const auto& [amount, text] : cases) EXPECT_EQ(indianAmount(amount), text);
 }
 
+TEST(DemoScenes, AreNotFoundUnderOtherNames) {
+    const auto demo = service();
+    for (const char* path : {"/scene/", "/scene/full", "/scene/full/", "/scene/other/newsapi/app/"})
+        EXPECT_THAT(ask(*demo, "GET", path).head, HasSubstr(" 404 ")) << path;
+    EXPECT_THAT(ask(*demo, "GET", "/scene/full/newsapi/app/").head, HasSubstr(" 200 "));
+}
+
 TEST(DemoFaults, AreSwitchedByName) {
     const auto demo = service();
     const std::string whole = ask(*demo, "GET", newsTarget).body;

@@ -129,24 +129,6 @@ TEST_F(CommandLineTest, AFreshDataDirectoryShowsThreeIndicesOfTheServiceAndAsksA
     }
 }
 
-TEST_F(CommandLineTest, TheDemoServicesHeadlinesAreShownWhole) {
-    const auto service = demo::DemoService::start();
-    ASSERT_TRUE(service);
-    serve((*service)->origin());
-
-    // A headline that fits in two lines also takes two in a card with more room.
-    const Outcome tree = run("view NewsWidget --family systemLarge");
-    const auto card = json("draw --tree - --size 338x354", tree.output)["items"];
-    const auto tall = json("draw --tree - --size 338x1000", tree.output)["items"];
-    ASSERT_EQ(card.size(), tall.size());
-    for (std::size_t i = 0; i < card.size(); ++i) {
-        if (card[i]["kind"] != "text") continue;
-        EXPECT_LT(card[i]["lines"], 3) << card[i]["text"];
-        EXPECT_EQ(card[i]["lines"], tall[i]["lines"]) << card[i]["text"];
-    }
-    EXPECT_EQ(std::ranges::count(card, 2, [](const auto& item) { return item.value("lines", 0); }), 5);
-}
-
 TEST_F(CommandLineTest, StatisticsAreOneLineOnStandardError) {
     const Outcome measured = run("--stats timeline PerchWidget --family systemSmall");
     EXPECT_EQ(measured.exitCode, 2) << "--stats belongs to its command";
@@ -395,39 +377,6 @@ TEST_F(BrokenLinkTest, ACompactRowWithoutAnAddressEndsTheExtensionAndOnlyTheComm
     EXPECT_THAT(drawn.output, IsEmpty());
     EXPECT_THAT(drawn.complaint,
                 MatchesRegex("brightledger: the extension was ended by signal 6 \\(SIGABRT\\): [^\n]+\n"));
-}
-
-TEST_F(BrokenLinkTest, AMediumRowWithoutAnAddressIsDrawnWithoutALink) {
-    const ordered_json list = json("draw PerchWidget --family systemMedium");
-    for (const auto& link : list["links"]) EXPECT_THAT(link["url"].get<std::string>(), Not(HasSubstr("4 4")));
-}
-
-struct BadService {
-    const char* name;
-    tests::Answer answer;
-};
-
-TEST_F(CommandLineTest, WhateverTheServiceDoesATimelineHasOneEntryAndAReloadDate) {
-    using Ending = tests::Answer::Ending;
-    const BadService services[] = {
-        {"304", {.status = 304}},
-        {"500", {.status = 500, .body = "broken"}},
-        {"empty", {.body = ""}},
-        {"noise", {.body = std::string(5000, '\xFE')}},
-        {"reset", {.body = std::string(5000, 'a'), .ending = Ending::reset}},
-        {"cut", {.body = std::string(5000, 'a'), .ending = Ending::cut}},
-        {"absent", {.ending = Ending::noAnswer}},
-    };
-    for (const BadService& bad : services) {
-        tests::LoopbackServer service;
-        service.answer(bad.answer);
-        serve(service.origin());
-        for (const char* kind : {"PerchWidget --family systemSmall", "NewsWidget --family systemLarge"}) {
-            const ordered_json timeline = json(std::string("timeline ") + kind);
-            EXPECT_EQ(timeline["entries"].size(), 1U) << bad.name << " " << kind;
-            EXPECT_TRUE(timeline["policy"].contains("after")) << bad.name << " " << kind;
-        }
-    }
 }
 
 }  // namespace

@@ -207,21 +207,6 @@ TEST(ThemeManager, AnotherProcessSeesTheNewPaletteWholeOrTheOldOne) {
     }
 }
 
-TEST(ThemeManager, ThreadsMayReadWhileOthersApply) {
-    ThemedPhone phone;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 3; ++thread) {
-        threads.emplace_back([&phone, thread] {
-            for (int i = 0; i < 10; ++i) {
-                if (thread == 0) phone.themes.setSelectedThemeType(i % 2);
-                ASSERT_NE(phone.themes.currentTheme(), nullptr);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(hexString(phone.themes.currentTheme()->textColor()), "#000000");
-}
-
 TEST(ThemeManager, ARequestForReloadsIsKeptInTheStore) {
     ThemedPhone phone;
     EXPECT_FALSE(phone.themes.reloadsWidgets());

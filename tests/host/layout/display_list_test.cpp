@@ -204,52 +204,6 @@ TEST(DisplayList, HonoursLinksInTheSmallFamilyFromVersion17On) {
     EXPECT_EQ(listOf(square(red)).widgetURL, std::nullopt);
 }
 
-TEST(DisplayList, OfAPlaceholderShowsBarsAndGreyBoxesAndOpensNothing) {
-    LayoutOptions redacted = options();
-    redacted.isRedacted = true;
-    const View root =
-        VStack({.spacing = 0},
-               Link("a://1", words("aaaa bbbb").foregroundColor(red).body().frame({.width = 20})),
-               Image("Icon").clipShape(4, RoundedCornerStyle::circular), Image("Missing"), square(navy))
-            .widgetURL("a://2");
-    const DisplayList list = listOf(root, redacted);
-    // Two lines from 29: their baselines at 37 and 47, capitals of 7, and 1 more on both sides.
-    EXPECT_THAT(lines(list),
-                ElementsAre("fill #FF0000@0.16 40,29 20x9 radius 3", "fill #FF0000@0.16 40,39 20x9 radius 3",
-                            "fill #808080@0.16 44,49 12x12 radius 4", "fill #1A1A21 45,61 10x10"));
-    EXPECT_TRUE(list.links.empty());
-    EXPECT_EQ(list.widgetURL, std::nullopt);
-}
-
-TEST(DisplayList, DrawsPicturesByTheirBytesOrWhatStandsInForThem) {
-    EXPECT_THAT(lines(listOf(Image(Bytes("PIC"), "Icon"))),
-                ElementsAre("picture 3 bytes 8d4bab19f3bc6983 30,35 40x30"));
-    EXPECT_THAT(
-        lines(listOf(Image(Bytes("???"), "Icon", {.isResizable = true}).frame({.width = 30, .height = 20}))),
-        ElementsAre(R"(image "Icon" 35,40 30x20)"));
-    EXPECT_THAT(lines(listOf(Image(Bytes("???"), "Missing"))), ElementsAre());
-}
-
-TEST(DisplayList, PrintsAsText) {
-    const View root =
-        VStack({.spacing = 0},
-               Link("a://1", Text("A\"B", Font::system(10, FontWeight::bold)).foregroundColor(red) +
-                                 Text::image("Icon")),
-               words("ab ab")
-                   .multilineTextAlignment(HorizontalAlignment::center)
-                   .lineLimit(2)
-                   .body()
-                   .frame({.width = 10}))
-            .containerBackground(ColorFill(navy))
-            .widgetURL("a://2");
-    EXPECT_EQ(displayListText(listOf(root)), R"(NewsWidget systemMedium 100x100 background #1A1A21
-opens a://2
-link 40,35 20x10 a://1
-text "A\"B" 40,35 20x10 system 10 bold #FF0000 + image "Icon"
-text "ab ab" 45,45 10x20 system 10 #FFFFFF limit 2 lines 2 alignment center
-)");
-}
-
 TEST(DisplayList, PrintsAsJson) {
     const View root =
         VStack({.spacing = 0}, Link("a://1", words("ab cd").lineLimit(3) + Text::image("Icon")),

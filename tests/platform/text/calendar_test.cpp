@@ -67,7 +67,6 @@ TEST(Calendar, KnowsNothingOfAZoneThatDoesNotExist) {
         EXPECT_FALSE(calendar.startOfDay(now)) << zone;
         EXPECT_FALSE(calendar.timeOnDay(now, 9h)) << zone;
         EXPECT_FALSE(calendar.midnight(*parseDay("2026-11-22"))) << zone;
-        EXPECT_FALSE(calendar.offsetFromUTC(now)) << zone;
     }
 }
 
@@ -79,13 +78,6 @@ TEST(Calendar, AddsElapsedSecondsAndAnswersNothingBeyondTheEndOfTime) {
     EXPECT_FALSE(calendar.dateByAddingSeconds(30, Instant::max()));
     EXPECT_FALSE(calendar.dateByAddingSeconds(std::numeric_limits<std::int64_t>::max(), beforeTheChange));
     EXPECT_FALSE(calendar.dateByAddingSeconds(-1, Instant::min()));
-}
-
-TEST(Calendar, TellsTheOffsetInForce) {
-    const Calendar newYork(TimeZone{"America/New_York"});
-    EXPECT_EQ(newYork.offsetFromUTC(instant("2026-03-08T06:59:59Z")), -5h);
-    EXPECT_EQ(newYork.offsetFromUTC(instant("2026-03-08T07:00:00Z")), -4h);
-    EXPECT_EQ(Calendar(TimeZone{"Asia/Kolkata"}).offsetFromUTC(instant("2026-07-01T00:00:00Z")), 5h + 30min);
 }
 
 TEST(Calendar, SeveralThreadsMayBeTheFirstToAskForAZone) {

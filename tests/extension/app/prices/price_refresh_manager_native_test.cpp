@@ -54,15 +54,6 @@ TEST(PriceRefresh, AsksForAllIdentifiersInTheirOrderWithoutEncodingThem) {
     EXPECT_TRUE(runtime.logged("Refresh API - " + service.origin() + request.target));
 }
 
-TEST(PriceRefresh, StagingAsksTheStagingHost) {
-    LoopbackServer service;
-    service.answer({.body = someMessage()});
-    const TestRuntime runtime{
-        {.apiHost = "http://production.invalid",
-         .information = {{"ENVIRONMENT", "staging"}, {"StagingAPIHost", service.origin()}}}};
-    EXPECT_TRUE(quotesFor(runtime, {"a", "b", "c"}));
-}
-
 TEST(PriceRefresh, AnyOtherAnswerIsAFailure) {
     LoopbackServer service;
     const TestRuntime runtime{{.apiHost = service.origin()}};

@@ -155,14 +155,6 @@ TEST(NewsAddress, IsTheWebHostsUnlessTheAppHasPutAnotherInItsPlace) {
     EXPECT_EQ(NewsViewModel(staging).newsAddress(), std::string("http://staging.invalid") + rankingTarget);
 }
 
-TEST(NewsAddress, AReplacementThatIsNoAddressIsAFailedRefresh) {
-    const TestRuntime runtime{{.webHost = "http://web.invalid"}};
-    for (const char* text : {"not an address", "feed", "file:///etc/passwd"}) {
-        store(runtime, keys::extraLinks, archived(PropertyList::Dictionary{{"newsWidgetApiUrl", text}}));
-        EXPECT_FALSE(entryOf(runtime).isSuccess) << text;
-    }
-}
-
 TEST(NewsStories, WithoutAnyMemberAreStillItems) {
     platform::IdSource ids(1);
     const ThumbnailReader nothing = [](const platform::URL&) { return std::nullopt; };

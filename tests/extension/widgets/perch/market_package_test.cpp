@@ -42,27 +42,6 @@ TEST(QuoteMessage, EveryTextHasItsOwnNumber) {
     EXPECT_EQ(item.GetDescriptor()->FindFieldByNumber(10)->json_name(), "exId");
 }
 
-TEST(QuoteMessage, ListsKeepTheirOrderAndTheirDoubles) {
-    const auto info = decodeMultiAssetInfo(message(2, message(1, message(1, "7") + message(4, "1")) +
-                                                          message(1, message(1, "3")) +
-                                                          message(1, message(1, "7") + message(4, "2"))));
-    ASSERT_TRUE(info);
-    ASSERT_EQ(info->data().datalist_size(), 3);
-    EXPECT_EQ(info->data().datalist(0).currentprice(), "1");
-    EXPECT_EQ(info->data().datalist(1).assetid(), "3");
-    EXPECT_EQ(info->data().datalist(1).currentprice(), "");
-    EXPECT_EQ(info->data().datalist(2).currentprice(), "2");
-}
-
-TEST(QuoteMessage, ASecondDataGoesOnWhereTheFirstEndedAndALaterTextReplacesAnEarlierOne) {
-    const auto info =
-        decodeMultiAssetInfo(infoOf(message(1, "7") + message(1, "8")) + infoOf(message(1, "9")));
-    ASSERT_TRUE(info);
-    ASSERT_EQ(info->data().datalist_size(), 2);
-    EXPECT_EQ(info->data().datalist(0).assetid(), "8");
-    EXPECT_EQ(info->data().datalist(1).assetid(), "9");
-}
-
 TEST(QuoteMessage, AnyFaultFailsTheWholeMessage) {
     const std::string good = infoOf(message(1, "7"));
     ASSERT_TRUE(decodeMultiAssetInfo(good));
@@ -123,14 +102,6 @@ TEST(QuoteMessage, GroupsNestAHundredLevelsAtTheMost) {
     };
     EXPECT_TRUE(decodeMultiAssetInfo(nested(100)));
     EXPECT_FALSE(decodeMultiAssetInfo(nested(101)));
-}
-
-TEST(QuoteMessage, ANegativeSuccessTakesTenBytesAndComesBack) {
-    MarketPackage_MultiAssetInfo info;
-    info.set_success(-3);
-    const std::string bytes = info.SerializeAsString();
-    EXPECT_EQ(bytes, "\x08\xfd\xff\xff\xff\xff\xff\xff\xff\xff\x01");
-    EXPECT_EQ(decodeMultiAssetInfo(bytes)->success(), -3);
 }
 
 TEST(QuoteMessage, EqualMessagesHaveEqualHashesAndDifferencesShow) {

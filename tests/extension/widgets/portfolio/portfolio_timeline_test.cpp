@@ -210,22 +210,6 @@ TEST(PortfolioTimeline, IsDueAgain30SecondsAfterTheQuestionHoweverLateTheAnswer)
     EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(asked + std::chrono::seconds(30)));
 }
 
-TEST(PortfolioTimeline, KeepsItsHoursOnADayOfAClockChange) {
-    // New York's clocks went forward at two in the night: nine o'clock is 13:00 UTC and no longer 14:00.
-    LoopbackServer service;
-    service.answer({.body = goodPortfolio});
-    for (const auto& [now, asks] :
-         {std::pair{"2026-03-08T12:59:59Z", false}, std::pair{"2026-03-08T13:00:00Z", true},
-          std::pair{"2026-03-08T20:00:00Z", true}, std::pair{"2026-03-08T20:00:01Z", false}}) {
-        const TestRuntime runtime{{.now = now, .timeZone = {"America/New_York"}}};
-        signIn(runtime, service);
-        saveRows(runtime, "[]");
-        const auto timeline = timelineOf(PWProvider(runtime));
-        EXPECT_EQ(timeline.policy != TimelineReloadPolicy::atEnd(), asks) << now;
-        EXPECT_EQ(timeline.entries[0].apiError, PWAPIError::success) << now;
-    }
-}
-
 TEST(PortfolioTimeline, OutsideOfItsHoursAsksOnlyWhenNothingReadableIsSaved) {
     for (const char* rows : {"", "nonsense", R"([{"id":"x"}])"}) {
         LoopbackServer service;
