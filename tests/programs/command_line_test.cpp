@@ -11,11 +11,13 @@
 #include <iterator>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <string>
 #include <vector>
 #include "demo/service.h"
 #include "extension/widgets/perch/proto/market_package.h"
 #include "platform/settings/property_list.h"
+#include "tests/support/expected_text.h"
 #include "tests/support/loopback_server.h"
 #include "tests/support/temporary_directory.h"
 
@@ -50,13 +52,8 @@ std::vector<std::string> keysOf(const ordered_json& object) {
     return keys;
 }
 
-struct Complaint {
-    std::string words;
-    /// Part of the one line on standard error; empty where another part of the program chooses the words.
-    std::string message;
-};
-
-/// Runs `brightledger` with its own data directory, a stopped clock and a service to call.
+/// A shell in a folder of its own, in which `brightledger` has a data directory, a stopped clock and a
+/// service.
 class CommandLineTest : public testing::Test {
 protected:
     CommandLineTest() { serve("http://127.0.0.1:1"); }
@@ -67,17 +64,22 @@ protected:
                   PropertyList::Dictionary{{"ProductionAPIHost", origin}, {"ProductionWebHost", origin}}));
     }
 
-    /// `words` go through the shell.
+    Outcome shell(const std::string& command) const {
+        write(path("command"), command);
+        const std::string line =
+            "cd '" + directory_.path().string() +
+            "' && PATH='" BRIGHTLEDGER_PROGRAM_DIR
+            "':\"$PATH\" BRIGHTLEDGER_DATA_DIR=$PWD/data "
+            "BRIGHTLEDGER_INFO_PLIST=$PWD/Info.plist BRIGHTLEDGER_NOW=2026-11-23T06:30:00Z "
+            "BRIGHTLEDGER_TIME_ZONE=Asia/Kolkata BRIGHTLEDGER_LOCALE=en_IN "
+            "sh command >output 2>complaint";
+        const int status = std::system(line.c_str());
+        return {WEXITSTATUS(status), contentOf(path("output")), contentOf(path("complaint"))};
+    }
+
     Outcome run(const std::string& words, const std::string& input = {}) const {
         write(path("input"), input);
-        const std::string command =
-            "env BRIGHTLEDGER_DATA_DIR='" + path("data") + "' BRIGHTLEDGER_INFO_PLIST='" +
-            path("Info.plist") +
-            "' BRIGHTLEDGER_NOW=2026-11-23T06:30:00Z BRIGHTLEDGER_TIME_ZONE=Asia/Kolkata "
-            "BRIGHTLEDGER_LOCALE=en_IN " BRIGHTLEDGER_PROGRAM_DIR "/brightledger " +
-            words + " <'" + path("input") + "' >'" + path("output") + "' 2>'" + path("complaint") + "'";
-        const int status = std::system(command.c_str());
-        return {WEXITSTATUS(status), contentOf(path("output")), contentOf(path("complaint"))};
+        return shell("brightledger " + words + " <input");
     }
 
     ordered_json json(const std::string& words, const std::string& input = {}) const {
@@ -86,29 +88,44 @@ protected:
         return ordered_json::parse(outcome.output);
     }
 
-    void expectComplaint(const Complaint& expected, int exitCode) const {
-        const Outcome outcome = run(expected.words);
-        EXPECT_EQ(outcome.exitCode, exitCode) << expected.words;
-        EXPECT_THAT(outcome.output, IsEmpty()) << expected.words;
-        EXPECT_THAT(outcome.complaint, MatchesRegex("brightledger: [^\n]+\n")) << expected.words;
-        EXPECT_THAT(outcome.complaint, HasSubstr(expected.message)) << expected.words;
-    }
-
     std::string path(const std::string& name) const { return directory_.path() / name; }
 
     tests::TemporaryDirectory directory_;
 };
 
-TEST_F(CommandLineTest, TheGalleryListsTheWidgetsInBundleOrder) {
-    EXPECT_EQ(json("gallery"), ordered_json::parse(R"([
-        {"kind": "NewsWidget", "displayName": "Brightledger News",
-         "description": "Stay updated with Top Stories across markets, business and more.",
-         "families": ["systemLarge"]},
-        {"kind": "PerchWidget", "displayName": "Perch", "description": "Real-time Tracking Widget",
-         "families": ["systemLarge", "systemMedium", "systemSmall"]},
-        {"kind": "PortfolioWidget", "displayName": "Portfolio", "description": "Real-time Tracking Widget",
-         "families": ["systemMedium", "systemSmall"]}])"));
-}
+/// The file of tests/expected/ with the answer of every command ("$ ...") below it: its output, its
+/// complaints
+/// ("! ...") and its exit code when that is not 0.
+class Transcript : public CommandLineTest {
+protected:
+    std::string transcriptOf(const std::string& file) const {
+        std::string text;
+        for (const std::string& line : tests::linesOf(tests::expectedText(file))) {
+            if (line.empty() || line.starts_with("# ")) text += line + "\n";
+            if (!line.starts_with("$ ")) continue;
+            const Outcome outcome = shell(line.substr(2));
+            text += line + "\n" + outcome.output;
+            for (const std::string& complaint : tests::linesOf(outcome.complaint))
+                text += "! " + complaint + "\n";
+            if (outcome.exitCode != 0) text += "=> " + std::to_string(outcome.exitCode) + "\n";
+        }
+        static const std::regex identifier("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
+        const std::regex directory(directory_.path().string());
+        return std::regex_replace(std::regex_replace(text, identifier, "ID"), directory, "DIR");
+    }
+
+    void expectTranscript(const std::string& file) const {
+        EXPECT_TRUE(tests::isAsExpected(file, transcriptOf(file)));
+    }
+};
+
+TEST_F(Transcript, OfWrongUsage) { expectTranscript("programs/wrong_usage.txt"); }
+
+TEST_F(Transcript, OfFailures) { expectTranscript("programs/failures.txt"); }
+
+TEST_F(Transcript, OfTheStore) { expectTranscript("programs/store.txt"); }
+
+TEST_F(Transcript, OfAnswers) { expectTranscript("programs/answers.txt"); }
 
 TEST_F(CommandLineTest, AFreshDataDirectoryShowsThreeIndicesOfTheServiceAndAsksAgainIn30Seconds) {
     const auto service = demo::DemoService::start();
@@ -130,9 +147,6 @@ TEST_F(CommandLineTest, AFreshDataDirectoryShowsThreeIndicesOfTheServiceAndAsksA
 }
 
 TEST_F(CommandLineTest, StatisticsAreOneLineOnStandardError) {
-    const Outcome measured = run("--stats timeline PerchWidget --family systemSmall");
-    EXPECT_EQ(measured.exitCode, 2) << "--stats belongs to its command";
-
     const Outcome drawn = run("draw PerchWidget --family systemSmall --stats");
     ASSERT_EQ(drawn.exitCode, 0) << drawn.complaint;
     const ordered_json line = ordered_json::parse(drawn.complaint);
@@ -141,179 +155,6 @@ TEST_F(CommandLineTest, StatisticsAreOneLineOnStandardError) {
                 ElementsAre("peakRssKiB", "privateKiB", "userMs", "systemMs", "wallMs", "networkMs"));
     EXPECT_THAT(keysOf(line["host"]), ElementsAre("layoutMs", "paintMs", "encodeMs"));
     EXPECT_GT(line["extension"]["peakRssKiB"].get<int>(), line["extension"]["privateKiB"].get<int>());
-}
-
-TEST_F(CommandLineTest, DrawingGivesADisplayListOrTheFileThatItsNameAsksFor) {
-    const ordered_json list = json("draw PerchWidget --family systemSmall");
-    EXPECT_EQ(list["size"], ordered_json::parse(R"({"width": 158, "height": 158})"));
-    EXPECT_EQ(list["kind"], "PerchWidget");
-
-    ASSERT_EQ(run("draw PerchWidget --family systemSmall --scale 2 -o " + path("w.png")).exitCode, 0);
-    const std::string png = contentOf(path("w.png"));
-    ASSERT_THAT(png, StartsWith("\x89PNG"));
-    EXPECT_EQ(png.substr(16, 8), std::string("\0\0\x01\x3C\0\0\x01\x3C", 8)) << "316 pixels square";
-    ASSERT_EQ(run("draw PerchWidget --family systemSmall --request placeholder -o " + path("w.svg")).exitCode,
-              0);
-    EXPECT_THAT(contentOf(path("w.svg")), HasSubstr("<svg"));
-    ASSERT_EQ(run("draw PerchWidget --family systemSmall -o " + path("w.json")).exitCode, 0);
-    EXPECT_EQ(ordered_json::parse(contentOf(path("w.json"))), list);
-}
-
-TEST_F(CommandLineTest, APrintedTreeCanBeLaidOutAndDrawnAgain) {
-    const std::string tree = run("view PerchWidget --family systemLarge").output;
-    const ordered_json laidOut = json("layout - --size 338x354", tree);
-    EXPECT_EQ(laidOut["frame"], ordered_json::parse(R"({"x": 0, "y": 0, "width": 338, "height": 354})"));
-
-    write(path("tree.json"), tree);
-    const ordered_json list = json("draw --tree " + path("tree.json") + " --size 338x354");
-    EXPECT_EQ(list["items"], json("draw PerchWidget --family systemLarge")["items"]);
-}
-
-TEST_F(CommandLineTest, WrongUsageIsExitCode2AndOneLineThatSaysWhatToDo) {
-    const std::string unknownWidget =
-        "unknown widget \"ClockWidget\"; choose NewsWidget, PerchWidget or PortfolioWidget";
-    const std::string wrongScale = "the scale must be 1, 2 or 3";
-    const auto wrongSize = [](const std::string& size) {
-        return "the size \"" + size +
-               "\" is not WxH, such as 338x158, with sides above 0 and at most 4096 points";
-    };
-    const Complaint complaints[] = {
-        {"", ""},
-        {"dance", "unknown command \"dance\"; see brightledger --help"},
-        {"timeline", ""},
-        {"timeline PerchWidget", ""},
-        {"timeline PerchWidget --family systemHuge",
-         "unknown family \"systemHuge\"; choose systemSmall, systemMedium or systemLarge"},
-        {"timeline NewsWidget --family systemSmall",
-         "NewsWidget does not support the family \"systemSmall\"; choose systemLarge"},
-        {"timeline ClockWidget --family systemSmall", unknownWidget},
-        {"why ClockWidget", unknownWidget},
-        {"gallery --now 2026-11-23T06:30:00",
-         "--now \"2026-11-23T06:30:00\" is not an ISO 8601 instant with an offset or Z"},
-        {"gallery --os-version x", "--os-version \"x\" is not a version number"},
-        {"gallery --now", "--now needs a value"},
-        {"gallery --time-zone Mars/Olympus", "--time-zone \"Mars/Olympus\" is not a known time zone"},
-        {"draw PerchWidget --family systemSmall -o w.gif",
-         "cannot tell the format of w.gif; let it end in .png, .svg or .json"},
-        {"draw PerchWidget --family systemSmall --scale 4", wrongScale},
-        {"layout - --size 10x10 --scale 0", wrongScale},
-        {"draw", "draw needs a KIND with --family, or --tree with --size"},
-        {"draw --tree x", ""},
-        {"layout - --size 10", wrongSize("10")},
-        {"layout - --size 10x-1", wrongSize("10x-1")},
-        {"layout - --size 10xnan", wrongSize("10xnan")},
-        {"store", ""},
-        {"store get", "get: takes KEY"},
-        {"store set k integer 1.5", "\"1.5\" is not a whole number of 64 bits"},
-        {"store set k integer 9223372036854775808",
-         "\"9223372036854775808\" is not a whole number of 64 bits"},
-        {"store set k color red",
-         "unknown type \"color\"; choose string, integer, real, boolean, data, date or plist"},
-        {"store set k string 'a\xff'", "the text is not UTF-8"},
-        {"store set 'k\xff' integer 1", "the key is not UTF-8"},
-        {"store set k data '*'", "\"*\" is not base64"},
-        {"store set k date today", "\"today\" is not an ISO 8601 instant with an offset or Z"},
-        {"store set k plist '<plist>'", ""},
-        {"call ClockApp wind", "unknown class ClockApp; \"call\" lists all operations"},
-        {"call KeyConstants wind", "KeyConstants has no operation wind; \"call\" lists all operations"},
-        {"call KeyConstants", "a call needs a class and a selector; \"call\" lists them"},
-        {"call UIColor hexString", "wrong number of arguments; write UIColor hexString COLOR"},
-    };
-    for (const Complaint& complaint : complaints) expectComplaint(complaint, 2);
-}
-
-TEST_F(CommandLineTest, WhatCannotBeDoneIsExitCode1AndOneLine) {
-    write(path("file"), "no folder");
-    write(path("noise"), "\x01\x02\x03");
-    const Complaint complaints[] = {
-        {"store get nothing", "the key \"nothing\" is not in the store"},
-        {"store import " + path("nowhere"), "cannot read " + path("nowhere") + ": No such file or directory"},
-        {"store import " + path("noise"), ""},
-        {"store export --data-dir " + path("file"), ""},
-        {"store export /dev/full", "cannot write /dev/full: No space left on device"},
-        {"store repair --data-dir " + path("file"), ""},
-        {"layout " + path("noise") + " --size 10x10", ""},
-        {"layout " + path("nowhere") + " --size 10x10", ""},
-        {"gallery --info-plist " + path("noise"), ""},
-        {"draw PerchWidget --family systemSmall -o " + path("no/folder/w.png"), ""},
-        {"call --data-dir " + path("file") + " ThemeManager setCurrentSelectedThemeTypeWithType: 1", ""},
-        {"why PerchWidget", ""},
-    };
-    for (const Complaint& complaint : complaints) expectComplaint(complaint, 1);
-}
-
-TEST_F(CommandLineTest, AnUnusableDataDirectoryStillGivesAnEntryWithoutContent) {
-    write(path("file"), "no folder");
-    for (const char* kind : {"PerchWidget --family systemSmall", "PortfolioWidget --family systemSmall",
-                             "NewsWidget --family systemLarge"}) {
-        const Outcome outcome = run(std::string("timeline ") + kind + " --data-dir " + path("file"));
-        ASSERT_EQ(outcome.exitCode, 0) << outcome.complaint;
-        EXPECT_FALSE(ordered_json::parse(outcome.output)["entries"].empty()) << kind;
-    }
-}
-
-struct StoredValue {
-    const char* words;
-    const char* json;
-};
-
-TEST_F(CommandLineTest, StoredValuesKeepTheirTypesThroughExportAndImport) {
-    const StoredValue values[] = {
-        {"string '  [a] -x {}'", R"("  [a] -x {}")"},
-        {"string ''", R"("")"},
-        {"string --verbose", R"("--verbose")"},
-        {"integer -9223372036854775808", "-9223372036854775808"},
-        {"real -.5", "-0.5"},
-        {"boolean true", "true"},
-        {"data AP8=", R"({"data":"AP8="})"},
-        {"date 2026-11-23T12:00:00+05:30", R"({"date":"2026-11-23T06:30:00.000Z"})"},
-        {"plist '<plist><array><integer>1</integer><string>a</string></array></plist>'", R"([1,"a"])"},
-    };
-    for (const StoredValue& value : values) {
-        EXPECT_EQ(run(std::string("store set -- key ") + value.words).exitCode, 0) << value.words;
-        EXPECT_EQ(json("store get key"), ordered_json::parse(value.json)) << value.words;
-
-        ASSERT_EQ(run("store export " + path("all.plist")).exitCode, 0);
-        ASSERT_EQ(run("store remove key").exitCode, 0);
-        EXPECT_EQ(run("store get key").exitCode, 1);
-        ASSERT_EQ(run("store import " + path("all.plist")).exitCode, 0);
-        EXPECT_EQ(json("store get key"), ordered_json::parse(value.json)) << value.words;
-    }
-    EXPECT_EQ(std::filesystem::status(path("all.plist")).permissions(), std::filesystem::perms(0600));
-    EXPECT_EQ(std::filesystem::status(path("data")).permissions(), std::filesystem::perms(0700));
-}
-
-TEST_F(CommandLineTest, ADamagedStoreIsLeftAloneUntilItIsRepaired) {
-    ASSERT_EQ(run("store set key integer 1").exitCode, 0);
-    std::filesystem::path file;
-    for (const auto& each : std::filesystem::directory_iterator(path("data"))) {
-        if (each.path().extension() == ".sqlite") file = each.path();
-    }
-    const std::string damaged(8192, 'x');
-    write(file, damaged);
-
-    EXPECT_EQ(run("store get key").exitCode, 1);
-    EXPECT_EQ(run("timeline PerchWidget --family systemSmall").exitCode, 0);
-    EXPECT_EQ(contentOf(file), damaged);
-
-    const Outcome repaired = run("store repair");
-    EXPECT_EQ(repaired.exitCode, 0) << repaired.complaint;
-    EXPECT_THAT(repaired.output, HasSubstr(path("data")));
-    EXPECT_EQ(run("store set key integer 2").exitCode, 0);
-    EXPECT_EQ(run("store repair").output, "The settings store is in order.\n");
-}
-
-TEST_F(CommandLineTest, OperationsOfTheAppAreCalledOneByOneOrLineByLineInOneProcess) {
-    EXPECT_EQ(run(R"(call UIColor colorFromHexStringAndOpacity:alpha: "#FF9D00" 0.5)").output,
-              "{\"hex\":\"#FF9D00\",\"alpha\":0.5}\n");
-    EXPECT_THAT(run("call").output, HasSubstr("ThemeManager setCurrentSelectedThemeTypeWithType:"));
-    EXPECT_EQ(run("call ThemeManager setCurrentSelectedThemeTypeWithType: 1").output, "null\n");
-    EXPECT_EQ(json("store get ThemeType"), 1);
-
-    const Outcome lines = run("call -", "KeyConstants GROUP_TODAY_EXTENSION\n\nClockApp wind\nnot reached\n");
-    EXPECT_EQ(lines.exitCode, 2);
-    EXPECT_EQ(lines.output, "\"group.shareWithTodayExtension\"\n");
-    EXPECT_THAT(lines.complaint, StartsWith("brightledger: line 3: "));
 }
 
 TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndLogsWhenAskedTo) {

@@ -21,6 +21,15 @@ inline std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
+inline std::filesystem::path expectedFile(const std::string& name) {
+    return std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "tests/expected" / name;
+}
+
+inline std::string expectedText(const std::string& name) {
+    std::ifstream stream(expectedFile(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
 /// Whether BRIGHTLEDGER_RECORD=1 stands in the environment: then tests write what they expect, and fail, so
 /// that no run that records passes.
 inline bool isRecording() {
@@ -28,24 +37,18 @@ inline bool isRecording() {
     return record != nullptr && std::string(record) == "1";
 }
 
-inline testing::AssertionResult recorded(const std::filesystem::path& file, const std::string& content) {
+inline testing::AssertionResult recorded(const std::string& name, const std::string& content) {
+    const std::filesystem::path file = expectedFile(name);
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << content;
-    return testing::AssertionFailure()
-           << file.filename() << " is recorded; read the difference and run again";
+    return testing::AssertionFailure() << name << " is recorded; read the difference and run again";
 }
 
 /// Whether `text` is what the file `name` of tests/expected/ holds. The message shows the first lines that
 /// differ, below the title ("# ...") that they stand under.
-///
-/// With BRIGHTLEDGER_RECORD=1 in the environment it writes the file and fails nevertheless, so that no run
-/// that records passes.
 inline testing::AssertionResult isAsExpected(const std::string& name, const std::string& text) {
-    const std::filesystem::path file =
-        std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "tests/expected" / name;
-    if (isRecording()) return recorded(file, text);
-    std::ifstream stream(file, std::ios::binary);
-    const std::string expected{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    if (isRecording()) return recorded(name, text);
+    const std::string expected = expectedText(name);
     if (text == expected) return testing::AssertionSuccess();
 
     constexpr std::ptrdiff_t most = 6;
@@ -59,6 +62,18 @@ inline testing::AssertionResult isAsExpected(const std::string& name, const std:
     for (auto line = left; line != before.end() && line - left < most; ++line) result << "\n- " << *line;
     for (auto line = right; line != now.end() && line - right < most; ++line) result << "\n+ " << *line;
     return result;
+}
+
+/// Whether `answer` gives what stands behind every "[input] => " of the file; its other lines are for the
+/// reader.
+inline testing::AssertionResult answersAsExpected(const std::string& name, const auto& answer) {
+    std::string text;
+    for (const std::string& line : linesOf(expectedText(name))) {
+        const std::size_t end = line.rfind("] => ");
+        const bool isCase = line.starts_with("[") && end != std::string::npos;
+        text += (isCase ? line.substr(0, end + 5) + answer(line.substr(1, end - 1)) : line) + "\n";
+    }
+    return isAsExpected(name, text);
 }
 
 }  // namespace tests

@@ -33,10 +33,9 @@ protected:
 
 /// Compares with the picture that is kept under `name`.
 void expectPicture(const std::string& name, const std::string& png) {
-    const std::filesystem::path file =
-        std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR "/tests/expected/paint") / (name + ".png");
+    const std::string file = "paint/" + name + ".png";
     if (tests::isRecording()) FAIL() << tests::recorded(file, png).message();
-    const Pixels expected(contentOf(file));
+    const Pixels expected(tests::expectedText(file));
     const Pixels drawn(png);
     ASSERT_TRUE(expected.isRead()) << file;
     ASSERT_EQ(drawn.width(), expected.width());
