@@ -49,6 +49,7 @@ inline testing::AssertionResult recorded(const std::string& name, const std::str
 inline testing::AssertionResult isAsExpected(const std::string& name, const std::string& text) {
     if (isRecording()) return recorded(name, text);
     const std::string expected = expectedText(name);
+    if (text.empty()) return testing::AssertionFailure() << name << " is missing";
     if (text == expected) return testing::AssertionSuccess();
 
     constexpr std::ptrdiff_t most = 6;

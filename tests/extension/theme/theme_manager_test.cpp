@@ -13,6 +13,7 @@
 #include "extension/theme/palette.h"
 #include "platform/settings/store_file.h"
 #include "tests/extension/shared_settings.h"
+#include "tests/support/expected_text.h"
 #include "tests/support/test_runtime.h"
 
 namespace extension {
@@ -254,18 +255,10 @@ TEST(ThemeManager, ItsObservableThemeIsZeroUntilItIsSetAndTellsThoseWhoStillObse
 TEST(DirectionColor, ComparesTheCodeExactly) {
     ThemedPhone phone;
     phone.themes.setSelectedThemeType(0);
-    const Theme theme(phone.runtime);
-    const struct {
-        const char* code;
-        const char* color;
-    } cases[] = {
-        {"1", "#2DC300"},      {"+1", "#2DC300"},   {"OPEN", "#2DC300"},  {"-1", "#FF3100"},
-        {"CLOSED", "#FF3100"}, {"PRE", "#FF9D00"},  {"AFTER", "#FF9D00"}, {"0", "#FFFFFF"},
-        {"", "#FFFFFF"},       {"2", "#FFFFFF"},    {"open", "#FFFFFF"},  {" 1", "#FFFFFF"},
-        {"1.0", "#FFFFFF"},    {"PRE ", "#FFFFFF"},
-    };
-    for (const auto& [code, color] : cases)
-        EXPECT_EQ(hexString(getTheDirectionColor(code, theme)), color) << code;
+    EXPECT_TRUE(tests::answersAsExpected("extension/direction_colors.txt",
+                                         [theme = Theme(phone.runtime)](const std::string& code) {
+                                             return hexString(getTheDirectionColor(code, theme));
+                                         }));
 }
 
 /// Calls the class-level operations as the phone app does; true when all answered well. For a process of its

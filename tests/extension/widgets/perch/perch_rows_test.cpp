@@ -6,6 +6,7 @@
 #include <vector>
 #include "extension/widgets/perch/model/asset_deep_link.h"
 #include "extension/widgets/perch/model/perch_multi_assets_vm.h"
+#include "tests/support/expected_text.h"
 #include "tests/support/test_runtime.h"
 
 namespace extension {
@@ -141,17 +142,13 @@ TEST(PerchRows, JoinWhatIsThereAndLeaveOutWhatIsNot) {
 
 TEST(PerchRows, AreAProfitOrALossByTheDirectionAlone) {
     const TestRuntime runtime;
-    const std::pair<std::string, std::optional<bool>> directions[] = {
-        {"1", true},           {"+1", true},           {"-1", false},        {"0", std::nullopt},
-        {"", std::nullopt},    {"2", std::nullopt},    {" 1", std::nullopt}, {"1.0", std::nullopt},
-        {"--1", std::nullopt}, {"OPEN", std::nullopt},
-    };
-    for (const auto& [direction, isProfit] : directions) {
+    EXPECT_TRUE(tests::answersAsExpected("extension/perch_directions.txt", [&](const std::string& direction) {
         MarketPackage_MultiAssetDataListItem quote;
         quote.set_direction(direction);
         quote.set_change("-5");
-        EXPECT_EQ(makeRow(&quote, {}, 0, runtime).isProfit, isProfit) << direction;
-    }
+        const std::optional<bool> isProfit = makeRow(&quote, {}, 0, runtime).isProfit;
+        return isProfit ? *isProfit ? "profit" : "loss" : "neither";
+    }));
 }
 
 TEST(PerchRows, TakeTimeInProportionEvenWhenEveryQuoteHasTheSameName) {
