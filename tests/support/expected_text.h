@@ -72,7 +72,8 @@ inline testing::AssertionResult answersAsExpected(const std::string& name, const
     for (const std::string& line : linesOf(expectedText(name))) {
         const std::size_t end = line.rfind("] => ");
         const bool isCase = line.starts_with("[") && end != std::string::npos;
-        text += (isCase ? line.substr(0, end + 5) + answer(line.substr(1, end - 1)) : line) + "\n";
+        text +=
+            (isCase ? line.substr(0, end + 5) + std::string(answer(line.substr(1, end - 1))) : line) + "\n";
     }
     return isAsExpected(name, text);
 }

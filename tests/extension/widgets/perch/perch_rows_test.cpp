@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -118,26 +119,17 @@ TEST(PerchRows, ARowWhoseQuoteIsUnclearHasEmptyPriceTexts) {
 
 TEST(PerchRows, JoinWhatIsThereAndLeaveOutWhatIsNot) {
     const TestRuntime runtime;
-    const struct {
-        std::string exchange, change, percent, exchangeWithTime, changeWithPercent;
-    } cases[] = {
-        {"nse", "1", "2", "NSE: 12:00", "1.00 (2.00%)"},
-        {"", "1", "", "12:00", "1.00"},
-        {"", "", "1.2", "12:00", " (1.20%)"},
-        {"", "x", "y", "12:00", ""},
-        {"", "1", "1%", "12:00", "1.00"},
-    };
-    for (const auto& each : cases) {
+    EXPECT_TRUE(tests::answersAsExpected("extension/perch_row_texts.txt", [&](const std::string& input) {
+        const std::size_t first = input.find(';'), last = input.rfind(';');
         DefaultMultiAssetsVM asset;
-        asset.exchg = each.exchange;
+        asset.exchg = input.substr(0, first);
         MarketPackage_MultiAssetDataListItem quote;
         quote.set_disptime("12:00");
-        quote.set_change(each.change);
-        quote.set_perchange(each.percent);
+        quote.set_change(input.substr(first + 1, last - first - 1));
+        quote.set_perchange(input.substr(last + 1));
         const PerchMultiAssetsVM row = makeRow(&quote, asset, 0, runtime);
-        EXPECT_EQ(row.exchgWithTime, each.exchangeWithTime);
-        EXPECT_EQ(row.changeWithPercent, each.changeWithPercent);
-    }
+        return row.exchgWithTime + "; " + row.changeWithPercent;
+    }));
 }
 
 TEST(PerchRows, AreAProfitOrALossByTheDirectionAlone) {
@@ -185,30 +177,14 @@ TEST(PerchDeepLinks, FollowTheKindOfTheAsset) {
     asset.id = "7";
     asset.exchg = "nse";
     asset.market = "cash";
-    asset.title = " Tata  Steel\tLtd ";
+    asset.title = " Tata  Steel\u00A0Ltd ";
     asset.indId = "9";
     asset.scId = "TS";
-    const struct {
-        std::string type, instrument, link;
-    } cases[] = {
-        {"stock", "", "stock/?id=7&exchg=nse&market=cash&title=TataSteel\tLtd"},
-        {"STOCK", "", "stock/?id=7&exchg=nse&market=cash&title=TataSteel\tLtd"},
-        {"indices", "", "indices/?id=7&exchg=nse&link_flag=1"},
-        {"crypto", "", "crypto/?id=7&title=TataSteel\tLtd"},
-        {"future", "FUTIDX", "future/?ind_id=9&instrument=FUTIDX"},
-        {"future", "OPTSTK", "future/?sc_id=TS&exchg=nse&instrument=OPTSTK"},
-        {"future", "FUTSTK", "future/?sc_id=TS&instrument=FUTSTK"},
-        {"future", "OPTIDX", "future/?sc_id=TS&exchg=nse&ind_id=9&instrument=OPTIDX"},
-        {"future", "futidx", "future/&instrument=futidx"},
-        {"future", "", "future/&instrument="},
-        {"bond", "FUTIDX", ""},
-        {"", "", ""},
-    };
-    for (const auto& each : cases) {
-        asset.type = each.type;
-        asset.instrument = each.instrument;
-        EXPECT_EQ(makeDeepLink(asset, 4), "brightledgerwidget://" + each.link + "&positionSelected=5");
-    }
+    EXPECT_TRUE(tests::answersAsExpected("extension/perch_links.txt", [&](const std::string& kind) {
+        asset.type = kind.substr(0, kind.find(' '));
+        asset.instrument = kind.substr(std::min(kind.size(), asset.type.size() + 1));
+        return makeDeepLink(asset, 4);
+    }));
     asset.type = "indices";
     asset.linkFlag = false;
     EXPECT_THAT(makeDeepLink(asset, 0), EndsWith("&link_flag=0&positionSelected=1"));

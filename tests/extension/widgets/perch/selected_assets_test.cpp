@@ -35,19 +35,8 @@ TEST(FirstRun, ChoosesThreeIndicesInTheirOrder) {
 
     const auto index = [](const char* id, const char* exchange, const std::string& symbol,
                           const char* title) {
-        return DefaultMultiAssetsVM{.id = id,
-                                    .exchg = exchange,
-                                    .type = "indices",
-                                    .symbol = symbol,
-                                    .market = {},
-                                    .title = title,
-                                    .instrument = {},
-                                    .indId = {},
-                                    .scId = {},
-                                    .expiryDate = {},
-                                    .optionType = {},
-                                    .strikePrice = {},
-                                    .priceIdentifier = symbol + "-II"};
+        return DefaultMultiAssetsVM{id, exchange, "indices", symbol, "", title,         "",
+                                    "", "",       "",        "",     "", symbol + "-II"};
     };
     EXPECT_THAT(loadSelectedAssets(runtime).defaultAssetsList,
                 ElementsAre(index("4", "bse", "in;SEN", "SENSEX"), index("9", "nse", "in;NSX", "NIFTY 50"),
@@ -124,34 +113,14 @@ TEST(ChosenAssets, LoseTheFuturesThatHaveExpired) {
 }
 
 TEST(AssetRecord, IsReadFieldByFieldInTheCaseThatLinksNeed) {
-    const DefaultMultiAssetsVM asset = makeAsset({{"id", "a"},
-                                                  {"exchg", "NSE"},
-                                                  {"type", "Future"},
-                                                  {"symbol", "Sym"},
-                                                  {"market", "F&O"},
-                                                  {"title", "Title"},
-                                                  {"instrument", "futidx"},
-                                                  {"ind_id", "Ind"},
-                                                  {"sc_id", "Sc"},
-                                                  {"expiryDate", "2026-12-31"},
-                                                  {"option_type", "Ce"},
-                                                  {"strike_price", "100"},
-                                                  {"priceIdentifier", "Pi"},
-                                                  {"link_flag", "0"}});
-    EXPECT_EQ(asset, (DefaultMultiAssetsVM{.id = "a",
-                                           .exchg = "nse",
-                                           .type = "future",
-                                           .symbol = "Sym",
-                                           .market = "f&o",
-                                           .title = "Title",
-                                           .instrument = "FUTIDX",
-                                           .indId = "Ind",
-                                           .scId = "Sc",
-                                           .expiryDate = "2026-12-31",
-                                           .optionType = "Ce",
-                                           .strikePrice = "100",
-                                           .priceIdentifier = "Pi",
-                                           .linkFlag = false}));
+    const PropertyList::Dictionary record{
+        {"id", "a"},        {"exchg", "NSE"},         {"type", "Future"},           {"symbol", "Sym"},
+        {"market", "F&O"},  {"title", "Title"},       {"instrument", "futidx"},     {"ind_id", "Ind"},
+        {"sc_id", "Sc"},    {"option_type", "Ce"},    {"expiryDate", "2026-12-31"}, {"strike_price", "100"},
+        {"link_flag", "0"}, {"priceIdentifier", "Pi"}};
+    const DefaultMultiAssetsVM asset = makeAsset(record);
+    EXPECT_EQ(asset, (DefaultMultiAssetsVM{"a", "nse", "future", "Sym", "f&o", "Title", "FUTIDX", "Ind", "Sc",
+                                           "2026-12-31", "Ce", "100", "Pi", false}));
     EXPECT_EQ(makeAsset({{"id", 4}, {"title", true}, {"exchg", 1.5}}), DefaultMultiAssetsVM{});
     EXPECT_EQ(makeAsset({{"exchg", "ÉCOLE"}}).exchg, "école");
 }
