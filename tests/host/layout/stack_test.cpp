@@ -189,19 +189,15 @@ TEST(Stack, KeepsTheGapsThatItsChildrenPrefer) {
         {"nor from a stack that begins with one", image, VStack({}, Spacer(5), text), 0, 8},
         {"an empty stack knows no preference", VStack({}, std::vector<View>{}), text, 8, 8},
     };
+    const auto gapIn = [](const View& stack, const char* position, const char* length) {
+        const auto children = laidOut(stack, {200, 200})["children"];
+        const auto before = children[0]["frame"];
+        return children[1]["frame"][position].get<double>() - before[position].get<double>() -
+               before[length].get<double>();
+    };
     for (const GapCase& gap : cases) {
-        const auto column = laidOut(VStack({}, gap.first, gap.second), {200, 200})["children"];
-        const auto above = column[0]["frame"];
-        EXPECT_NEAR(
-            column[1]["frame"]["y"].get<double>() - above["y"].get<double>() - above["height"].get<double>(),
-            gap.inColumn, 1e-9)
-            << gap.rule << ", in a column";
-        const auto row = laidOut(HStack({}, gap.first, gap.second), {200, 200})["children"];
-        const auto before = row[0]["frame"];
-        EXPECT_NEAR(
-            row[1]["frame"]["x"].get<double>() - before["x"].get<double>() - before["width"].get<double>(),
-            gap.inRow, 1e-9)
-            << gap.rule << ", in a row";
+        EXPECT_NEAR(gapIn(VStack({}, gap.first, gap.second), "y", "height"), gap.inColumn, 1e-9) << gap.rule;
+        EXPECT_NEAR(gapIn(HStack({}, gap.first, gap.second), "x", "width"), gap.inRow, 1e-9) << gap.rule;
     }
 }
 

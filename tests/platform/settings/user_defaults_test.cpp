@@ -46,15 +46,6 @@ mode_t modeOf(const fs::path& file) {
 
 fs::path beside(const fs::path& file, const char* suffix) { return fs::path(file) += suffix; }
 
-/// Runs `work` in a child process of its own; true when it answered true.
-bool inChild(const std::function<bool()>& work) {
-    const pid_t child = fork();
-    if (child == 0) _exit(work() ? 0 : 1);
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
 /// Runs `work(0)` to `work(count - 1)` in as many child processes at once.
 bool inChildren(int count, const std::function<bool(int)>& work) {
     std::vector<pid_t> children;
@@ -70,6 +61,10 @@ bool inChildren(int count, const std::function<bool(int)>& work) {
         isGood = isGood && WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
     return isGood;
+}
+
+bool inChild(const std::function<bool()>& work) {
+    return inChildren(1, [&](int) { return work(); });
 }
 
 PropertyList nestedDictionaries(int levels) {
@@ -250,18 +245,6 @@ TEST(ASettingsStore, MayBeUsedBySeveralThreads) {
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(store->dictionaryRepresentation()->size(), 4U);
-}
-
-TEST(ASettingsStore, KeepsWhatAProcessWroteThatWasKilled) {
-    const TemporaryDirectory folder;
-    const pid_t child = fork();
-    if (child == 0) {
-        const auto store = UserDefaults::open(folder.path(), suite);
-        if (store) (void)(*store)->set("token", "secret");
-        raise(SIGKILL);
-    }
-    waitpid(child, nullptr, 0);
-    EXPECT_EQ(*opened(folder.path())->object("token"), PropertyList("secret"));
 }
 
 TEST(ASettingsStore, IsNotSharedAcrossAFork) {

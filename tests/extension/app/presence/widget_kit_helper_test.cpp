@@ -122,30 +122,23 @@ TEST(WidgetKitHelper, ForgetsTheSavedPortfolioRowsAndNothingElse) {
     removeSavedPortfolioRows(runtime);
 }
 
-/// Sets each property by its published name and looks at them all. For a process of its own.
+/// Sets each property by its published name. For a process of its own: the runtime stays the current one.
 bool eachSetterWritesItsOwnProperty() {
     const TestRuntime runtime;
     runtime.makeCurrent();
-    const std::pair<void (*)(bool), bool (*)()> flags[] = {
-        {WidgetKitHelper::setIsWigetAdded, WidgetKitHelper::isWigetAdded},
-        {WidgetKitHelper::setIsNewsWidgetAdded, WidgetKitHelper::isNewsWidgetAdded},
-        {WidgetKitHelper::setIsPortfolioWigetAdded, WidgetKitHelper::isPortfolioWigetAdded},
-    };
-    const std::pair<void (*)(std::string), std::string (*)()> families[] = {
-        {WidgetKitHelper::setWidgetFamily, WidgetKitHelper::widgetFamily},
-        {WidgetKitHelper::setNewsWidgetFamily, WidgetKitHelper::newsWidgetFamily},
-        {WidgetKitHelper::setPortfolioWidgetFamily, WidgetKitHelper::portfolioWidgetFamily},
-    };
-    bool isGood = true;
-    for (std::size_t place = 0; place < 3; ++place) {
-        flags[place].first(true);
-        families[place].first(std::to_string(place));
-        for (std::size_t other = 0; other < 3; ++other) {
-            isGood &= flags[other].second() == (other <= place);
-            isGood &= families[other].second() == (other <= place ? std::to_string(other) : "");
-        }
-    }
-    return isGood;
+    using Helper = WidgetKitHelper;
+    Helper::setIsNewsWidgetAdded(true);
+    bool isGood = !Helper::isWigetAdded() && Helper::isNewsWidgetAdded() && !Helper::isPortfolioWigetAdded();
+    Helper::setIsNewsWidgetAdded(false);
+    Helper::setIsWigetAdded(true);
+    isGood &= Helper::isWigetAdded() && !Helper::isNewsWidgetAdded() && !Helper::isPortfolioWigetAdded();
+    Helper::setIsPortfolioWigetAdded(true);
+    isGood &= Helper::isPortfolioWigetAdded() && !Helper::isNewsWidgetAdded();
+    Helper::setWidgetFamily("perch");
+    Helper::setNewsWidgetFamily("news");
+    Helper::setPortfolioWidgetFamily("portfolio");
+    return isGood && Helper::widgetFamily() == "perch" && Helper::newsWidgetFamily() == "news" &&
+           Helper::portfolioWidgetFamily() == "portfolio";
 }
 
 TEST(WidgetKitHelperDeathTest, EachSetterWritesItsOwnProperty) {
