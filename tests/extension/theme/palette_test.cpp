@@ -2,13 +2,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>
 #include <set>
 #include <string>
-#include <vector>
 #include "extension/theme/hex_codec.h"
+#include "tests/support/expected_text.h"
 
 namespace extension {
 namespace {
@@ -73,57 +74,12 @@ TEST(Palette, BeginsWithTheNamesAndValuesThatOthersKnow) {
 }
 
 TEST(Palette, TextsAreLegibleOnWhatTheyStandOn) {
-    const std::pair<const char*, std::vector<const char*>> grounds[] = {
-        {"backgroundColor",
-         {"headlineTextColor",     "linkTextColor",          "visitedLinkTextColor",  "timestampTextColor",
-          "highlightedTextColor",  "outlineButtonTextColor", "textFieldLabelColor",   "marketOpenColor",
-          "marketClosedColor",     "marketPreOpenColor",     "marketHolidayColor",    "upperCircuitColor",
-          "lowerCircuitColor",     "fiftyTwoWeekHighColor",  "fiftyTwoWeekLowColor",  "newsHeadlineColor",
-          "newsReadHeadlineColor", "newsSummaryTextColor",   "newsCategoryTextColor", "newsBylineColor",
-          "newsPremiumBadgeColor", "futureExpiryTextColor"}},
-        {"cardBackgroundColor", {"bodyTextColor"}},
-        {"elevatedCardBackgroundColor", {"captionTextColor"}},
-        {"textFieldBackgroundColor", {"placeholderTextColor", "textFieldTextColor"}},
-        {"errorBannerBackgroundColor", {"errorTextColor"}},
-        {"warningBannerBackgroundColor", {"warningTextColor"}},
-        {"successBannerBackgroundColor", {"successTextColor"}},
-        {"infoBannerBackgroundColor", {"linkTextColor"}},
-        {"uiControlBackgroundColor", {"uiControlTextColor"}},
-        {"uiControlUnselectedBackgroundColor", {"uiControlTextColor"}},
-        {"toastBackgroundColor", {"toastTextColor"}},
-        {"tooltipBackgroundColor", {"tooltipTextColor"}},
-        {"navigationBarBackgroundColor", {"navigationBarTitleColor", "navigationBarTintColor"}},
-        {"tabBarBackgroundColor", {"tabBarSelectedItemColor", "tabBarUnselectedItemColor"}},
-        {"segmentBackgroundColor", {"segmentTextColor"}},
-        {"segmentSelectedBackgroundColor", {"segmentSelectedTextColor"}},
-        {"searchBarBackgroundColor", {"searchBarTextColor", "searchBarPlaceholderColor"}},
-        {"sideMenuSelectedBackgroundColor", {"sideMenuTextColor"}},
-        {"buttonBackgroundColor", {"buttonTextColor"}},
-        {"buttonPressedBackgroundColor", {"buttonTextColor"}},
-        {"secondaryButtonBackgroundColor", {"secondaryButtonTextColor"}},
-        {"destructiveButtonBackgroundColor", {"destructiveButtonTextColor"}},
-        {"buyButtonBackgroundColor", {"buyButtonTextColor"}},
-        {"sellButtonBackgroundColor", {"sellButtonTextColor"}},
-        {"premiumButtonBackgroundColor", {"premiumButtonTextColor"}},
-        {"neutralDirectionBackgroundColor", {"neutralDirectionColor"}},
-        {"watchlistHeaderBackgroundColor", {"watchlistHeaderTextColor"}},
-        {"watchlistAlternateRowBackgroundColor", {"watchlistSymbolColor", "watchlistCompanyNameColor"}},
-        {"chartBackgroundColor", {"chartAxisLabelColor"}},
-        {"chartCrosshairLabelBackgroundColor", {"chartCrosshairLabelTextColor"}},
-        {"portfolioHeaderBackgroundColor", {"portfolioNetWorthTextColor"}},
-        {"portfolioRowBackgroundColor",
-         {"portfolioGainColor", "portfolioLossColor", "portfolioRowTextColor", "portfolioRowLabelColor"}},
-        {"newsBreakingBackgroundColor", {"newsHeadlineColor"}},
-        {"newsLiveBadgeBackgroundColor", {"newsLiveBadgeTextColor"}},
-        {"badgeBackgroundColor", {"badgeTextColor"}},
-    };
-    for (const auto& [ground, texts] : grounds) {
-        for (const char* text : texts) {
-            EXPECT_GE(contrast(named(text).dark, named(ground).dark), 4.5) << text << " on dark " << ground;
-            EXPECT_GE(contrast(named(text).light, named(ground).light), 4.5)
-                << text << " on light " << ground;
-        }
-    }
+    EXPECT_TRUE(tests::answersAsExpected("extension/legible_colors.txt", [](const std::string& pair) {
+        const PaletteColor& text = named(pair.substr(0, pair.find(' ')));
+        const PaletteColor& ground = named(pair.substr(pair.rfind(' ') + 1));
+        const double least = std::min(contrast(text.dark, ground.dark), contrast(text.light, ground.light));
+        return least >= 4.5 ? "legible" : "too faint";
+    }));
 }
 
 TEST(ColorRecord, KeepsEveryBitAndTheNumberOfComponents) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <chrono>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -58,51 +59,27 @@ TEST(PerchRows, AnAssetWithoutAQuoteLeavesNoRowAndTheNextOneKeepsItsPlace) {
 
 TEST(PerchRows, TakeTheQuoteThatFitsTheAsset) {
     const TestRuntime runtime;
-    const std::string none = "none";
-    const struct {
-        const char* what;
-        DefaultMultiAssetsVM asset;
-        std::vector<QuoteText> quotes;
-        std::string price;
-    } cases[] = {
-        {"by id", assetOf("a", "b", "c"), {{"x", "a", "1"}, {"a", "x", "2"}}, "2.00"},
-        {"by symbol", assetOf("a", "b", "c"), {{"b", "x", "2"}}, "2.00"},
-        {"by scId", assetOf("a", "b", "c"), {{"c", "x", "2"}}, "2.00"},
-        {"no partial match, no other case", assetOf("a", "b", "c"), {{"A", "a", "1"}, {"ab", "", "2"}}, none},
-        {"one alone need not carry the price identifier",
-         assetOf("a", "", "", "p"),
-         {{"a", "x", "2"}},
-         "2.00"},
-        {"of several the one with the price identifier",
-         assetOf("a", "b", "c", "p"),
-         {{"a", "x", "1"}, {"c", "p", "2"}, {"b", "p", "3"}},
-         "2.00"},
-        {"the first of several with it, in the order of the wire",
-         assetOf("a", "b", "c", "p"),
-         {{"c", "x", "0"}, {"b", "p", "1"}, {"a", "p", "2"}, {"a", "p", "3"}},
-         "1.00"},
-        {"several of one name, the first",
-         assetOf("a", "", "", "p"),
-         {{"a", "p", "2"}, {"a", "x", "1"}},
-         "2.00"},
-        {"several of one name, the last",
-         assetOf("a", "", "", "p"),
-         {{"a", "x", "1"}, {"a", "p", "2"}},
-         "2.00"},
-        {"several without it", assetOf("a", "b", "c", "p"), {{"a", "x", "1"}, {"a", "y", "2"}}, ""},
-        {"a quote is counted once though two names fit",
-         assetOf("a", "a", "a", "p"),
-         {{"a", "x", "1"}},
-         "1.00"},
-        {"empty equals empty", assetOf("", "b", "c"), {{"", "x", "1"}}, "1.00"},
-        {"empty symbol is a name too", assetOf("a", "", "c", "p"), {{"", "p", "1"}, {"a", "x", "2"}}, "1.00"},
-        {"no quotes", assetOf("a"), {}, none},
+    const auto fieldsOf = [](const std::string& word) {
+        std::vector<std::string> fields{""};
+        for (const char character : word) {
+            if (character == '/')
+                fields.emplace_back();
+            else
+                fields.back() += character;
+        }
+        return fields;
     };
-    for (const auto& each : cases) {
-        const auto rows = makeRows(quotesOf(each.quotes), std::vector{each.asset}, runtime);
-        ASSERT_EQ(rows.size(), each.price == none ? 0U : 1U) << each.what;
-        for (const auto& row : rows) EXPECT_EQ(row.currentPrice, each.price) << each.what;
-    }
+    EXPECT_TRUE(tests::answersAsExpected("extension/perch_quotes.txt", [&](const std::string& input) {
+        std::istringstream words(input);
+        std::string word;
+        words >> word;
+        const auto asset = fieldsOf(word);
+        std::vector<QuoteText> quotes;
+        while (words >> word) quotes.push_back({fieldsOf(word)[0], fieldsOf(word)[1], fieldsOf(word)[2]});
+        const auto rows =
+            makeRows(quotesOf(quotes), std::vector{assetOf(asset[0], asset[1], asset[2], asset[3])}, runtime);
+        return rows.empty() ? "no row" : "\"" + rows.at(0).currentPrice + "\"";
+    }));
 }
 
 TEST(PerchRows, ARowWhoseQuoteIsUnclearHasEmptyPriceTexts) {
