@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 #include "extension/ui/common/dynamic_stack.h"
+#include "extension/ui/common/widget_divider.h"
 #include "extension/ui/common/widget_item_texts.h"
 #include "platform/view/view_json.h"
 
@@ -29,6 +30,12 @@ TEST(SharedElements, TurnAndChangeTheirSizeAndWeightInTheCompactForm) {
         return R"({"type":"text","runs":[{"text":"a","font":{"name":"system","size":)" + sizeAndWeight +
                R"("},"color":{"hex":"#336699","alpha":1}}],"lineLimit":1})";
     };
+    const auto divider = [](const char* inner, const char* outer) {
+        return std::string(R"({"type":"frame","height":)") + outer +
+               R"(,"alignment":"center","content":{"type":"frame","height":)" + inner +
+               R"(,"alignment":"center","content":{"type":"opacity","value":0.5,"content":)" +
+               R"({"type":"foregroundColor","color":{"hex":"#336699","alpha":1},"content":{"type":"divider"}}}}})";
+    };
     const struct {
         platform::View view;
         std::string json;
@@ -43,6 +50,8 @@ TEST(SharedElements, TurnAndChangeTheirSizeAndWeightInTheCompactForm) {
         {WidgetItemSubTitle{"a", ink, false}, text(R"(12,"weight":"regular)")},
         {WidgetItemSmallTitle{"a", ink, true}, text(R"(8,"weight":"regular)")},
         {WidgetItemSmallTitle{"a", ink, false}, text(R"(10,"weight":"regular)")},
+        {WidgetDivider{ink, true}.body(), divider("2", "4")},
+        {WidgetDivider{ink, false}.body(), divider("10", "10")},
     };
     for (const auto& [view, json] : cases) EXPECT_EQ(platform::viewJson(view).dump(), json);
 }
