@@ -91,7 +91,10 @@ std::map<std::string, std::vector<Section>> sectionsOn(int osVersion) {
                          .programs = BRIGHTLEDGER_PROGRAM_DIR,
                          .resources = BRIGHTLEDGER_PROGRAM_DIR "/resources",
                          .scale = 3};
-    options.process.osVersion = std::to_string(osVersion);
+    options.process = {.now = "2026-11-23T12:00:00+05:30",
+                       .osVersion = std::to_string(osVersion),
+                       .locale = "en_IN",
+                       .timeZone = "Asia/Kolkata"};
     options.drawn = [&](const SheetPicture& picture, const EntryAnswer& answer, const DisplayList& list) {
         auto& sections = (picture.isDark ? dark : light)[picture.kind];
         const Section entry{picture.state, masked(answerText(answer))};

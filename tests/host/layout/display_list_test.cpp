@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include "host/layout/display_list_text.h"
 #include "tests/host/layout/frames.h"
 
@@ -202,41 +201,6 @@ TEST(DisplayList, HonoursLinksInTheSmallFamilyFromVersion17On) {
         EXPECT_EQ(list.widgetURL, "a://last") << "the last in the tree wins";
     }
     EXPECT_EQ(listOf(square(red)).widgetURL, std::nullopt);
-}
-
-TEST(DisplayList, PrintsAsJson) {
-    const View root =
-        VStack({.spacing = 0}, Link("a://1", words("ab cd").lineLimit(3) + Text::image("Icon")),
-               Image(Bytes("PICTURE"), "Icon", {.isResizable = true}).frame({.width = 20, .height = 10}),
-               Image("Logo", {.isResizable = true})
-                   .aspectRatio(3.0, ContentMode::fill)
-                   .frame({.width = 20, .height = 10})
-                   .clipShape(4, RoundedCornerStyle::circular),
-               ZStack({}, square(red).opacity(0.5),
-                      RoundedRectangle({.cornerRadius = 6, .stroke = node::Stroke{.color = red}}))
-                   .frame({.height = 10})
-                   .opacity(0.5))
-            .containerBackground(ColorFill(navy))
-            .widgetURL("a://2");
-    const auto expected = nlohmann::ordered_json::parse(R"({
-        "kind": "NewsWidget", "family": "systemMedium", "size": {"width": 100, "height": 100},
-        "background": {"hex": "#1A1A21", "alpha": 1}, "widgetURL": "a://2",
-        "links": [{"url": "a://1", "frame": {"x": 35, "y": 30, "width": 30, "height": 10}}],
-        "items": [
-            {"kind": "text", "text": "ab cd", "frame": {"x": 35, "y": 30, "width": 30, "height": 10}, "opacity": 1,
-             "lineLimit": 3, "lines": 1,
-             "runs": [{"text": "ab cd", "font": {"name": "system", "size": 10, "weight": "regular"},
-                       "color": {"hex": "#FFFFFF", "alpha": 1}}, {"image": "Icon"}]},
-            {"kind": "image", "bytes": 7, "frame": {"x": 40, "y": 40, "width": 20, "height": 10}, "opacity": 1,
-             "cornerRadius": 0},
-            {"kind": "image", "name": "Logo", "frame": {"x": 35, "y": 50, "width": 30, "height": 10}, "opacity": 1,
-             "cornerRadius": 4,
-             "clips": [{"x": 40, "y": 50, "width": 20, "height": 10, "cornerRadius": 4}]},
-            {"kind": "fill", "color": {"hex": "#FF0000", "alpha": 1},
-             "frame": {"x": 45, "y": 60, "width": 10, "height": 10}, "opacity": 0.25, "cornerRadius": 0},
-            {"kind": "stroke", "color": {"hex": "#FF0000", "alpha": 1}, "lineWidth": 1,
-             "frame": {"x": 0, "y": 60, "width": 100, "height": 10}, "opacity": 0.5, "cornerRadius": 6}]})");
-    EXPECT_EQ(displayListJson(listOf(root)).dump(1), expected.dump(1));
 }
 
 }  // namespace
