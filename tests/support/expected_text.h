@@ -8,16 +8,26 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace tests {
 
+/// What stands between the separators: one part more than there are separators.
+inline std::vector<std::string> parts(const std::string& text, char separator) {
+    std::vector<std::string> found{""};
+    for (const char character : text) {
+        if (character == separator)
+            found.emplace_back();
+        else
+            found.back() += character;
+    }
+    return found;
+}
+
 inline std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    std::vector<std::string> lines = parts(text, '\n');
+    if (lines.back().empty()) lines.pop_back();
     return lines;
 }
 

@@ -17,6 +17,7 @@ namespace {
 
 using nlohmann::ordered_json;
 using tests::linesOf;
+using tests::parts;
 
 void appendMember(std::string& text, const std::string& indent, const std::string& name,
                   const ordered_json& value) {
@@ -53,17 +54,6 @@ std::string masked(const std::string& text) {
     static const std::regex port("127\\.0\\.0\\.1:[0-9]+");
     static const std::regex identifier("[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}");
     return std::regex_replace(std::regex_replace(text, port, "SERVICE"), identifier, "ID");
-}
-
-std::vector<std::string> parts(const std::string& text, char separator) {
-    std::vector<std::string> found{""};
-    for (const char character : text) {
-        if (character == separator)
-            found.emplace_back();
-        else
-            found.back() += character;
-    }
-    return found;
 }
 
 /// Two texts in one: words that differ become "light|dark".

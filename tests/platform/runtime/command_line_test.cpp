@@ -1,7 +1,6 @@
 #include "platform/runtime/command_line.h"
 
 #include <gtest/gtest.h>
-#include <sstream>
 #include <string>
 #include <vector>
 #include "tests/support/expected_text.h"
@@ -17,9 +16,7 @@ std::string joined(const std::vector<std::string>& words) {
 
 TEST(CommandLine, CommonOptionsAreTakenWhereverTheyStandAndTheRestStaysInOrder) {
     EXPECT_TRUE(tests::answersAsExpected("platform/command_lines.txt", [](const std::string& line) {
-        std::istringstream stream(line);
-        std::vector<std::string> words;
-        for (std::string word; stream >> word;) words.push_back(word);
+        std::vector<std::string> words = tests::parts(line, ' ');
         const auto options = takeProcessOptions(words);
         if (!options) return options.error().domain + ": " + options.error().message;
         return joined(arguments(*options)) + "; " + joined(words);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <cstdlib>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,11 +20,9 @@ std::string shown(const std::optional<Instant>& moment) {
 
 TEST(Calendar, FindsATimeOfTheLocalDay) {
     EXPECT_TRUE(tests::answersAsExpected("platform/times_of_day.txt", [](const std::string& input) {
-        std::istringstream words(input);
-        std::string zone, now;
-        int minutes = 0;
-        words >> zone >> now >> minutes;
-        return shown(Calendar(TimeZone{zone}).timeOnDay(instant(now), std::chrono::minutes(minutes)));
+        const auto words = tests::parts(input, ' ');
+        return shown(Calendar(TimeZone{words[0]})
+                         .timeOnDay(instant(words[1]), std::chrono::minutes(std::stoi(words[2]))));
     }));
 }
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <chrono>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -59,25 +58,17 @@ TEST(PerchRows, AnAssetWithoutAQuoteLeavesNoRowAndTheNextOneKeepsItsPlace) {
 
 TEST(PerchRows, TakeTheQuoteThatFitsTheAsset) {
     const TestRuntime runtime;
-    const auto fieldsOf = [](const std::string& word) {
-        std::vector<std::string> fields{""};
-        for (const char character : word) {
-            if (character == '/')
-                fields.emplace_back();
-            else
-                fields.back() += character;
-        }
-        return fields;
-    };
     EXPECT_TRUE(tests::answersAsExpected("extension/perch_quotes.txt", [&](const std::string& input) {
-        std::istringstream words(input);
-        std::string word;
-        words >> word;
-        const auto asset = fieldsOf(word);
+        std::optional<DefaultMultiAssetsVM> asset;
         std::vector<QuoteText> quotes;
-        while (words >> word) quotes.push_back({fieldsOf(word)[0], fieldsOf(word)[1], fieldsOf(word)[2]});
-        const auto rows =
-            makeRows(quotesOf(quotes), std::vector{assetOf(asset[0], asset[1], asset[2], asset[3])}, runtime);
+        for (const std::string& word : tests::parts(input, ' ')) {
+            const auto fields = tests::parts(word, '/');
+            if (asset)
+                quotes.push_back({fields[0], fields[1], fields[2]});
+            else
+                asset = assetOf(fields[0], fields[1], fields[2], fields[3]);
+        }
+        const auto rows = makeRows(quotesOf(quotes), std::vector{*asset}, runtime);
         return rows.empty() ? "no row" : "\"" + rows.at(0).currentPrice + "\"";
     }));
 }
@@ -97,13 +88,13 @@ TEST(PerchRows, ARowWhoseQuoteIsUnclearHasEmptyPriceTexts) {
 TEST(PerchRows, JoinWhatIsThereAndLeaveOutWhatIsNot) {
     const TestRuntime runtime;
     EXPECT_TRUE(tests::answersAsExpected("extension/perch_row_texts.txt", [&](const std::string& input) {
-        const std::size_t first = input.find(';'), last = input.rfind(';');
+        const auto fields = tests::parts(input, ';');
         DefaultMultiAssetsVM asset;
-        asset.exchg = input.substr(0, first);
+        asset.exchg = fields[0];
         MarketPackage_MultiAssetDataListItem quote;
         quote.set_disptime("12:00");
-        quote.set_change(input.substr(first + 1, last - first - 1));
-        quote.set_perchange(input.substr(last + 1));
+        quote.set_change(fields[1]);
+        quote.set_perchange(fields[2]);
         const PerchMultiAssetsVM row = makeRow(&quote, asset, 0, runtime);
         return row.exchgWithTime + "; " + row.changeWithPercent;
     }));
@@ -158,7 +149,7 @@ TEST(PerchDeepLinks, FollowTheKindOfTheAsset) {
     asset.indId = "9";
     asset.scId = "TS";
     EXPECT_TRUE(tests::answersAsExpected("extension/perch_links.txt", [&](const std::string& kind) {
-        asset.type = kind.substr(0, kind.find(' '));
+        asset.type = tests::parts(kind, ' ').front();
         asset.instrument = kind.substr(std::min(kind.size(), asset.type.size() + 1));
         return makeDeepLink(asset, 4);
     }));
