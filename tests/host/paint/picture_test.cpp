@@ -7,6 +7,7 @@
 #include <array>
 #include <random>
 #include "tests/host/paint/paint_samples.h"
+#include "tests/support/expected_text.h"
 
 namespace host {
 namespace {
@@ -212,48 +213,29 @@ TEST_F(PaintPictures, ThatAreDamagedAnywhereDoNoHarm) {
 }
 
 TEST_F(PaintPictures, TheWidgetsAssetsExistAndCanBeSeenOnTheirBackgrounds) {
-    struct Case {
-        std::string name;
-        Size size;
-        bool isOnLight;
-        bool isOnDark;
-    };
-    for (const Case& expected : std::vector<Case>{{"AppLogo", {120, 30}, true, true},
-                                                  {"logo", {20, 20}, true, true},
-                                                  {"Setting", {16, 16}, true, true},
-                                                  {"ArrowLight", {4, 8}, true, false},
-                                                  {"ArrowDark", {4, 8}, false, true},
-                                                  {"Placeholder", {75, 50}, true, true},
-                                                  {"Live", {13, 9}, true, true},
-                                                  {"Podcast", {16, 16}, true, true},
-                                                  {"Video", {16, 16}, true, true},
-                                                  {"PhotoGallery", {16, 16}, true, true},
-                                                  {"PortfolioLight", {24, 24}, true, false},
-                                                  {"PortfolioDark", {24, 24}, false, true}}) {
-        EXPECT_EQ(painter->measurer(3).asset(expected.name), expected.size) << expected.name;
-        for (const bool isDark : {false, true}) {
-            if (!(isDark ? expected.isOnDark : expected.isOnLight)) continue;
-            DisplayList list = emptyList(expected.size.width, expected.size.height, isDark ? night : white);
-            const Pixels before(painter->png(list, 3).value());
-            add(list, asset(expected.name),
-                {.x = 0, .y = 0, .width = expected.size.width, .height = expected.size.height});
-            const Pixels after(painter->png(list, 3).value());
-            int different = 0;
-            for (int y = 0; y < after.height(); ++y) {
-                for (int x = 0; x < after.width(); ++x) {
-                    const bool isSeen = std::ranges::any_of(std::array{0, 8, 16}, [&](int shift) {
-                        return std::abs(Pixels::part(after.at(x, y), shift) -
-                                        Pixels::part(before.at(x, y), shift)) > 48;
-                    });
-                    if (isSeen) ++different;
-                }
+    const auto isSeen = [&](const ImageItem& image, Size size, bool isDark) {
+        DisplayList list = emptyList(size.width, size.height, isDark ? night : white);
+        const Pixels before(painter->png(list, 3).value());
+        add(list, image, {.x = 0, .y = 0, .width = size.width, .height = size.height});
+        const Pixels after(painter->png(list, 3).value());
+        int different = 0;
+        for (int y = 0; y < after.height(); ++y) {
+            for (int x = 0; x < after.width(); ++x) {
+                different += std::ranges::any_of(std::array{0, 8, 16}, [&](int shift) {
+                    return std::abs(Pixels::part(after.at(x, y), shift) -
+                                    Pixels::part(before.at(x, y), shift)) > 48;
+                });
             }
-            EXPECT_GT(different, after.width() * after.height() / 20)
-                << expected.name << (isDark ? " on dark" : "");
         }
-    }
-    EXPECT_EQ(painter->measurer(3).asset("NoSuchAsset"), std::nullopt);
-    EXPECT_EQ(painter->measurer(3).asset("../assets/logo"), std::nullopt);
+        return different > after.width() * after.height() / 20;
+    };
+    EXPECT_TRUE(tests::answersAsExpected("paint/assets.txt", [&](const std::string& name) -> std::string {
+        const auto size = painter->measurer(3).asset(name);
+        if (!size) return "missing";
+        return testing::PrintToString(size->width) + "x" + testing::PrintToString(size->height) +
+               (isSeen(asset(name), *size, false) ? ", seen on light" : "") +
+               (isSeen(asset(name), *size, true) ? ", seen on dark" : "");
+    }));
 }
 
 }  // namespace
