@@ -93,7 +93,7 @@ TEST(ColorRecord, KeepsEveryBitAndTheNumberOfComponents) {
     }
 }
 
-TEST(ColorRecord, IsNothingWhenItIsNoRecord) {
+TEST(ColorRecord, IsNothingWhenItIsNotARecord) {
     const std::string gray(encodedColor(Color::gray()).data()->view());
     const std::string notANumber(encodedColor(Color::white(std::nan(""), 1.0)).data()->view());
     const struct {

@@ -39,7 +39,7 @@ void write(const fs::path& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
 }
 
-/// The gallery that all tests read and none changes.
+/// The gallery that all tests read and that no test changes.
 const fs::path& gallery() {
     static const tests::TemporaryDirectory directory;
     static const platform::Result<SheetOutcome> outcome = drawStateSheet(optionsFor(directory.path()));
@@ -180,8 +180,8 @@ TEST(Comparison, IgnoresOneStepOfAChannel) {
     EXPECT_TRUE(looksLike(grey(101, 10), grey(100, 10)));
     EXPECT_FALSE(looksLike(grey(100, 10), grey(102, 10)));
     EXPECT_FALSE(looksLike(grey(100, 10), grey(100, 11)));
-    EXPECT_FALSE(looksLike(grey(100, 10), "no picture"));
-    EXPECT_TRUE(looksLike("no picture", "no picture"));
+    EXPECT_FALSE(looksLike(grey(100, 10), "not a picture"));
+    EXPECT_TRUE(looksLike("not a picture", "not a picture"));
 }
 
 }  // namespace

@@ -146,7 +146,7 @@ TEST(DisplayList, CutsWhatOverflowsAndRoundsWhatFits) {
     EXPECT_THAT(lines(listOf(words("abcd").body().fixedSize(true, true).frame({.width = 10}).clipped())),
                 ElementsAre(R"(text "abcd" 40,45 20x10 system 10 #000000 within 45,45 10x10)"));
     EXPECT_THAT(lines(listOf(square(red).padding(5).clipped())), ElementsAre("fill #FF0000 45,45 10x10"))
-        << "a cut around the whole of it is none";
+        << "a cut around the whole of it changes nothing";
 }
 
 TEST(DisplayList, CutsAColumnAtTheFootOfItsLastWholeChild) {
@@ -164,8 +164,8 @@ TEST(DisplayList, CutsAColumnAtTheFootOfItsLastWholeChild) {
     const View row = words("row");
     EXPECT_DOUBLE_EQ(cutFoot(40, {row, row, row, row}), 28) << "3 + 10 + 5 + 10";
     EXPECT_DOUBLE_EQ(cutFoot(40, {Group({row, row}), row}), 28);
-    EXPECT_DOUBLE_EQ(cutFoot(8, {row, row}), 8) << "where none stands whole the cut stays";
-    EXPECT_DOUBLE_EQ(cutFoot(40, {row, row}), 40) << "and where all do";
+    EXPECT_DOUBLE_EQ(cutFoot(8, {row, row}), 8) << "where no child fits, the cut stays";
+    EXPECT_DOUBLE_EQ(cutFoot(40, {row, row}), 40) << "and where all fit";
 }
 
 TEST(DisplayList, ListsLinksByTheirLabelsFramesWithinAllCuts) {

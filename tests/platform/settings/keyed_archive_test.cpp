@@ -31,7 +31,7 @@ TEST(KeyedArchives, GiveTheObjectsThatWereArchived) {
         {"older", Dictionary{{"one", 1}, {"two", true}}},
         {"shared", Array{data, data, *parseInstant("2001-01-01T00:00:00.5Z")}},
         {"hinted", Array{}},
-        {"text alone", "just a text"},
+        {"text only", "just a text"},
     };
     for (const auto& [name, expected] : cases) {
         const auto object = sample(folder, name);
@@ -64,7 +64,7 @@ TEST(KeyedArchives, MayBeWrittenInXml) {
     EXPECT_EQ(*object, "text");
 }
 
-TEST(KeyedArchives, OfOursAreReadByUsAndByAnotherMaker) {
+TEST(KeyedArchives, ThatWeWriteAreReadByUsAndByAnotherMaker) {
     const PropertyList root = Dictionary{{"name", "रुपया"},
                                          {"count", 3},
                                          {"share", 0.25},

@@ -70,7 +70,7 @@ TEST(PropertyLists, OfAnotherMakerAreReadInBothFormats) {
     EXPECT_EQ(identifiers->array()->back(), (Dictionary{{"CF$UID", std::int64_t{1} << 40}}));
 }
 
-TEST(PropertyLists, OfOursAreReadByAnotherMaker) {
+TEST(PropertyLists, ThatWeWriteAreReadByAnotherMaker) {
     const TemporaryDirectory folder;
     const auto xml = xmlPropertyList(everything());
     ASSERT_TRUE(xml);

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Property lists of another maker: writes samples into a folder, or checks a file of ours.
+"""Property lists of another maker: writes samples into a folder, or checks a file that we wrote.
 
 usage: property_lists.py make FOLDER
        property_lists.py make-hostile FOLDER
@@ -89,7 +89,7 @@ ARCHIVES = {
         {"$class": UID(2), "NS.objects": []},
         {"$classname": "OurOwnArray", "$classes": ["OurOwnArray", "NSArray", "NSObject"],
          "$classhints": ["NSArray"]}]),
-    "text alone": archive(["just a text"]),
+    "text only": archive(["just a text"]),
     "cycle": archive([{"$class": UID(2), "NS.objects": [UID(1)]}, described("NSArray")]),
     "longer cycle": archive([{"$class": UID(3), "NS.objects": [UID(2)]},
                              {"$class": UID(3), "NS.objects": [UID(1)]}, described("NSArray")]),
@@ -98,11 +98,11 @@ ARCHIVES = {
     "unknown class": archive([{"$class": UID(2), "NS.objects": []}, described("SomeView")]),
     "no class": archive([{"NS.objects": []}]),
     "uneven": archive([{"$class": UID(3), "NS.keys": [UID(2)], "NS.objects": []}, "key", MUTABLE]),
-    "key no text": archive([{"$class": UID(3), "NS.keys": [UID(2)], "NS.objects": [UID(2)]}, 5, MUTABLE]),
+    "key not a text": archive([{"$class": UID(3), "NS.keys": [UID(2)], "NS.objects": [UID(2)]}, 5, MUTABLE]),
     "holds nothing": archive([{"$class": UID(2), "NS.objects": [UID(0)]}, described("NSArray")]),
     "wrong string": archive([{"$class": UID(2), "NS.string": 5}, described("NSMutableString", "NSString")]),
     "date of text": archive([{"$class": UID(2), "NS.time": "0.5"}, described("NSDate")]),
-    "date of no number": archive([{"$class": UID(2), "NS.time": float("nan")}, described("NSDate")]),
+    "date not a number": archive([{"$class": UID(2), "NS.time": float("nan")}, described("NSDate")]),
     "date without time": archive([{"$class": UID(2)}, described("NSDate")]),
     "root nothing": archive([], root=UID(0)),
     "root no identifier": archive(["text"], root="text"),

@@ -134,7 +134,7 @@ TEST(ASettingsStore, ShowsAWriteAtOnceToEverybodyAndTellsOfTheWritesOfOthers) {
     EXPECT_EQ(*app->object("theme"), PropertyList(2));
 }
 
-TEST(ASettingsStore, IsMadeByOneOfManyWhoComeAtOnceAndStay) {
+TEST(ASettingsStore, IsMadeByOneOfManyThatOpenItAtOnce) {
     const TemporaryDirectory directory;
     std::barrier meeting(8);
     std::vector<std::future<bool>> visits;
@@ -192,7 +192,7 @@ TEST(ASettingsStore, KeepsATransactionWhollyOrNotAtAll) {
 
 TEST(ASettingsStore, LosesNoStepWhenProcessesCountTogether) {
     const TemporaryDirectory folder;
-    // They also make the store inTransaction: none of them finds it there.
+    // They also make the store together: it does not exist before.
     EXPECT_TRUE(inChildren(6, [&](int) {
         const auto store = UserDefaults::open(folder.path(), suite);
         if (!store) return false;
@@ -260,7 +260,7 @@ TEST(ASettingsStore, IsNotSharedAcrossAFork) {
     EXPECT_EQ(opened(folder.path())->dictionaryRepresentation()->size(), 2U);
 }
 
-TEST(ASettingsStore, OfAnotherNameIsAnotherStoreAndSomeNamesAreNone) {
+TEST(ASettingsStore, OfAnotherNameIsAnotherStoreAndSomeNamesAreRefused) {
     const TemporaryDirectory folder;
     ASSERT_TRUE(opened(folder.path())->set("a", 1));
     EXPECT_EQ(*UserDefaults::open(folder.path(), "group.other").value()->object("a"), std::nullopt);
@@ -329,7 +329,7 @@ TEST(ASettingsStore, ThatIsDamagedIsNeverTakenForAnEmptyOne) {
         {"empty", ""},
         {"cut in the first page", whole.substr(0, 1000)},
         {"half", whole.substr(0, whole.size() / 2)},
-        {"text", "this is no database, but a text that somebody put here"},
+        {"text", "this is not a database but a text that somebody put here"},
         {"zeros", std::string(whole.size(), '\0')},
     };
     for (std::size_t page = 0; page < whole.size() / 4096; page += 3) {
@@ -409,7 +409,7 @@ TEST(Repair, SetsADamagedStoreAsideAndANewOneTakesItsPlace) {
     EXPECT_EQ(*opened(folder.path())->object("a"), PropertyList(1));
 
     std::vector<fs::path> places;
-    for (const char* content : {"no database at all", ""}) {
+    for (const char* content : {"not a database", ""}) {
         writeFile(file, content);
         writeFile(beside(file, "-wal"), "log");
         chmod(file.c_str(), 0644);
@@ -423,7 +423,7 @@ TEST(Repair, SetsADamagedStoreAsideAndANewOneTakesItsPlace) {
         EXPECT_TRUE(opened(folder.path())->dictionaryRepresentation()->empty());
     }
     EXPECT_NE(places[0], places[1]);
-    EXPECT_EQ(contentOf(places[0]), "no database at all");
+    EXPECT_EQ(contentOf(places[0]), "not a database");
 }
 
 TEST(Repair, LeavesAStoreThatSomebodyUsesWhereItIs) {

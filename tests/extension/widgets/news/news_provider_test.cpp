@@ -133,8 +133,8 @@ TEST(NewsAddress, IsTheWebHostsUnlessTheAppHasPutAnotherInItsPlace) {
          archived(PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}, {"more", 1}}), false},
         {"an empty dictionary", archived(PropertyList::Dictionary{}), false},
         {"a text", archived("http://other/feed"), false},
-        {"no archive", Bytes("http://other/feed"), false},
-        {"no data", "http://other/feed", false},
+        {"not an archive", Bytes("http://other/feed"), false},
+        {"not data", "http://other/feed", false},
         {"a plain dictionary", PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}}, false},
     };
     const TestRuntime runtime{{.webHost = "http://web.invalid"}};
@@ -171,21 +171,21 @@ TEST(NewsStories, WithoutAnyMemberAreStillItems) {
 
 TEST(NewsThumbnails, AreReadOneAfterAnotherAndKeptAsTheyCome) {
     LoopbackServer service;
-    service.answer("/picture", {.body = "no picture at all", .delay = 50ms});
+    service.answer("/picture", {.body = "not a picture", .delay = 50ms});
     service.answer("/missing", {.status = 404, .body = "missing"});
     service.answer("/large", {.body = std::string((2U << 20) + 1, 'x')});
     const auto withThumbnail = [](const std::string& url) { return json{{"thumbnail", url}}; };
     service.answer(rankingTarget, {.body = document({withThumbnail(service.origin() + "/picture"),
                                                      withThumbnail(service.origin() + "/missing"),
                                                      withThumbnail(service.origin() + "/large"),
-                                                     withThumbnail(""), withThumbnail("no address")})});
+                                                     withThumbnail(""), withThumbnail("not an address")})});
     const TestRuntime runtime{{.webHost = service.origin()}};
 
     const NewsTimelineEntry entry = entryOf(runtime);
     ASSERT_THAT(entry.newsUIVM, SizeIs(5));
-    EXPECT_EQ(entry.newsUIVM[0].thumbnailData, Bytes("no picture at all"));
+    EXPECT_EQ(entry.newsUIVM[0].thumbnailData, Bytes("not a picture"));
     for (std::size_t i = 1; i < 5; ++i) EXPECT_FALSE(entry.newsUIVM[i].thumbnailData) << i;
-    EXPECT_EQ(entry.newsUIVM[4].thumbnailUrl, "no address");
+    EXPECT_EQ(entry.newsUIVM[4].thumbnailUrl, "not an address");
 
     // The cut of the large one costs its connection; a warm process opens no other.
     const int connections = service.connectionCount();

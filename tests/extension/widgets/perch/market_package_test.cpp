@@ -55,7 +55,7 @@ TEST(QuoteMessage, AnyFaultFailsTheWholeMessage) {
         {"a length beyond the end", good + "\x12\x7f"},
         {"field number 0", good + "\x02\x00"s},
         {"the end of a group that never began", good + "\x4c"},
-        {"text that is no UTF-8", infoOf(message(4, "\xff\xfe"))},
+        {"text that is not UTF-8", infoOf(message(4, "\xff\xfe"))},
         {"half a surrogate pair", infoOf(message(2, "\xed\xa0\x80"))},
         {"success as text", good + message(1, "1")},
         {"data as a number", "\x10\x01"},

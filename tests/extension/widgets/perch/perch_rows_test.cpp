@@ -100,7 +100,7 @@ TEST(PerchRows, JoinWhatIsThereAndLeaveOutWhatIsNot) {
     }));
 }
 
-TEST(PerchRows, AreAProfitOrALossByTheDirectionAlone) {
+TEST(PerchRows, AreAProfitOrALossByTheDirectionOnly) {
     const TestRuntime runtime;
     EXPECT_TRUE(tests::answersAsExpected("extension/perch_directions.txt", [&](const std::string& direction) {
         MarketPackage_MultiAssetDataListItem quote;

@@ -70,7 +70,7 @@ TEST(SavedRows, ComeBackAsTheyWere) {
     EXPECT_EQ(decodeRows("[]"), std::vector<PortfolioWidgetVM>{});
 }
 
-TEST(SavedRows, DamagedOnesAreNone) {
+TEST(SavedRows, ThatAreDamagedAreRefused) {
     const json row = json::parse(R"({"id":"5A0E7C5E-90C1-4DA9-8B0C-4F4B8A6F1D11","title":"t","value":"v",
                                      "isTrailing":false,"percentage":""})");
     EXPECT_TRUE(decodeRows(json{row}.dump()));

@@ -59,7 +59,7 @@ TEST(PortfolioRequest, IsTheStoredAddressWithTheUsersItemsAsTheyStand) {
     EXPECT_FALSE(runtime.logged("user7"));
 }
 
-TEST(PortfolioRequest, IsNotSentForWhoIsNotSignedIn) {
+TEST(PortfolioRequest, IsNotSentWhileNobodyIsSignedIn) {
     const std::vector<std::pair<std::string_view, std::optional<PropertyList>>> flaws{
         {keys::token, std::nullopt},         {keys::token, ""},       {keys::token, 123},
         {keys::userId, std::nullopt},        {keys::userId, ""},      {keys::userId, 7.5},
