@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 #include "platform/runtime/command_line.h"
+#include "platform/text/calendar.h"
 #include "tests/support/expected_text.h"
 #include "tests/support/temporary_directory.h"
 
@@ -65,6 +66,15 @@ TEST(ProcessOptions, BeatTheirVariablesWhichBeatTheSystem) {
                made->locale.identifier + ", " + made->timeZone.identifier + ", " +
                (made->now ? formatInstant(*made->now) : "the system's clock") + (made->log ? ", log" : "");
     }));
+}
+
+TEST(ProcessOptions, KeepTheSystemsZoneWhenTZNamesNone) {
+    const auto zoneWith = [](const std::vector<std::pair<std::string, std::string>>& values) {
+        const Variables variables(values);
+        return systemTimeZone();
+    };
+    for (const char* value : {"", "Mars/Olympus", "../../../etc/hostname", "Asia", "zone.tab", "Factory"})
+        EXPECT_EQ(zoneWith({{"TZ", value}}), zoneWith({})) << value;
 }
 
 TEST(ProcessOptions, NameABundleThatMustBeThereUnlikeTheInstalledOne) {

@@ -1,7 +1,6 @@
 #include "platform/text/calendar.h"
 
 #include <gtest/gtest.h>
-#include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
@@ -82,57 +81,6 @@ TEST(ParseDay, TakesARealDayAndNothingAroundIt) {
         const auto day = parseDay(text);
         return day ? shown(Calendar(TimeZone{"UTC"}).midnight(*day)).substr(0, 10) : "nothing";
     }));
-}
-
-/// Sets one variable for a test and puts the old value back.
-class Variable {
-public:
-    Variable(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) old_ = old;
-        set(value);
-    }
-    ~Variable() { set(old_ ? old_->c_str() : nullptr); }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-private:
-    void set(const char* value) { value ? setenv(name_, value, 1) : unsetenv(name_); }
-
-    const char* name_;
-    std::optional<std::string> old_;
-};
-
-TEST(SystemSettings, TheZoneIsTheOneThatTZNames) {
-    for (const char* value :
-         {"Asia/Tokyo", ":Asia/Tokyo", "/usr/share/zoneinfo/Asia/Tokyo", "posix/Asia/Tokyo"}) {
-        const Variable zone("TZ", value);
-        EXPECT_EQ(systemTimeZone(), TimeZone{"Asia/Tokyo"}) << value;
-    }
-    const TimeZone withoutVariable = [] {
-        const Variable zone("TZ", nullptr);
-        return systemTimeZone();
-    }();
-    for (const char* value : {"", "Mars/Olympus", "../../../etc/hostname", "Asia", "zone.tab", "Factory"}) {
-        const Variable zone("TZ", value);
-        EXPECT_EQ(systemTimeZone(), withoutVariable) << value;
-    }
-}
-
-TEST(SystemSettings, TheLocaleIsTheOneOfTheMessagesAndEnglishForProgrammers) {
-    const struct {
-        const char* all;
-        const char* lang;
-        const char* identifier;
-    } cases[] = {
-        {nullptr, "en_IN.UTF-8", "en_IN"}, {"hi_IN", "en_IN", "hi_IN"},   {"", "mr_IN", "mr_IN"},
-        {nullptr, "de_DE@euro", "de_DE"},  {"C.UTF-8", "en_IN", "en_US"}, {nullptr, "POSIX", "en_US"},
-        {nullptr, nullptr, "en_US"},       {nullptr, ".UTF-8", "en_US"},
-    };
-    for (const auto& [allValue, langValue, identifier] : cases) {
-        const Variable all("LC_ALL", allValue);
-        const Variable lang("LANG", langValue);
-        EXPECT_EQ(systemLocale(), Locale{identifier});
-    }
 }
 
 }  // namespace
