@@ -39,7 +39,7 @@ std::optional<PropertyList::Array> prunedFutures(const std::optional<PropertyLis
 void pruneExpiredFutures(const platform::Runtime& runtime) {
     const auto defaults = sharedDefaults(runtime);
     if (!defaults) return;
-    // A look without the write lock first: most of the time there is nothing to do.
+    // Looks without the write lock first, since mostly there is nothing to do.
     const auto stored = (*defaults)->object(keys::futureWidget);
     if (!stored || !prunedFutures(*stored, runtime)) return;
 

@@ -11,8 +11,8 @@ namespace extension {
 /// midnight at the start of that day, in the device's zone, is still to come.
 bool isUnexpiredFuture(const platform::PropertyList::Dictionary& future, const platform::Runtime& runtime);
 
-/// Removes the expired contracts from the chosen futures. Writes only when there is one; leaves what
-/// is no array of dictionaries, and a store that cannot be read, as it is. Any thread.
+/// Removes the expired contracts from the chosen futures. Writes only when there is one; leaves a
+/// value that is not an array of dictionaries, and a store that cannot be read, as it is. Any thread.
 void pruneExpiredFutures(const platform::Runtime& runtime);
 
 class WidgetHelper {

@@ -23,8 +23,8 @@ public:
     void getSnapshot(const platform::TimelineProviderContext& context,
                      std::function<void(NewsTimelineEntry)> completion);
 
-    /// Wants to be asked again 30 seconds after the call, whatever comes. Fatal when the calendar cannot
-    /// tell that moment.
+    /// Wants to be asked again 30 seconds after the call, whatever the answer. Fatal when the calendar cannot
+    /// give that moment.
     void getTimeline(const platform::TimelineProviderContext& context,
                      std::function<void(platform::Timeline<NewsTimelineEntry>)> completion);
 
