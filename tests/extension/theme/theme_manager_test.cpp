@@ -239,6 +239,7 @@ TEST(ThemeManager, ItsObservableThemeIsZeroUntilItIsSetAndTellsThoseWhoStillObse
     phone.themes.setSelectedThemeType(1);
     EXPECT_EQ(manager.currentSelectedThemeType.get(), 0);
     manager.currentSelectedThemeType.set(2);
+    EXPECT_EQ(manager.currentSelectedThemeType.get(), 2);
     {
         const auto second = manager.currentSelectedThemeType.observe(note);
         manager.currentSelectedThemeType.set(3);
