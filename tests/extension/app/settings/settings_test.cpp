@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <fstream>
 #include <string>
 #include <vector>
 #include "extension/app/settings/build_flags.h"
