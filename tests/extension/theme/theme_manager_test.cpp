@@ -230,7 +230,7 @@ TEST(ThemeManager, AStoreThatCannotBeOpenedIsDarkWithGrayColours) {
     EXPECT_EQ(phone.themes.currentTheme()->textColor(), Color::gray());
 }
 
-TEST(ThemeManager, ItsObservableThemeIsZeroUntilItIsSetAndTellsThoseWhoStillObserve) {
+TEST(ThemeManager, ItsObservableTypeIsZeroUntilItIsSetAndTellsItsObservers) {
     ThemedPhone phone;
     ThemeManager manager;
     std::vector<std::int64_t> seen;

@@ -11,7 +11,7 @@ using namespace platform;
 
 std::string nested(int levels) { return std::string(levels, '[') + std::string(levels, ']'); }
 
-/// Whether the document is right although nobody asks for anything in it.
+/// Whether the document is accepted when nobody asks for anything in it.
 bool isSkipped(const std::string& document) {
     JSONReader reader(document);
     reader.skip();
@@ -28,7 +28,7 @@ struct Sample {
     }
 };
 
-TEST(JsonReader, RefusesWhatIsNotWhollyOneDocumentAlsoWhereItIsSkipped) {
+TEST(JsonReader, RefusesWhatIsNotOneWellFormedDocument) {
     std::vector<std::string> documents{"",
                                        std::string("{}\0rubbish", 10),
                                        std::string("{}\0", 3),
@@ -69,7 +69,7 @@ TEST(JsonReader, SkipsWhatIsWellFormedWhateverItSays) {
     }
 }
 
-TEST(JsonReader, ReadsWhatIsAskedForStrictly) {
+TEST(JsonReader, IsStrictAboutWhatIsAskedFor) {
     const auto sample = decodedJSON<Sample>(R"({"x":1e400, "t\u0069tle":"\ud83d\ude00 \"", "count":null})");
     ASSERT_TRUE(sample);
     EXPECT_EQ(sample->title, "😀 \"");

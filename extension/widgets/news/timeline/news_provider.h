@@ -15,7 +15,7 @@ public:
     using Entry = NewsTimelineEntry;
 
     /// `runtime` must outlive the provider and its fetches.
-    explicit NewsProvider(const platform::Runtime& runtime) : runtime_(runtime), newsViewModel_(runtime) {}
+    explicit NewsProvider(const platform::Runtime& runtime) : newsViewModel(runtime), runtime_(runtime) {}
 
     /// Always the empty entry, at once; the answer of the request that it starts is not used.
     NewsTimelineEntry placeholder(const platform::TimelineProviderContext& context);
@@ -28,9 +28,10 @@ public:
     void getTimeline(const platform::TimelineProviderContext& context,
                      std::function<void(platform::Timeline<NewsTimelineEntry>)> completion);
 
+    NewsViewModel newsViewModel;
+
 private:
     const platform::Runtime& runtime_;
-    NewsViewModel newsViewModel_;
 };
 
 }  // namespace extension

@@ -33,8 +33,7 @@ public:
     void getTimeline(const platform::TimelineProviderContext& context,
                      std::function<void(platform::Timeline<PWTimelineEntry>)> completion);
 
-private:
-    const std::shared_ptr<PWViewModel> pwViewModel;
+    std::shared_ptr<PWViewModel> pwViewModel;
 };
 
 }  // namespace extension

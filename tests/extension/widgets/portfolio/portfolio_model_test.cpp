@@ -56,7 +56,7 @@ TEST(PortfolioDocument, AMemberOfAnotherTypeFailsItWhole) {
     }
 }
 
-TEST(PortfolioDocument, IsWrittenAgainWithoutWhatIsAbsentWholeAndInParts) {
+TEST(PortfolioDocument, IsWrittenWithoutAbsentMembersAsAWholeAndInParts) {
     PortfolioDataModel portfolio{Portfoliosummary{NetworthDetails{}}};
     portfolio.portfoliosummary->networthDetails->name = "Main";
     EXPECT_EQ(platform::encodedJSON(portfolio).dump(),
