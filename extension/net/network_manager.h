@@ -22,7 +22,7 @@ public:
     NetworkManager(const NetworkManager&) = delete;
     NetworkManager& operator=(const NetworkManager&) = delete;
 
-    /// The one of this process.
+    /// The one of this process. Called by the phone app; nothing here does.
     static NetworkManager& shared();
 
     /// Calls `completion` exactly once: with the body of an answer of status 200, or with an error of

@@ -30,7 +30,7 @@ public:
     PriceRefreshManagerNative(const PriceRefreshManagerNative&) = delete;
     PriceRefreshManagerNative& operator=(const PriceRefreshManagerNative&) = delete;
 
-    /// The one of this process.
+    /// The one of this process. Called by the phone app; nothing here does.
     static PriceRefreshManagerNative& shared();
 
     /// Identifiers go out in their order and as they are. Without any, nothing is sent and nothing

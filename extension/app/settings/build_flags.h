@@ -18,7 +18,7 @@ struct BuildFlags {
 /// From the entries "ENVIRONMENT" (exactly "staging" is staging, everything else is production) and
 /// "AD_TEST_MODE" (exactly "TRUE").
 BuildFlags buildFlags(const platform::BundleInformation& bundle);
-/// Those of this process, read once.
+/// Those of this process, read once. Called by the phone app; nothing here does.
 const BuildFlags& buildFlags();
 
 // Origins with their scheme and without a trailing slash; empty when the bundle names none, so that

@@ -35,7 +35,4 @@ using ThumbnailReader = std::function<std::optional<platform::Bytes>(const platf
 NewsUIVM makeNewsUIVM(const NewsDetails& story, platform::IdSource& ids,
                       const ThumbnailReader& readThumbnail);
 
-/// The link into the phone app: "brightledgerwidget://news/?url=...&articleType=...&storyId=...&isArticle=1".
-std::string storyLink(const NewsDetails& story);
-
 }  // namespace extension
