@@ -12,7 +12,7 @@ using platform::Bytes;
 using platform::HTTPResponse;
 using platform::Result;
 
-/// Far more than any document of the service holds, and little beside the memory that a widget has.
+/// Far more than any document of the service has, and little compared with the memory of a widget.
 constexpr std::size_t largestAnswer = 1U << 20;
 
 /// In lower case, which is what the service receives and expects.
@@ -51,7 +51,7 @@ bool NetworkManager::sendRequest(const std::string& urlString, RequestMethod met
             request.body = Bytes(*std::move(body));
         }
     }
-    // A session of its own, so that a completion that takes its time keeps no other one waiting.
+    // Its own session, so that a slow completion does not hold up another one.
     platform::URLSession session(runtime_.urls());
     session.dataTask(std::move(request), [completion = std::move(completion)](Result<HTTPResponse> response) {
         completion(bodyOf(std::move(response)));

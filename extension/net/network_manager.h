@@ -1,7 +1,6 @@
 #pragma once
 
-// The one HTTP client of the widgets: it knows the settings that all requests share and nothing of
-// what they carry.
+// The one HTTP client of the widgets. It knows the settings that all requests share, but not what they carry.
 
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
@@ -23,16 +22,16 @@ public:
     NetworkManager(const NetworkManager&) = delete;
     NetworkManager& operator=(const NetworkManager&) = delete;
 
-    /// The process's own.
+    /// The one of this process. Called by the phone app; nothing here does.
     static NetworkManager& shared();
 
     /// Calls `completion` exactly once: with the body of an answer of status 200, or with an error of
     /// the URL domain. Answers whether a request is under way. If not, badURL has been handed over on this
-    /// thread; everything else comes on a background queue of the request's own. Any other status and an
+    /// thread; everything else comes on the request's own background queue. Any other status and an
     /// empty body are badServerResponse; 60 seconds without data are timedOut, and a body above 1 MiB is
     /// dataLengthExceedsMaximum.
     ///
-    /// `parameters` become the body as JSON; what JSON cannot hold (numbers that are not finite, text
+    /// `parameters` become the body as JSON; what JSON cannot express (numbers that are not finite, text
     /// that is not UTF-8) leaves the request without a body.
     bool sendRequest(const std::string& urlString, RequestMethod method,
                      const std::optional<nlohmann::json>& parameters,

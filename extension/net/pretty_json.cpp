@@ -11,10 +11,10 @@ using nlohmann::json;
 
 void append(std::string& text, const json& value, int level);
 
-/// Throws for what JSON cannot hold.
+/// Throws for what JSON cannot express.
 void appendLeaf(std::string& text, const json& value) {
     const bool isEndless = value.is_number_float() && !std::isfinite(value.get<double>());
-    if (isEndless || value.is_binary() || value.is_discarded()) throw std::domain_error("no JSON value");
+    if (isEndless || value.is_binary() || value.is_discarded()) throw std::domain_error("not a JSON value");
     for (const char c : value.dump()) {
         if (c == '/') text += '\\';
         text += c;

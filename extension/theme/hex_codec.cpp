@@ -69,7 +69,7 @@ std::string hexString(const Color& color) {
     if (components.size() < 3)
         platform::fatalError("the hex text of a colour with fewer than three components");
 
-    // A component may lie outside of 0 to 1, and its text is then longer.
+    // A component may be outside of 0 to 1, which makes the text longer.
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "#%02lX%02lX%02lX",
                   static_cast<unsigned long>(channel(components[0])),

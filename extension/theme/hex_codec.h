@@ -10,8 +10,8 @@
 namespace extension {
 
 /// "#2dc300", "2DC300" or "  #2dc300\n" as an opaque colour. The platform's gray for an absent text and
-/// for any other length ("#FFF", "#FF9D00AA"). Digits count up to the first that is none: "12G456" is
-/// 0x12. Selector `colorFromHexString:`.
+/// for any other length ("#FFF", "#FF9D00AA"). Digits count up to the first character that is not one:
+/// "12G456" is 0x12. Selector `colorFromHexString:`.
 platform::Color colorFromHexString(std::optional<std::string_view> text);
 
 /// The same with an alpha of 0 to 1; gray stays opaque. Selector `colorFromHexStringAndOpacity:alpha:`.

@@ -21,10 +21,10 @@ struct PaletteColor {
 /// All 211, in the order of `palette.def`.
 std::span<const PaletteColor> palette();
 
-/// A colour without loss: its components as little-endian doubles, eight bytes each, and no bytes for a
+/// A colour, without loss: its components as little-endian doubles, eight bytes each, and no bytes for a
 /// colour without components.
 platform::PropertyList encodedColor(const platform::Color& color);
-/// Nothing when the value is no such record.
+/// Nothing when the value is not such a record.
 std::optional<platform::Color> decodedColor(const std::optional<platform::PropertyList>& value);
 
 /// Stores a colour under `name`; an absent one removes the key.

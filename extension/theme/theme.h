@@ -13,8 +13,8 @@
 
 namespace extension {
 
-/// The 211 colours as they stood in the store at one moment; gray where the store holds none. There is
-/// one function for each colour, by its name. Immutable; any thread.
+/// The 211 colours as the store held them at one moment; gray where it holds none. Each colour has a
+/// function of its name. Immutable; any thread.
 class Theme {
 public:
     explicit Theme(const platform::Runtime& runtime);

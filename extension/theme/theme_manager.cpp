@@ -34,7 +34,7 @@ Result<void> chooseThemeType(Transaction& store, std::int64_t number, const plat
     return written ? applyThemeType(store, themeTypeOf(choice), runtime) : written;
 }
 
-/// Dark for the first time, or once more what was chosen.
+/// Dark the first time, otherwise again what was chosen.
 Result<void> chooseDefault(Transaction& store, const platform::Runtime& runtime) {
     const auto isSet = store.object(keys::isThemeTypeSet);
     if (!isSet) return tl::unexpected(isSet.error());
@@ -47,7 +47,7 @@ Result<void> chooseDefault(Transaction& store, const platform::Runtime& runtime)
     return chooseThemeType(store, numberOf(themeTypeOf(platform::coercedInteger(*stored))), runtime);
 }
 
-/// Does `work` in the shared store; what fails is in the log too.
+/// Does `work` in the shared store and logs a failure.
 template <typename Work>
 Result<void> inStore(const platform::Runtime& runtime, const Work& work) {
     const auto defaults = sharedDefaults(runtime);
@@ -104,7 +104,7 @@ std::shared_ptr<const Theme> ThemeService::currentTheme() {
 }
 
 void ThemeService::readCurrentTheme() {
-    // Read under the lock, so that of two changes at once the later palette stays.
+    // Reads under the lock, so that the later of two simultaneous changes stays.
     state_.currentTheme.update([this](std::shared_ptr<const Theme>& theme) {
         theme = std::make_shared<const Theme>(state_.runtime);
     });

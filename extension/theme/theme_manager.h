@@ -28,8 +28,8 @@ public:
     std::int64_t selectedThemeType() const;
     /// Stores the choice (4 and more as 0), writes its palette and makes it the current theme.
     platform::Result<void> setSelectedThemeType(std::int64_t number);
-    /// Dark when nothing was ever set; else applies the stored choice again, so that an automatic one
-    /// goes by the clock of this moment.
+    /// Dark when nothing was ever set; otherwise applies the stored choice again, so that an automatic one
+    /// follows the clock of this moment.
     platform::Result<void> setDefaultThemeIfNotSet();
 
     /// 1 or 0, by the clock in India.
@@ -41,7 +41,7 @@ public:
     /// "light" or "dark".
     std::string_view displayThemeKey() const;
 
-    /// The palette that is in force; read from the store with the first use.
+    /// The palette that is in force; read from the store when it is first used.
     std::shared_ptr<const Theme> currentTheme();
 
     /// One of two hexadecimal texts as a colour: the first when the theme is dark. 3 takes the second.
@@ -53,13 +53,13 @@ public:
     bool reloadsWidgets() const;
 
 private:
-    /// Makes what the store holds now the current theme.
+    /// Makes the colours that the store holds now the current theme.
     void readCurrentTheme();
 
     ProcessState& state_;
 };
 
-/// The operations by the names that the phone app knows. Called by the phone app; nothing here does.
+/// The operations by the names that the phone app knows.
 class ThemeManager {
 public:
     // The reverse of what the stored 0 and 1 look like: the phone app depends on both.

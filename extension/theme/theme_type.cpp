@@ -7,10 +7,10 @@
 namespace extension {
 namespace {
 
-/// The clock of the one zone that decides, whatever the device's own.
+/// The zone that decides, whatever the device's own.
 platform::Calendar calendarOfIndia() {
     const auto zone = platform::timeZoneForAbbreviation("IST");
-    if (!zone) platform::fatalError("no time zone for IST");
+    if (!zone) platform::fatalError("there is no time zone IST");
     return platform::Calendar(*zone);
 }
 

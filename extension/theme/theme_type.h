@@ -1,6 +1,6 @@
 #pragma once
 
-// Light, dark or by the clock: the user's choice in the store, and what it comes to at this moment.
+// Light, dark or by the clock: the user's choice in the store, and what it means at this moment.
 
 #include <cstdint>
 #include <string_view>
@@ -18,7 +18,7 @@ enum class ThemeType : std::int64_t {
     unpainted = 3,
 };
 
-/// The theme that a number stands for; 0 for every number that stands for none.
+/// The theme of a number; dark for every number that has none.
 constexpr ThemeType themeTypeOf(std::int64_t number) {
     return number >= 0 && number <= 3 ? static_cast<ThemeType>(number) : ThemeType::dark;
 }

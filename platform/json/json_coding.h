@@ -26,7 +26,7 @@ concept HasMembers = requires(T& value) {
     T::members(value, AnyMember{});
 };
 
-// A type of one's own has a `decode` and the library's `to_json` beside it.
+// Other types have a `decode` and the library's `to_json` beside them.
 
 inline void decode(JSONReader& reader, std::string& value) { value = reader.text(); }
 inline void decode(JSONReader& reader, bool& value) { value = reader.boolean(); }

@@ -45,7 +45,6 @@ public:
         std::optional<std::string_view> bytes(int column) const;
         /// A column's value as text, whatever its type.
         std::string text(int column) const;
-        std::int64_t integer(int column) const { return sqlite3_column_int64(statement_, column); }
 
     private:
         sqlite3_stmt* statement_;

@@ -17,13 +17,12 @@ namespace fs = std::filesystem;
 constexpr std::chrono::seconds patience{5};
 
 // In the order of the statements in a connection's cache.
-enum Query : std::size_t { readOne, readAll, write, erase, version, queryCount };
+enum Query : std::size_t { readOne, readAll, write, erase, queryCount };
 constexpr std::array<const char*, queryCount> queries{
     "SELECT value FROM settings WHERE key = ?1",
     "SELECT key, value FROM settings ORDER BY key",
     "INSERT INTO settings(key, value) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET value = excluded.value",
     "DELETE FROM settings WHERE key = ?1",
-    "PRAGMA data_version",
 };
 
 /// The code of an error that concerns one value and not the store.
@@ -240,17 +239,6 @@ Result<void> UserDefaults::transaction(const std::function<Result<void>(Transact
     Connection::OpenTransaction open(*connection_);
     // Asks for the right to write at once: a reader that asks later is refused when another has written.
     return noted(connection_->inTransaction("BEGIN IMMEDIATE", [&] { return work(open); }));
-}
-
-Result<std::int64_t> UserDefaults::dataVersion() const {
-    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
-    const std::lock_guard lock(connection_->mutex);
-    const Result<Statement*> prepared = connection_->statement(version);
-    if (!prepared) return tl::unexpected(prepared.error());
-    auto run = (*prepared)->run();
-    const Result<bool> row = run.step();
-    if (!row) return tl::unexpected(row.error());
-    return run.integer(0);
 }
 
 fs::path storeFile(const fs::path& directory, std::string_view suiteName) {

@@ -58,9 +58,6 @@ public:
     /// them when `work` answers an error.
     Result<void> transaction(const std::function<Result<void>(Transaction&)>& work);
 
-    /// Changes whenever another connection has written; for watching the store cheaply.
-    Result<std::int64_t> dataVersion() const;
-
 private:
     struct Connection;
     UserDefaults(std::unique_ptr<Connection> connection, Complaint complain);

@@ -115,12 +115,6 @@ std::optional<Instant> Calendar::midnight(std::chrono::year_month_day date) cons
     return moment ? *moment : std::nullopt;
 }
 
-std::optional<seconds> Calendar::offsetFromUTC(Instant instant) const {
-    return askZone(zone_, [&](const date::time_zone& zone) {
-        return zone.get_info(date::sys_seconds(floor<seconds>(instant))).offset;
-    });
-}
-
 std::optional<TimeZone> timeZoneForAbbreviation(std::string_view abbreviation) {
     if (abbreviation == "IST") return TimeZone{"Asia/Kolkata"};
     if (abbreviation == "UTC" || abbreviation == "GMT") return TimeZone{"UTC"};

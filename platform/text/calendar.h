@@ -30,9 +30,6 @@ public:
     /// an Instant cannot tell (before 1678, after 2261) gives the first or last one that it can.
     std::optional<Instant> midnight(std::chrono::year_month_day date) const;
 
-    /// The offset from UTC that is in force at `instant`.
-    std::optional<std::chrono::seconds> offsetFromUTC(Instant instant) const;
-
 private:
     TimeZone zone_;
 };

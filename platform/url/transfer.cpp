@@ -77,9 +77,7 @@ std::optional<Error> Transfer::objection() const {
     if (!isWebScheme(url.scheme())) return urlError(url_error::unsupportedURL);
     // libcurl would take the path for the host.
     if (url.host().empty()) return urlError(url_error::cannotFindHost);
-    const bool isRefused = (!request_.allowsPrivateHosts && namesPrivateHost(url)) ||
-                           (request_.isAllowed && !request_.isAllowed(url));
-    if (isRefused) return urlError(url_error::unsupportedURL);
+    if (!request_.allowsPrivateHosts && namesPrivateHost(url)) return urlError(url_error::unsupportedURL);
     return std::nullopt;
 }
 

@@ -51,9 +51,6 @@ struct URLRequest {
     std::chrono::milliseconds timeoutInterval = std::chrono::seconds(60);
     /// Of the decoded body; a longer one is an error (dataLengthExceedsMaximum).
     std::size_t maximumBodySize = 64U << 20;
-    /// Asked before the first hop and before each redirect; an address that it refuses ends the
-    /// transfer with unsupportedURL. Runs on the I/O thread.
-    std::function<bool(const URL&)> isAllowed = {};
     /// When false, an address on this machine or on a private network ends the transfer with
     /// unsupportedURL: on every hop, by the address itself and by what its host name resolves to.
     bool allowsPrivateHosts = true;

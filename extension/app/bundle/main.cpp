@@ -26,7 +26,7 @@ int complain(const platform::Error& error) {
 
 int main(int argc, char** argv) {
     platform::fillStandardStreams();
-    // Few threads that allocate little: arenas of their own would only cost memory.
+    // There are few threads and they allocate little: an arena for each would only cost memory.
     mallopt(M_ARENA_MAX, 1);
     std::signal(SIGPIPE, SIG_IGN);
 

@@ -42,14 +42,14 @@ wire::Reply wrongUsageReply(std::uint64_t id, std::string message) {
     return reply;
 }
 
-/// The way out. Any thread; after `close` nothing is written any more.
+/// Writes the answers. Any thread; after `close` nothing more is written.
 class Replies {
 public:
     Replies(const Runtime& runtime, int output) : runtime_(runtime), output_(output) {}
 
     std::chrono::microseconds networkTime() const { return runtime_.urls().statistics().busy; }
 
-    /// `networkBefore` is the time that the question found.
+    /// `networkBefore` is the network time when the question came.
     void send(wire::Reply reply, std::optional<std::chrono::microseconds> networkBefore = {}) {
         const std::lock_guard lock(mutex_);
         if (isClosed_) return;
@@ -63,7 +63,7 @@ public:
         reply.set_system_microseconds(microseconds(usage.ru_stime));
         Result<std::string> frame = platform::framedMessage(reply);
         if (!frame) frame = platform::framedMessage(failureReply(reply.id(), frame.error().message));
-        // A host that is gone needs no answer; the end of the input tells the loop.
+        // A host that is gone needs no answer; the loop notices at the end of its input.
         if (!platform::writeAll(output_, *frame)) isClosed_ = true;
     }
 
@@ -168,11 +168,11 @@ public:
     Conversation(const Conversation&) = delete;
     Conversation& operator=(const Conversation&) = delete;
 
-    /// Takes one message of the host's.
-    Result<void> take(std::string_view message) {
+    /// Handles one message from the host.
+    Result<void> handleMessage(std::string_view message) {
         wire::Request request;
         if (!request.ParseFromArray(message.data(), static_cast<int>(message.size()))) {
-            return platform::failure("WireError", 3, "the host sent what is no message");
+            return platform::failure("WireError", 3, "the host sent something that is not a message");
         }
         if (request.has_hello()) return greet(request.hello());
         if (!isGreeted_) return platform::failure("WireError", 5, "the host did not say its version first");
@@ -205,7 +205,7 @@ private:
             case wire::Request::kGallery: return replies_->send(galleryReply(request.id(), bundle_));
             case wire::Request::kAsk: return handleAsk(request.id(), request.ask());
             case wire::Request::kSetClock: return setClock(request.set_clock());
-            default: return replies_->send(failureReply(request.id(), "the question is not known"));
+            default: return replies_->send(failureReply(request.id(), "unknown question"));
         }
     }
 
@@ -242,7 +242,7 @@ private:
     const PerchWidgetBundle& bundle_;
     const std::shared_ptr<Replies> replies_;
     bool isGreeted_ = false;
-    // Last, so that its thread ends before what it uses.
+    // Last, so that its thread ends before the members that it uses.
     platform::SerialQueue queue_;
 };
 
@@ -259,7 +259,7 @@ Result<void> runMessageLoop(const Runtime& runtime, const PerchWidgetBundle& bun
             const Result<std::optional<std::string>> message = reader.next();
             if (!message) return tl::unexpected(message.error());
             if (!*message) break;
-            const Result<void> taken = conversation.take(**message);
+            const Result<void> taken = conversation.handleMessage(**message);
             if (!taken) return taken;
         }
     }

@@ -9,10 +9,11 @@
 namespace extension {
 
 /// Says hello on `output`, then answers what comes from `input` until its end; what is still under way then
-/// is dropped. An error (domain "WireError") when the host speaks another version or no messages.
+/// is dropped. An error (domain "WireError") when the host speaks another version or sends something that is
+/// not a message.
 ///
-/// Pings are answered at once; everything else is taken up in the order in which it came, on one
-/// thread of the loop's own. Answers go out as they come, from any thread.
+/// Pings are answered at once. Everything else is begun in the order in which it came, on the loop's own
+/// thread. Answers go out as soon as they are there, from any thread.
 platform::Result<void> runMessageLoop(const platform::Runtime& runtime, const PerchWidgetBundle& bundle,
                                       int input, int output);
 

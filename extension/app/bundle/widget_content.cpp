@@ -6,7 +6,7 @@ using namespace platform;
 
 View widgetContent(const View& entryView, const Color& backgroundColor,
                    const EnvironmentValues& environment) {
-    // Twice, once in each of the two forms that the platform offers.
+    // Twice, once in each form that the platform offers.
     const View background = ColorFill(backgroundColor).ignoresSafeArea().ignoresSafeArea();
     const View filled = environment.osVersion >= 17 ? entryView.containerBackground(background)
                                                     : entryView.background(background);

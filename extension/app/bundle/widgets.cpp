@@ -19,7 +19,7 @@ namespace {
 /// A widget whose entries are shown by `makeView`, edge to edge on their own background.
 template <typename Provider, typename MakeView>
 std::unique_ptr<WidgetConfiguration> makeWidget(const Runtime& runtime, WidgetDescription description,
-                                                MakeView makeView) {
+                                                const MakeView& makeView) {
     description.contentMarginsDisabled = runtime.osVersion() >= 17;
     return std::make_unique<StaticConfiguration<Provider>>(
         std::move(description), std::make_unique<Provider>(runtime),

@@ -13,7 +13,7 @@ using platform::PlacedWidget;
 void notePresence(const std::vector<PlacedWidget>& placed, std::string_view kind, bool& isAdded,
                   std::string& family) {
     const auto first = std::ranges::find(placed, kind, &PlacedWidget::kind);
-    // A widget that is gone stays noted for as long as the process lives.
+    // A widget that was removed stays noted for as long as the process lives.
     if (first == placed.end()) return;
     isAdded = true;
     family = first->family ? platform::description(*first->family) : std::string_view();

@@ -1,6 +1,6 @@
 #pragma once
 
-// Which of our widgets are on the home screen, and asking it to reload them.
+// Asks the home screen which of our widgets it has, and to reload them.
 
 #include <functional>
 #include <optional>
@@ -12,13 +12,13 @@ namespace extension {
 
 /// Asks the home screen what is placed and notes the answer in the state's presence flags, then calls
 /// `completion` (if any) on the thread of the answer. A flag once set stays set; an error changes nothing.
-/// Returns at once; neither `state` nor its runtime need outlive the answer.
+/// Returns at once; `state` and its runtime need not outlive the answer.
 void queryPlacedWidgets(ProcessState& state, std::function<void()> completion = nullptr);
 
-/// Has the widgets of that kind reloaded, or all of them when there is no kind.
+/// Asks for a reload of the widgets of that kind, or of all widgets without a kind.
 void reloadWidgets(const platform::Runtime& runtime, std::optional<std::string_view> kind);
 
-/// Drops the saved portfolio rows, so that the widget fetches afresh.
+/// Drops the saved portfolio rows, so that the widget fetches new ones.
 platform::Result<void> removeSavedPortfolioRows(const platform::Runtime& runtime);
 
 /// The operations and properties by the names that the phone app knows, misspelt ones included.

@@ -10,7 +10,7 @@ namespace {
 using platform::HTTPResponse;
 using platform::Result;
 
-/// Some ten thousand quotes, and no danger to the memory that an extension may have.
+/// Room for about ten thousand quotes, well within the memory that an extension may use.
 constexpr std::size_t largestAnswer = 2U << 20;
 
 std::string quotesAddress(const platform::Runtime& runtime, const std::vector<std::string>& identifiers) {

@@ -12,7 +12,7 @@
 namespace extension {
 
 /// A source of prices. For a non-empty list exactly one of the two callbacks is called, once. `fetch` answers
-/// whether a request is under way; if not, nothing is called any more.
+/// whether a request is under way; if not, no callback is called after it returns.
 class PriceRefreshDataSource {
 public:
     using Success = std::function<void(MarketPackage_MultiAssetInfo)>;
@@ -30,13 +30,13 @@ public:
     PriceRefreshManagerNative(const PriceRefreshManagerNative&) = delete;
     PriceRefreshManagerNative& operator=(const PriceRefreshManagerNative&) = delete;
 
-    /// The process's own.
+    /// The one of this process. Called by the phone app; nothing here does.
     static PriceRefreshManagerNative& shared();
 
     /// Identifiers go out in their order and as they are. Without any, nothing is sent and nothing
-    /// called. When they make no address, `failure` gets badURL on this thread, before the call returns;
-    /// everything else comes on the queue of the process's shared session. Any status but 200 and an empty
-    /// body are badServerResponse; a body that is no whole message is the decoder's error.
+    /// called. When they do not make an address, `failure` gets badURL on this thread, before the call
+    /// returns; everything else comes on the queue of the process's shared session. Any status but 200 and an
+    /// empty body are badServerResponse; a body that is not a whole message is the decoder's error.
     bool fetch(const std::vector<std::string>& identifiers, Success success, Failure failure) override;
 
 private:

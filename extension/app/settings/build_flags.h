@@ -15,10 +15,10 @@ struct BuildFlags {
     bool operator==(const BuildFlags&) const = default;
 };
 
-/// From the entries "ENVIRONMENT" ("staging" exactly is staging, all else is production) and
-/// "AD_TEST_MODE" ("TRUE" exactly).
+/// From the entries "ENVIRONMENT" (exactly "staging" is staging, everything else is production) and
+/// "AD_TEST_MODE" (exactly "TRUE").
 BuildFlags buildFlags(const platform::BundleInformation& bundle);
-/// The process's own, read once.
+/// Those of this process, read once. Called by the phone app; nothing here does.
 const BuildFlags& buildFlags();
 
 // Origins with their scheme and without a trailing slash; empty when the bundle names none, so that

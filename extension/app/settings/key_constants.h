@@ -1,7 +1,7 @@
 #pragma once
 
-// Key names that the phone app reads from us, and two texts that it leaves with us for as long as the
-// process lives.
+// Key names that the phone app reads here, and two texts that it leaves here for as long as the process
+// lives.
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a process keeps in memory between its requests, in one place: nothing of it is stored.
+// What a process keeps in memory between its requests. None of it is stored.
 
 #include <memory>
 #include <mutex>
@@ -38,7 +38,7 @@ private:
 };
 
 /// Which widgets were on the home screen when it was last asked, and the size of the first of each kind
-/// ("systemSmall"; empty when the home screen did not say). What has once been seen stays true.
+/// ("systemSmall"; empty when the home screen did not say). What was seen once stays true.
 struct WidgetPresence {
     bool isWigetAdded = false;
     std::string widgetFamily;
@@ -63,12 +63,12 @@ struct ProcessState {
 
     Guarded<std::optional<std::string>> appleEmailId;
     Guarded<std::optional<std::string>> storylyURL;
-    /// Shared with queries under way, whose answer may come when this object is gone.
+    /// Shared with queries under way, since an answer may come when this object is gone.
     const std::shared_ptr<Guarded<WidgetPresence>> presence = std::make_shared<Guarded<WidgetPresence>>();
-    /// Null until it is first asked for.
+    /// Null until it is first read.
     Guarded<std::shared_ptr<const Theme>> currentTheme;
 
-    /// The process's own, made with its first use. Only one-line doors call it.
+    /// The one of this process, made when it is first used. Only one-line doors call it.
     static ProcessState& shared();
 };
 

@@ -12,7 +12,7 @@ namespace extension {
 
 namespace keys {
 
-// The suite, and the two key names that the phone app reads from us under these very names.
+// The suite, and two key names. The phone app reads the three under exactly these names.
 inline constexpr std::string_view GROUP_TODAY_EXTENSION = "group.shareWithTodayExtension";
 inline constexpr std::string_view refresh_rate = "refresh_rate";
 inline constexpr std::string_view reloadWidgetOnThemeChange = "reloadWidgetOnThemeChange";

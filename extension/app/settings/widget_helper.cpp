@@ -8,6 +8,10 @@ using platform::PropertyList;
 using platform::Result;
 using platform::UserDefaults;
 
+namespace {
+
+/// Whether the contract expires after today: its "expiryDate" is a text of the form "yyyy-MM-dd" and the
+/// midnight at the start of that day, in the device's zone, is still to come.
 bool isUnexpiredFuture(const PropertyList::Dictionary& future, const platform::Runtime& runtime) {
     const auto entry = future.find("expiryDate");
     const std::string* text = entry == future.end() ? nullptr : entry->second.text();
@@ -16,8 +20,6 @@ bool isUnexpiredFuture(const PropertyList::Dictionary& future, const platform::R
     // Midnight at the start of the expiry day: a contract that expires today is gone today.
     return midnight && *midnight > runtime.now();
 }
-
-namespace {
 
 /// The contracts to keep, in their order; nothing when there is nothing to remove.
 std::optional<PropertyList::Array> prunedFutures(const std::optional<PropertyList>& stored,
@@ -39,7 +41,7 @@ std::optional<PropertyList::Array> prunedFutures(const std::optional<PropertyLis
 void pruneExpiredFutures(const platform::Runtime& runtime) {
     const auto defaults = sharedDefaults(runtime);
     if (!defaults) return;
-    // A look without the write lock first: most of the time there is nothing to do.
+    // Looks without the write lock first, since mostly there is nothing to do.
     const auto stored = (*defaults)->object(keys::futureWidget);
     if (!stored || !prunedFutures(*stored, runtime)) return;
 

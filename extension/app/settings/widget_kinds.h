@@ -1,6 +1,6 @@
 #pragma once
 
-// By which name the system and the phone app know each widget.
+// The names by which the system and the phone app know the widgets.
 
 #include <string_view>
 

@@ -19,7 +19,7 @@ platform::View oneLine(const std::string& value, platform::Font font, const plat
 
 // Three sizes of text, one line each. The first and the last are for other widgets; nothing here uses them.
 
-/// Compact 12 points, full 14 points and bold: the only one that changes weight.
+/// Compact 12 points, full 14 points and bold. Only this one changes its weight.
 struct WidgetItemTitle {
     std::string value;
     platform::Color color;

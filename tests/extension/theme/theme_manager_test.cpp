@@ -194,7 +194,7 @@ TEST(ThemeManager, AStoreThatCannotBeOpenedIsDarkWithGrayColours) {
     EXPECT_EQ(phone.themes.currentTheme()->textColor(), Color::gray());
 }
 
-TEST(ThemeManager, ItsObservableThemeIsZeroUntilItIsSetAndTellsThoseWhoStillObserve) {
+TEST(ThemeManager, ItsObservableTypeIsZeroUntilItIsSetAndTellsItsObservers) {
     ThemedPhone phone;
     ThemeManager manager;
     std::vector<std::int64_t> seen;
@@ -203,6 +203,7 @@ TEST(ThemeManager, ItsObservableThemeIsZeroUntilItIsSetAndTellsThoseWhoStillObse
     phone.themes.setSelectedThemeType(1);
     EXPECT_EQ(manager.currentSelectedThemeType.get(), 0);
     manager.currentSelectedThemeType.set(2);
+    EXPECT_EQ(manager.currentSelectedThemeType.get(), 2);
     {
         const auto second = manager.currentSelectedThemeType.observe(note);
         manager.currentSelectedThemeType.set(3);

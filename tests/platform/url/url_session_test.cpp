@@ -279,21 +279,6 @@ TEST(URLLoader, CredentialsDoNotGoAlongToAnotherOrigin) {
     EXPECT_EQ(other.requests().at(0).header("x-name"), "value");
 }
 
-TEST(URLLoader, AsksBeforeEveryHop) {
-    LoopbackServer server;
-    server.answer("/old", Answer::redirect(302, "/new"));
-    URLLoader loader;
-    std::vector<std::string> asked;
-    const auto response =
-        loaded(loader, {.url = address(server.origin() + "/old"), .isAllowed = [&](const URL& url) {
-                            asked.push_back(url.text());
-                            return !url.text().ends_with("/new");
-                        }});
-    EXPECT_EQ(errorCode(response), url_error::unsupportedURL);
-    EXPECT_THAT(asked, ElementsAre(server.origin() + "/old", server.origin() + "/new"));
-    EXPECT_EQ(server.requests().size(), 1U);
-}
-
 TEST(URLLoader, KeepsConnectionsBetweenSessionsAndCountsWhatItDoes) {
     LoopbackServer server;
     server.answer({.body = "fine", .delay = 30ms});

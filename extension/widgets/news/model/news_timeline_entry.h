@@ -13,7 +13,7 @@
 namespace extension {
 
 struct NewsTimelineEntry {
-    /// An entry of this moment, in the colours of the theme that is in force now.
+    /// An entry of this moment, in the colours of the current theme.
     NewsTimelineEntry(const platform::Runtime& runtime, std::vector<NewsUIVM> stories, bool isSuccessful);
 
     platform::Instant date;

@@ -12,6 +12,17 @@ std::optional<std::string> badge(std::optional<StoryType> type) {
     return std::nullopt;
 }
 
+/// "brightledgerwidget://news/?url=...&articleType=...&storyId=...&isArticle=1".
+std::string storyLink(const NewsDetails& story) {
+    std::string link(widgetScheme);
+    // Nothing is encoded on the way: the app takes the share URL as the service wrote it.
+    link.append("news/?url=").append(story.shareUrl.value_or(""));
+    link.append("&articleType=").append(story.storyType ? rawValue(*story.storyType) : "");
+    link.append("&storyId=").append(story.storyID.value_or(""));
+    link.append("&isArticle=1");
+    return link;
+}
+
 }  // namespace
 
 NewsUIVM makeNewsUIVM(const NewsDetails& story, platform::IdSource& ids,
@@ -25,16 +36,6 @@ NewsUIVM makeNewsUIVM(const NewsDetails& story, platform::IdSource& ids,
                   .isLive = story.storyType == StoryType::liveblog};
     if (const auto url = platform::URL::parse(item.thumbnailUrl)) item.thumbnailData = readThumbnail(*url);
     return item;
-}
-
-std::string storyLink(const NewsDetails& story) {
-    std::string link(widgetScheme);
-    // Nothing is encoded on the way: the app takes the share URL as the service wrote it.
-    link.append("news/?url=").append(story.shareUrl.value_or(""));
-    link.append("&articleType=").append(story.storyType ? rawValue(*story.storyType) : "");
-    link.append("&storyId=").append(story.storyID.value_or(""));
-    link.append("&isArticle=1");
-    return link;
 }
 
 }  // namespace extension

@@ -13,7 +13,7 @@
 namespace extension {
 
 struct NewsUIVM {
-    /// Fresh with every conversion, so that the same story twice is two items.
+    /// New for every conversion, so that the same story twice is two items.
     platform::UUID id;
     std::string thumbnailUrl;
     std::string headline;
@@ -21,21 +21,18 @@ struct NewsUIVM {
     std::string deeplink;
     /// Name of the badge's picture asset.
     std::optional<std::string> storyTypeIncon;
-    /// The picture's bytes as they came, a picture or not.
+    /// The bytes as they came; they need not be a picture.
     std::optional<platform::Bytes> thumbnailData;
     bool isLive = false;
 
     bool operator==(const NewsUIVM&) const = default;
 };
 
-/// Reads what stands at an address, now; nothing when that fails.
+/// Reads what is at an address, now; nothing when that fails.
 using ThumbnailReader = std::function<std::optional<platform::Bytes>(const platform::URL&)>;
 
 /// Asks `readThumbnail` for the picture when the story names an address.
 NewsUIVM makeNewsUIVM(const NewsDetails& story, platform::IdSource& ids,
                       const ThumbnailReader& readThumbnail);
-
-/// The link into the phone app: "brightledgerwidget://news/?url=...&articleType=...&storyId=...&isArticle=1".
-std::string storyLink(const NewsDetails& story);
 
 }  // namespace extension

@@ -11,18 +11,18 @@ using platform::Timeline;
 
 NewsTimelineEntry NewsProvider::placeholder(const platform::TimelineProviderContext&) {
     NewsTimelineEntry empty(runtime_, {}, false);
-    newsViewModel_.fetchNews(std::make_shared<NewsEntryHolder>(empty));
+    newsViewModel.fetchNews(std::make_shared<NewsEntryHolder>(empty));
     return empty;
 }
 
 void NewsProvider::getSnapshot(const platform::TimelineProviderContext&,
                                std::function<void(NewsTimelineEntry)> completion) {
-    newsViewModel_.fetchEntry(std::move(completion));
+    newsViewModel.fetchEntry(std::move(completion));
 }
 
 void NewsProvider::getTimeline(const platform::TimelineProviderContext&,
                                std::function<void(Timeline<NewsTimelineEntry>)> completion) {
-    newsViewModel_.fetchList(
+    newsViewModel.fetchList(
         [&runtime = runtime_, policy = reloadIn30Seconds(runtime_), completion = std::move(completion)](
             std::vector<NewsUIVM> stories, bool isSuccess) {
             completion(Timeline<NewsTimelineEntry>{

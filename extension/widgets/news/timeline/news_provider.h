@@ -15,7 +15,7 @@ public:
     using Entry = NewsTimelineEntry;
 
     /// `runtime` must outlive the provider and its fetches.
-    explicit NewsProvider(const platform::Runtime& runtime) : runtime_(runtime), newsViewModel_(runtime) {}
+    explicit NewsProvider(const platform::Runtime& runtime) : newsViewModel(runtime), runtime_(runtime) {}
 
     /// Always the empty entry, at once; the answer of the request that it starts is not used.
     NewsTimelineEntry placeholder(const platform::TimelineProviderContext& context);
@@ -23,14 +23,15 @@ public:
     void getSnapshot(const platform::TimelineProviderContext& context,
                      std::function<void(NewsTimelineEntry)> completion);
 
-    /// Wants to be asked again 30 seconds after the call, whatever comes. Fatal when the calendar cannot
-    /// tell that moment.
+    /// Wants to be asked again 30 seconds after the call, whatever the answer. Fatal when the calendar cannot
+    /// give that moment.
     void getTimeline(const platform::TimelineProviderContext& context,
                      std::function<void(platform::Timeline<NewsTimelineEntry>)> completion);
 
+    NewsViewModel newsViewModel;
+
 private:
     const platform::Runtime& runtime_;
-    NewsViewModel newsViewModel_;
 };
 
 }  // namespace extension

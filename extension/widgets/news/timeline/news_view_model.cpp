@@ -22,7 +22,7 @@ constexpr std::string_view rankingPath =
     "/newsapi/app/get_news_ranking/main_home_page/allnews/?start=0&limit=5";
 constexpr std::size_t storiesShown = 5;
 constexpr std::chrono::seconds timeForAllThumbnails{8};
-/// On their way to the host there are three copies of them.
+/// There are three copies of them on their way to the host.
 constexpr std::size_t roomForAllThumbnails = 2U << 20;
 
 bool holdsOnlyTexts(const PropertyList::Dictionary& dictionary) {
@@ -30,7 +30,7 @@ bool holdsOnlyTexts(const PropertyList::Dictionary& dictionary) {
                                [](const auto& member) { return member.second.text() != nullptr; });
 }
 
-/// Reads pictures until the time or the room for all of them is over.
+/// Reads pictures until the time or the room for all of them is used up.
 ThumbnailReader thumbnailReader(const Runtime& runtime, bool allowsPrivateHosts) {
     const auto deadline = steady_clock::now() + timeForAllThumbnails;
     return [&runtime, allowsPrivateHosts, deadline,

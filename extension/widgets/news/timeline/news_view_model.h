@@ -1,6 +1,6 @@
 #pragma once
 
-// Where the News widget's stories come from.
+// Gets the News widget's stories.
 
 #include <functional>
 #include <memory>
@@ -15,18 +15,18 @@
 
 namespace extension {
 
-/// Takes an answer for which nobody waits.
+/// Receives an answer that nobody is waiting for.
 struct NewsEntryHolder {
     NewsTimelineEntry entry;
 };
 
-/// Asks the service for its top stories, or the address that the phone app has put in its place. Keeps
-/// nothing between fetches; each of them ends exactly once, on a background queue, or on the caller's
-/// thread when the address is none. Every failure is an empty list.
+/// Asks the service for its top stories, or the address that the phone app has stored instead. Keeps nothing
+/// between fetches. Each ends exactly once: on a background queue, or on the caller's thread when the
+/// address is not one. Every failure is an empty list.
 ///
-/// A fetch reads the thumbnails too, one after another, all together for 8 seconds at most; those that are
-/// late are absent, and so are those that would make more than 2 MiB of all. A thumbnail on this machine or
-/// on a private network is read only when the feed's own address is on one.
+/// A fetch also reads the thumbnails, one after another, for 8 seconds and 2 MiB in all; those that are late
+/// or too large are absent. A thumbnail on this machine or on a private network is read only when the feed
+/// is on one, too.
 class NewsViewModel {
 public:
     /// `runtime` must outlive the fetches; the view model need not.
@@ -34,10 +34,10 @@ public:
 
     void fetchNews(std::shared_ptr<NewsEntryHolder> holder) const;
     void fetchEntry(std::function<void(NewsTimelineEntry)> completion) const;
-    /// The list, and whether it holds anything.
+    /// Hands over the list, and whether it has any stories.
     void fetchList(std::function<void(std::vector<NewsUIVM>, bool)> completion) const;
 
-    /// Where the stories are asked for.
+    /// The address that is asked.
     std::string newsAddress() const;
 
 private:

@@ -18,7 +18,7 @@ struct NewsCellView {
 };
 
 /// The story's picture, or the asset "Placeholder" at the same size, with the badge of its type. Its width
-/// is fixed; it is as high as 3:2 asks, or as there is room.
+/// is fixed; its height is 3:2 or the room there is.
 struct ThumbnailView {
     const NewsUIVM& story;
     bool isCompact = false;

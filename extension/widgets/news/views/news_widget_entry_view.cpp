@@ -24,7 +24,7 @@ View moreNewsLabel(const NewsTimelineEntry& entry) {
                       .padding({.top = 2}));
 }
 
-/// One point high and wholly filled: the divider's own line, one pixel, would show through.
+/// One point high and filled; the divider's own line of one pixel would show through.
 View headerLine(const Color& color) {
     return Divider().opacity(0.0).frame({.height = 1.0}).overlay(ColorFill(color).opacity(0.5));
 }

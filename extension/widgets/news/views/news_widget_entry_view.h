@@ -8,7 +8,7 @@
 
 namespace extension {
 
-/// The large family shows every story, any other family two of them in smaller form. Fatal when a link
+/// The large family shows every story, any other family two of them in a smaller form. Fatal when a link
 /// is not an address.
 struct NewsWidgetEntryView {
     const NewsTimelineEntry& entry;

@@ -8,8 +8,8 @@
 
 namespace extension {
 
-/// For the asset at `position` (from 0) of the user's list; the link counts from 1. Values stand in
-/// it as they are and only titles lose their blanks, so the text need not be an address.
+/// For the asset at `position` (from 0) of the user's list; the link counts from 1. Values go
+/// in as they are, and only titles lose their blanks, so the text need not be an address.
 std::string makeDeepLink(const DefaultMultiAssetsVM& asset, std::size_t position);
 
 }  // namespace extension

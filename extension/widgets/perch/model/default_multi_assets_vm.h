@@ -38,8 +38,8 @@ struct DefaultMultiAssetsListVM {
     bool operator==(const DefaultMultiAssetsListVM&) const = default;
 };
 
-/// Reads a stored record. A value that is absent or no text is empty; the link flag is off only
-/// for the text "0". Never fails.
+/// Reads a stored record. A value that is absent or not a text is empty; only the text "0" turns
+/// the link flag off. Never fails.
 DefaultMultiAssetsVM makeAsset(const platform::PropertyList::Dictionary& record);
 
 }  // namespace extension

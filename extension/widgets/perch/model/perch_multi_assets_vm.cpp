@@ -39,7 +39,7 @@ public:
 
     struct Match {
         bool hasCandidates = false;
-        /// Null although there are candidates: several fit and none of them is the one.
+        /// Null in spite of candidates when several fit and none has the price identifier.
         const Quote* quote = nullptr;
     };
 
@@ -55,7 +55,7 @@ public:
             const std::optional<int> exact = placeOf(assetId, group, asset.priceIdentifier);
             if (exact && (!preferred || *exact < *preferred)) preferred = exact;
         };
-        // Equal names are one name: a quote is a candidate once.
+        // Equal names count once, so that a quote is a candidate only once.
         consider(asset.id);
         if (asset.symbol != asset.id) consider(asset.symbol);
         if (asset.scId != asset.id && asset.scId != asset.symbol) consider(asset.scId);
@@ -77,8 +77,8 @@ private:
 
     std::optional<int> placeOf(std::string_view assetId, const Group& group, std::string_view symbol) const {
         if (group.count == 1) {
-            const bool isIt = quotes_[group.firstPlace].symbol() == symbol;
-            return isIt ? std::optional(group.firstPlace) : std::nullopt;
+            const bool isMatch = quotes_[group.firstPlace].symbol() == symbol;
+            return isMatch ? std::optional(group.firstPlace) : std::nullopt;
         }
         const auto found = byAssetIdAndSymbol_.find({assetId, symbol});
         return found == byAssetIdAndSymbol_.end() ? std::nullopt : std::optional(found->second);
@@ -86,7 +86,8 @@ private:
 
     const QuoteList& quotes_;
     std::unordered_map<std::string_view, Group> byAssetId_;
-    /// The first place, in wire order, where both meet. Of groups of several alone: mostly there is none.
+    /// The first place, in wire order, of each pair. Only for ids that several quotes share, so usually
+    /// empty.
     std::unordered_map<AssetIdAndSymbol, int, AssetIdAndSymbolHash> byAssetIdAndSymbol_;
 };
 

@@ -16,7 +16,7 @@
 
 namespace extension {
 
-/// One row of the widget. Numbers are texts of two decimals, or empty where there is none.
+/// One row of the widget. Numbers are texts with two decimals, or empty where there is no number.
 struct PerchMultiAssetsVM {
     platform::UUID id;
     std::string assetID;
@@ -29,7 +29,7 @@ struct PerchMultiAssetsVM {
     std::string direction;
     std::string change;
     std::string perChange;
-    /// Absent when the price stands still or nobody knows.
+    /// Absent when the price did not change or the direction is unknown.
     std::optional<bool> isProfit;
     std::string currentPrice;
     std::string deeplinkURL;
@@ -48,8 +48,8 @@ using QuoteList = google::protobuf::RepeatedPtrField<MarketPackage_MultiAssetDat
 /// A quote is an asset's when it carries the asset's id, symbol or `scId` as its `assetId`. An asset
 /// without a quote leaves no row but keeps its place: the rows after it still link to their own
 /// position. If several quotes fit, the first whose symbol is the asset's price identifier is taken; if
-/// none is, the row is there with empty price texts. `quotes` come in wire order. Takes time in
-/// proportion to assets and quotes together. Never fails; any thread.
+/// there is none, the row has empty price texts. `quotes` come in wire order. Takes time in proportion
+/// to assets and quotes together. Never fails; any thread.
 std::vector<PerchMultiAssetsVM> makeRows(const QuoteList& quotes,
                                          std::span<const DefaultMultiAssetsVM> assets,
                                          const platform::Runtime& runtime);

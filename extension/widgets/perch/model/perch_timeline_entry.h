@@ -14,12 +14,12 @@
 namespace extension {
 
 struct PerchTimelineEntry {
-    /// An entry of this moment, in the colours of the theme that is in force now.
+    /// An entry of this moment, in the colours of the current theme.
     PerchTimelineEntry(const platform::Runtime& runtime, std::optional<std::vector<PerchMultiAssetsVM>> rows);
 
     platform::UUID id;
     platform::Instant date;
-    /// Absent only while nothing has been asked yet; empty when there is nothing to show.
+    /// Absent only in a placeholder whose request is under way; empty when there is nothing to show.
     std::optional<std::vector<PerchMultiAssetsVM>> multiAssetDataListItem;
     platform::Color backgroundColor;
     platform::Color textColor;

@@ -27,7 +27,7 @@ const PropertyList& defaultRecords() {
                                                      {"symbol", "in;NSX"},
                                                      {"priceIdentifier", "in;NSX-II"},
                                                      {"link_flag", "1"}},
-                            // The service's own spelling: in lower case here and nowhere else.
+                            // The service spells only this one in lower case.
                             PropertyList::Dictionary{{"title", "NIFTY BANK"},
                                                      {"exchg", "nse"},
                                                      {"id", "23"},
@@ -38,9 +38,9 @@ const PropertyList& defaultRecords() {
     return records;
 }
 
-// All or nothing: the mark without the list would leave the user without assets for good.
+// All or nothing: with the mark but without the list the user would never have assets.
 Result<void> seed(UserDefaults::Transaction& store) {
-    // Asked again, now that nobody else can write.
+    // Reads again, now that nobody else can write.
     const auto mark = store.object(keys::firstTimeAppInstalledForWidget);
     if (!mark) return tl::unexpected(mark.error());
     if (*mark) return {};
@@ -55,7 +55,7 @@ void seedDefaultsAtFirstRun(const platform::Runtime& runtime) {
     const auto store = sharedDefaults(runtime);
     if (!store) return;
 
-    // A plain read first, for every run but the first needs no lock.
+    // A plain read first, since only the first run needs the lock.
     const auto mark = (*store)->object(keys::firstTimeAppInstalledForWidget);
     if (!mark || *mark) return;
 

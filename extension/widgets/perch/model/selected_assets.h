@@ -7,8 +7,8 @@
 
 namespace extension {
 
-/// Chooses three indices for a user who has just installed the app: once, whatever becomes of them
-/// later. A store that cannot be read is left alone, since it may hold a choice. Any thread.
+/// Chooses three indices for a user who has just installed the app: once, whatever happens to
+/// them later. A store that cannot be read is left as it is, since it may hold a choice. Any thread.
 void seedDefaultsAtFirstRun(const platform::Runtime& runtime);
 
 /// Indices, then stocks, futures and crypto assets, each in the user's order; expired futures are

@@ -27,7 +27,7 @@ bool hasMistypedFieldAnywhere(const MarketPackage_MultiAssetInfo& info) {
            std::ranges::any_of(info.data().datalist(), hasMistypedField);
 }
 
-// The same bytes for equal messages, which the plain way of writing does not promise.
+// The same bytes for equal messages, which plain serialisation does not promise.
 std::string deterministicBytes(const Message& message) {
     std::string bytes;
     google::protobuf::io::StringOutputStream output(&bytes);
@@ -47,11 +47,11 @@ tl::unexpected<platform::Error> decodingFailure(std::string message) {
 platform::Result<MarketPackage_MultiAssetInfo> decodeMultiAssetInfo(std::string_view bytes) {
     if (bytes.size() > std::numeric_limits<int>::max()) return decodingFailure("the quotes are too long");
 
-    // Without it the library writes to standard error about text that is no UTF-8.
+    // Without it the library reports text that is not UTF-8 on standard error.
     const google::protobuf::LogSilencer silencer;
     MarketPackage_MultiAssetInfo info;
     if (!info.ParseFromArray(bytes.data(), static_cast<int>(bytes.size())))
-        return decodingFailure("the quotes are no whole message");
+        return decodingFailure("the quotes are not a whole message");
     if (hasMistypedFieldAnywhere(info))
         return decodingFailure("a field of the quotes has the wrong wire type");
     return info;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The quote message under the names that its users know it by, and how it is read and compared.
+// The quote message under its published names, and how it is read and compared.
 
 #include <cstddef>
 #include <functional>
@@ -14,17 +14,17 @@ using MarketPackage_MultiAssetInfo = MarketPackage::MultiAssetInfo;
 using MarketPackage_MultiAssetData = MarketPackage::MultiAssetData;
 using MarketPackage_MultiAssetDataListItem = MarketPackage::MultiAssetDataListItem;
 
-/// Reads one whole message. A cut message, a known field in the wrong wire type, text that is no UTF-8
-/// and more than 100 levels are errors (domain "DecodingError"), and then there is no message at
-/// all; unknown fields are kept. Any thread.
+/// Reads one whole message. A cut message, a known field in the wrong wire type, text that is not
+/// UTF-8 and more than 100 levels are errors (domain "DecodingError") of the whole message; unknown fields
+/// are kept. Any thread.
 platform::Result<MarketPackage_MultiAssetInfo> decodeMultiAssetInfo(std::string_view bytes);
 
-/// Of any message; equal messages have equal values.
+/// Takes any message; equal messages have equal values.
 std::size_t hashValue(const google::protobuf::Message& message);
 
 }  // namespace extension
 
-// Beside the messages' types, where the language looks for them.
+// In the namespace of the messages, where the compiler looks for them.
 namespace MarketPackage {
 
 /// Equal when all fields are, in their order, and the unknown fields byte for byte.

@@ -22,7 +22,7 @@ public:
 
     explicit PerchTimelineProvider(const platform::Runtime& runtime);
 
-    /// Answers at once. Starts a request for quotes that nobody waits for.
+    /// Answers at once, without rows. Starts a request for quotes that nobody waits for.
     Entry placeholder(const platform::TimelineProviderContext& context);
 
     /// Calls `completion` once: before it returns when there is nothing to ask for, otherwise on the

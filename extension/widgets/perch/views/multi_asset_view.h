@@ -8,7 +8,7 @@
 namespace extension {
 
 /// Title over exchange and time on the left, price over change on the right. A tap opens the asset;
-/// a row whose link is not an address has no tap.
+/// a row whose link is not an address has no link.
 struct MultiAssetView {
     const PerchMultiAssetsVM& row;
     const PerchTimelineEntry& entry;

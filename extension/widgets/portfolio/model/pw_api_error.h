@@ -1,6 +1,6 @@
 #pragma once
 
-// What became of a question for the portfolio.
+// How a request for the portfolio ended.
 
 #include <nlohmann/json_fwd.hpp>
 #include <string_view>
@@ -13,7 +13,7 @@ enum class PWAPIError {
     success,
     /// No usable answer.
     failed,
-    /// Nobody is signed in in the phone app.
+    /// Nobody is signed in to the phone app.
     nonLogin,
     /// The user has no portfolio, or nothing is invested.
     noPortfolio,
@@ -22,7 +22,7 @@ enum class PWAPIError {
 /// The case's name.
 std::string_view caseName(PWAPIError state);
 
-/// The state as an error: domain "PWAPIError", the case's place as its code.
+/// The state as an error: domain "PWAPIError", the case's index as its code.
 platform::Error errorOf(PWAPIError state);
 
 /// An object with the case's name as its only key: {"nonLogin": {}}.

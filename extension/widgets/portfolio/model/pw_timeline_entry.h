@@ -28,6 +28,7 @@ struct PWTimelineEntry {
     platform::Color dateTimeColor;
     PWAPIError apiError;
     std::string portfolioIcon;
+    /// Whether the colours are those of the dark theme.
     bool isDark = true;
 };
 

@@ -14,7 +14,7 @@ using platform::Instant;
 using platform::Timeline;
 using platform::TimelineReloadPolicy;
 
-/// Whether the market's figures move now, and so are worth a request.
+/// Whether the market moves now, so that a request is worth it.
 bool isInRefreshWindow(const platform::Calendar& calendar, Instant now) {
     const auto opening = calendar.timeOnDay(now, marketOpens);
     const auto closing = calendar.timeOnDay(now, marketCloses);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The Portfolio widget's timelines: fetched during the market's hours, the saved rows outside of them.
+// The Portfolio widget's timelines: fetched while the market is open, the saved rows at other times.
 
 #include <functional>
 #include <memory>
@@ -28,13 +28,12 @@ public:
                      std::function<void(PWTimelineEntry)> completion);
 
     /// From 09:00:00 to 16:00:00 of the user's calendar, both included, it asks and wants to be asked
-    /// again in 30 seconds. Outside of that saved rows, however old, are the answer, before it
-    /// returns; without any it asks. Each fetch calls `completion` exactly once.
+    /// again in 30 seconds. At other hours it answers with the saved rows, however old, before it returns,
+    /// and asks when there are none. Calls `completion` exactly once.
     void getTimeline(const platform::TimelineProviderContext& context,
                      std::function<void(platform::Timeline<PWTimelineEntry>)> completion);
 
-private:
-    const std::shared_ptr<PWViewModel> pwViewModel;
+    std::shared_ptr<PWViewModel> pwViewModel;
 };
 
 }  // namespace extension

@@ -12,7 +12,7 @@ namespace {
 
 using platform::Result;
 
-/// The text under `key` as it was stored; a number there is no text.
+/// The text under `key` as it was stored; a number does not count.
 std::optional<std::string> storedText(const platform::UserDefaults& defaults, std::string_view key) {
     const auto value = defaults.object(key);
     if (!value || !*value || (*value)->text() == nullptr) return std::nullopt;
@@ -21,7 +21,7 @@ std::optional<std::string> storedText(const platform::UserDefaults& defaults, st
 
 bool hasPortfolio(const PortfolioDataModel& portfolio) {
     if (!portfolio.portfoliosummary || !portfolio.portfoliosummary->networthDetails) return false;
-    // Only this very text is no investment: "0.0" is one.
+    // Only exactly this text means no investment: "0.0" is one.
     const auto& investments = portfolio.portfoliosummary->networthDetails->investments;
     return investments && !investments->empty() && *investments != "0";
 }

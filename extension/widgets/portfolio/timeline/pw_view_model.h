@@ -1,7 +1,7 @@
 #pragma once
 
-// Where the Portfolio widget's rows come from: the service, for the user who is signed in, or the
-// rows of the last time that it answered.
+// Gets the Portfolio widget's rows: from the service, for the user who is signed in, or those of its last
+// answer.
 
 #include <functional>
 #include <memory>
@@ -15,8 +15,8 @@
 
 namespace extension {
 
-/// Keeps nothing between calls. Any thread. Held by a shared pointer, since an answer asks whether
-/// it is still wanted.
+/// Keeps nothing between calls. Any thread. Held by a shared pointer, since an answer looks whether the view
+/// model is still there.
 class PWViewModel : public std::enable_shared_from_this<PWViewModel> {
 public:
     using Completion = std::function<void(PWTimelineEntry)>;
@@ -33,12 +33,12 @@ public:
     bool fetch(Completion completion);
 
     void saveRows(const std::vector<PortfolioWidgetVM>& rows) const;
-    /// Nothing when none were saved or what was saved cannot be read.
+    /// Nothing when no rows are saved or they cannot be read.
     std::optional<std::vector<PortfolioWidgetVM>> loadRows() const;
 
 private:
     PWTimelineEntry entry(PWAPIError state, std::vector<PortfolioWidgetVM> rows = {}) const;
-    /// What the phone app leaves of the user who is signed in.
+    /// What the phone app stores about the user who is signed in.
     struct Session {
         std::string token;
         std::string userId;

@@ -10,7 +10,7 @@ using namespace platform;
 View PortfolioWidgetView::body(const EnvironmentValues& environment) const {
     const bool isCompact = environment.widgetFamily == WidgetFamily::systemSmall;
     const double margin = isCompact ? 9.0 : 12.0;
-    // Sideways amounts need all the room there is: a crore with its percentage is wide.
+    // Amounts need all the width there is: a crore with its percentage is wide.
     const double side = isCompact ? margin : 7.0;
     switch (pwTimelineEntry.apiError) {
         case PWAPIError::success:
