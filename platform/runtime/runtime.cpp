@@ -97,7 +97,8 @@ const NumberFormatter& Runtime::numberFormatter() const {
 }
 
 URLLoader& Runtime::urls() const {
-    std::call_once(state_->loaderOnce, [this] { state_->loader = std::make_unique<URLLoader>(); });
+    std::call_once(state_->loaderOnce,
+                   [this] { state_->loader = std::make_unique<URLLoader>(acceptLanguage(state_->locale)); });
     return *state_->loader;
 }
 

@@ -51,7 +51,7 @@ int errorCode(CURLcode code) {
         case CURLE_RECV_ERROR:
         case CURLE_SEND_ERROR: return url_error::networkConnectionLost;
         case CURLE_BAD_CONTENT_ENCODING: return url_error::cannotDecodeContentData;
-        // The scheme has been looked at before: this is an answer that is no HTTP.
+        // The scheme was checked before, so the answer is not HTTP.
         case CURLE_UNSUPPORTED_PROTOCOL:
         case CURLE_WEIRD_SERVER_REPLY: return url_error::badServerResponse;
         case CURLE_PEER_FAILED_VERIFICATION: return url_error::serverCertificateUntrusted;
@@ -77,13 +77,10 @@ std::optional<Error> Transfer::objection() const {
     if (!isWebScheme(url.scheme())) return urlError(url_error::unsupportedURL);
     // libcurl would take the path for the host.
     if (url.host().empty()) return urlError(url_error::cannotFindHost);
-    const bool isRefused = (!request_.allowsPrivateHosts && namesPrivateHost(url)) ||
-                           (request_.isAllowed && !request_.isAllowed(url));
-    if (isRefused) return urlError(url_error::unsupportedURL);
     return std::nullopt;
 }
 
-CURL* Transfer::beginHop() {
+CURL* Transfer::beginHop(const std::string& acceptLanguage) {
     easy_ = curl_easy_init();
     if (easy_ == nullptr) return nullptr;
     response_ = {};
@@ -111,7 +108,7 @@ CURL* Transfer::beginHop() {
     curl_easy_setopt(easy_, CURLOPT_XFERINFOFUNCTION, &Transfer::noteProgress);
     curl_easy_setopt(easy_, CURLOPT_XFERINFODATA, this);
     setMethodAndBody();
-    setHeaders();
+    setHeaders(acceptLanguage);
     if (!request_.allowsPrivateHosts) setAddressChecks();
     return easy_;
 }
@@ -129,23 +126,26 @@ void Transfer::setMethodAndBody() {
     curl_easy_setopt(easy_, CURLOPT_CUSTOMREQUEST, request_.method.c_str());
 }
 
-void Transfer::setHeaders() {
-    bool hasContentType = false;
-    for (const auto& [name, value] : request_.headers) {
-        hasContentType = hasContentType || isSameText(name, "Content-Type");
-        const std::string line = std::string(name).append(": ").append(value);
+void Transfer::setHeaders(const std::string& acceptLanguage) {
+    const auto add = [this](const std::string& line) {
         headerLines_ = curl_slist_append(headerLines_, line.c_str());
-    }
-    // libcurl would call every body a form, and wait for leave to send a long one.
-    if (!hasContentType) headerLines_ = curl_slist_append(headerLines_, "Content-Type:");
-    headerLines_ = curl_slist_append(headerLines_, "Expect:");
+    };
+    const auto isGiven = [this](std::string_view name) {
+        return std::ranges::any_of(request_.headers,
+                                   [&](const auto& header) { return isSameText(header.first, name); });
+    };
+    for (const auto& [name, value] : request_.headers) add(std::string(name).append(": ").append(value));
+    if (!isGiven("Accept-Language")) add("Accept-Language: " + acceptLanguage);
+    // libcurl would call every body a form, and ask before it sends a long one.
+    if (!isGiven("Content-Type")) add("Content-Type:");
+    add("Expect:");
     curl_easy_setopt(easy_, CURLOPT_HTTPHEADER, headerLines_);
 }
 
 void Transfer::setAddressChecks() {
     curl_easy_setopt(easy_, CURLOPT_OPENSOCKETFUNCTION, &Transfer::openSocket);
     curl_easy_setopt(easy_, CURLOPT_OPENSOCKETDATA, this);
-    // A kept connection is opened by nobody: look at its other end too.
+    // No socket is opened for a kept connection, so its other end is looked at too.
     curl_easy_setopt(easy_, CURLOPT_PREREQFUNCTION, &Transfer::checkPeer);
     curl_easy_setopt(easy_, CURLOPT_PREREQDATA, this);
 }
@@ -157,6 +157,9 @@ std::optional<Result<HTTPResponse>> Transfer::endHop(CURLcode code) {
     long status = 0;
     curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &status);
     const std::optional<URL> target = code == CURLE_OK ? redirectTarget() : std::nullopt;
+    const char* peer = nullptr;
+    curl_easy_getinfo(easy_, CURLINFO_PRIMARY_IP, &peer);
+    response_.peerAddress = peer == nullptr ? "" : peer;
     dropHandle();
 
     if (ownError_) return tl::unexpected(urlError(*ownError_));
@@ -219,7 +222,7 @@ std::size_t Transfer::takeHeader(char* bytes, std::size_t size, std::size_t coun
         transfer.ownError_ = url_error::badServerResponse;
         return 0;
     }
-    // Another status line follows an interim response.
+    // A second status line follows an interim response.
     if (line.starts_with("HTTP/")) transfer.response_.headers.clear();
     if (const std::size_t colon = line.find(':'); colon != std::string_view::npos) {
         transfer.response_.headers.insert_or_assign(asciiLowerCased(line.substr(0, colon)),
@@ -265,7 +268,7 @@ curl_socket_t Transfer::openSocket(void* self, curlsocktype, curl_sockaddr* addr
 
 int Transfer::checkPeer(void* self, char* peerAddress, char*, int, int) {
     Transfer& transfer = *static_cast<Transfer*>(self);
-    // One of a name's addresses may have been refused, and another one taken.
+    // A name may have several addresses: one was refused, and another one was used.
     transfer.ownError_.reset();
     if (!isPrivateNumericAddress(peerAddress)) return CURL_PREREQFUNC_OK;
     transfer.ownError_ = url_error::unsupportedURL;

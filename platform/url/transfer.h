@@ -34,7 +34,7 @@ public:
 
     /// A handle that is ready to send the current hop; nothing when there is no memory. It belongs to the
     /// transfer.
-    CURL* beginHop();
+    CURL* beginHop(const std::string& acceptLanguage);
     CURL* handle() const { return easy_; }
     bool isUnderWay() const { return easy_ != nullptr; }
 
@@ -53,7 +53,7 @@ public:
 
 private:
     void setMethodAndBody();
-    void setHeaders();
+    void setHeaders(const std::string& acceptLanguage);
     void setAddressChecks();
     std::optional<URL> redirectTarget() const;
     void redirectTo(URL target, int status);

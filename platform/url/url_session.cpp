@@ -113,6 +113,7 @@ struct URLLoader::Implementation {
     void cancelAll();
 
     const std::shared_ptr<RunningThreads> completionThreads = std::make_shared<RunningThreads>();
+    std::string acceptLanguage;
     std::optional<URLSession> sharedSession;
 
     mutable std::mutex mutex;
@@ -212,7 +213,7 @@ void URLLoader::Implementation::begin(Transfer& transfer) {
     }
     const auto connections = connectionsTo.find(transfer.origin());
     if (connections != connectionsTo.end() && connections->second == connectionsPerHost) return;
-    CURL* const handle = transfer.beginHop();
+    CURL* const handle = transfer.beginHop(acceptLanguage);
     if (handle == nullptr) {
         finish(transfer, tl::unexpected(urlError(url_error::unknown)));
         return;
@@ -282,7 +283,8 @@ void URLLoader::Implementation::cancelAll() {
     transfers.clear();
 }
 
-URLLoader::URLLoader() : implementation_(std::make_unique<Implementation>()) {
+URLLoader::URLLoader(std::string acceptLanguage) : implementation_(std::make_unique<Implementation>()) {
+    implementation_->acceptLanguage = std::move(acceptLanguage);
     implementation_->sharedSession.emplace(*this);
 }
 
@@ -320,6 +322,14 @@ void URLSession::dataTask(URLRequest request, DataTaskCompletion completion) {
     };
     loader_.implementation_->submit(
         std::make_unique<Transfer>(std::move(request), std::nullopt, std::move(finish)));
+}
+
+std::string acceptLanguage(const Locale& locale) {
+    std::string language = locale.identifier.substr(0, locale.identifier.find_first_of(".@"));
+    if (language.empty() || language == "C" || language == "POSIX") language = "en_US";
+    std::ranges::replace(language, '_', '-');
+    const std::size_t region = language.find('-');
+    return region == std::string::npos ? language : language + ", " + language.substr(0, region) + ";q=0.9";
 }
 
 Result<Bytes> contentsOf(const URL& url, URLLoader& loader, bool allowsPrivateHosts,

@@ -1,7 +1,7 @@
 #pragma once
 
-// Loads what addresses name: one I/O thread for all transfers of a process, and one serial
-// background queue a session, on which its completions run one after another.
+// Loads resources by their addresses: one I/O thread for all transfers of a process, and one serial
+// background queue per session, on which its completions run one after another.
 
 #include <chrono>
 #include <cstddef>
@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 #include "platform/base/bytes.h"
+#include "platform/base/locale.h"
 #include "platform/base/result.h"
 #include "platform/url/url.h"
 
@@ -51,16 +52,15 @@ struct URLRequest {
     std::chrono::milliseconds timeoutInterval = std::chrono::seconds(60);
     /// Of the decoded body; a longer one is an error (dataLengthExceedsMaximum).
     std::size_t maximumBodySize = 64U << 20;
-    /// Asked before the first hop and before each redirect; an address that it refuses ends the
-    /// transfer with unsupportedURL. Runs on the I/O thread.
-    std::function<bool(const URL&)> isAllowed = {};
-    /// When false, an address on this machine or on a private network ends the transfer with
-    /// unsupportedURL: on every hop, by the address itself and by what its host name resolves to.
+    /// When false, the transfer ends with unsupportedURL before anything is sent to this machine or a private
+    /// network. Every hop is judged by the address that its connection really goes to.
     bool allowsPrivateHosts = true;
 };
 
 struct HTTPResponse {
     int statusCode = 0;
+    /// The numeric address that the answer came from, of the last hop.
+    std::string peerAddress;
     /// Names in lower case; the last of several wins.
     std::map<std::string, std::string, std::less<>> headers;
     /// Absent when the response carried none (an empty body counts as none).
@@ -96,11 +96,13 @@ private:
 ///
 /// Redirects are followed, at most 20, to http and https only: 301 and 302 turn POST into GET, 303
 /// turns everything into GET, 307 and 308 keep method and body. Credentials do not go along to another
-/// origin. A 3xx without a usable Location is the response. Bodies arrive decompressed. Proxies of the
-/// environment are not used.
+/// origin. A 3xx without a usable Location is the response. Bodies arrive decompressed. Every request says
+/// which language the answer should have, unless its own headers do. Cookies and answers are not kept: each
+/// request goes to the server. Proxies of the environment are not used.
 class URLLoader {
 public:
-    URLLoader();
+    /// `acceptLanguage` is the header of that name (see below).
+    explicit URLLoader(std::string acceptLanguage = "en-US, en;q=0.9");
     /// Ends all transfers (their completions are dropped) and waits for completions that are running.
     ~URLLoader();
     URLLoader(const URLLoader&) = delete;
@@ -128,14 +130,12 @@ private:
 };
 
 /// Reads the resource at an address as a widget reads a picture: http and https only, 2 MiB at the
-/// most, statuses 101, 200 to 399, 401 and 407 give the body. An address on this machine or on a
-/// private network is refused unless `allowsPrivateHosts`; every redirect is checked anew, and so is
-/// every address that a host name resolves to.
+/// most, statuses 101, 200 to 399, 401 and 407 give the body. `allowsPrivateHosts` as in URLRequest.
 Result<Bytes> contentsOf(const URL& url, URLLoader& loader, bool allowsPrivateHosts,
                          std::chrono::steady_clock::time_point deadline);
 
-/// Whether the host of `url` is this machine or on a private, link-local or otherwise not public
-/// network, going by its literal address or by "localhost" names; a host name is not looked up.
-bool namesPrivateHost(const URL& url);
+/// The value of the header "Accept-Language" for a device's locale: "en-IN, en;q=0.9" for en_IN, "hi" for hi,
+/// and American English for the locales that name no language (C, POSIX, none).
+std::string acceptLanguage(const Locale& locale);
 
 }  // namespace platform

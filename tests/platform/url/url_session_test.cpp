@@ -73,6 +73,31 @@ TEST(URLLoader, SendsMethodHeadersAndBodyLetterByLetter) {
     EXPECT_EQ(request.header("expect"), std::nullopt);
 }
 
+TEST(URLLoader, AsksForTheDevicesLanguageUnlessTheRequestNamesOne) {
+    for (const auto& [locale, language] : {std::pair{"en_IN", "en-IN, en;q=0.9"},
+                                           {"hi", "hi"},
+                                           {"C", "en-US, en;q=0.9"},
+                                           {"", "en-US, en;q=0.9"},
+                                           {"zh_Hans_CN.UTF-8", "zh-Hans-CN, zh;q=0.9"}})
+        EXPECT_EQ(acceptLanguage({locale}), language);
+
+    LoopbackServer server;
+    server.answer({.body = "fine"});
+    server.answer("/old", Answer::redirect(302, "/new"));
+    URLLoader loader(acceptLanguage({"en_IN"}));
+    const auto response = loaded(loader, server.origin() + "/old");
+    ASSERT_TRUE(response);
+    EXPECT_EQ(response->peerAddress, "127.0.0.1");
+    loaded(loader, {.url = address(server.origin()), .headers = {{"accept-language", "fr"}}});
+
+    std::vector<std::string> languages;
+    for (const ReceivedRequest& request : server.requests()) {
+        EXPECT_EQ(request.headerCount("accept-language"), 1);
+        languages.push_back(request.header("accept-language").value_or(""));
+    }
+    EXPECT_THAT(languages, ElementsAre("en-IN, en;q=0.9", "en-IN, en;q=0.9", "fr"));
+}
+
 TEST(URLLoader, SendsALongBodyWithoutAskingForLeaveAndAddsNoContentTypeOfItsOwn) {
     LoopbackServer server;
     server.answer({.body = "fine"});
@@ -279,21 +304,6 @@ TEST(URLLoader, CredentialsDoNotGoAlongToAnotherOrigin) {
     EXPECT_EQ(other.requests().at(0).header("x-name"), "value");
 }
 
-TEST(URLLoader, AsksBeforeEveryHop) {
-    LoopbackServer server;
-    server.answer("/old", Answer::redirect(302, "/new"));
-    URLLoader loader;
-    std::vector<std::string> asked;
-    const auto response =
-        loaded(loader, {.url = address(server.origin() + "/old"), .isAllowed = [&](const URL& url) {
-                            asked.push_back(url.text());
-                            return !url.text().ends_with("/new");
-                        }});
-    EXPECT_EQ(errorCode(response), url_error::unsupportedURL);
-    EXPECT_THAT(asked, ElementsAre(server.origin() + "/old", server.origin() + "/new"));
-    EXPECT_EQ(server.requests().size(), 1U);
-}
-
 TEST(URLLoader, KeepsConnectionsBetweenSessionsAndCountsWhatItDoes) {
     LoopbackServer server;
     server.answer({.body = "fine", .delay = 30ms});
@@ -475,7 +485,7 @@ TEST(URLLoader, ChecksTheAddressThatANameResolvesTo) {
     char name[256] = {};
     ASSERT_EQ(::gethostname(name, sizeof name - 1), 0);
     const auto url = URL::parse("http://" + std::string(name) + ":9/");
-    if (!url || namesPrivateHost(*url)) GTEST_SKIP() << "this machine's name tells where it is";
+    if (!url) GTEST_SKIP() << "this machine's name does not fit into an address";
     URLLoader loader;
     const auto response = loaded(loader, {.url = *url, .allowsPrivateHosts = false});
     if (errorCode(response) == url_error::cannotFindHost) GTEST_SKIP() << "this machine's name is not known";

@@ -15,18 +15,21 @@
 
 namespace extension {
 
-/// Takes an answer for which nobody waits.
+/// Receives an answer that nobody is waiting for.
 struct NewsEntryHolder {
     NewsTimelineEntry entry;
 };
 
+/// The first five stories of an answer that has a body; none when it cannot be decoded. Reads their
+/// thumbnails too, one after another, for at most 8 seconds in all: late ones are absent, and so are those
+/// that would make all of them more than 2 MiB. A thumbnail on this machine or a private network is read only
+/// when the answer came from such an address: a public feed must not make this device read from a private
+/// network.
+std::vector<NewsUIVM> makeStories(const platform::HTTPResponse& answer, const platform::Runtime& runtime);
+
 /// Asks the service for its top stories, or the address that the phone app has put in its place. Keeps
-/// nothing between fetches; each of them ends exactly once, on a background queue, or on the caller's
-/// thread when the address is none. Every failure is an empty list.
-///
-/// A fetch reads the thumbnails too, one after another, all together for 8 seconds at most; those that are
-/// late are absent, and so are those that would make more than 2 MiB of all. A thumbnail on this machine or
-/// on a private network is read only when the feed's own address is on one.
+/// nothing between fetches. Each fetch ends exactly once: on a background queue, or on the caller's thread
+/// when the address cannot be formed. Every failure is an empty list.
 class NewsViewModel {
 public:
     /// `runtime` must outlive the fetches; the view model need not.
@@ -37,7 +40,7 @@ public:
     /// The list, and whether it holds anything.
     void fetchList(std::function<void(std::vector<NewsUIVM>, bool)> completion) const;
 
-    /// Where the stories are asked for.
+    /// The address of the stories.
     std::string newsAddress() const;
 
 private:
