@@ -1,5 +1,4 @@
 #include "platform/runtime/process_options.h"
-#include "platform/base/ascii.h"
 
 #include <pwd.h>
 #include <unistd.h>
@@ -8,13 +7,14 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include "platform/base/ascii.h"
 
 namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// A variable's value; an empty one counts as none.
+/// A variable's value; an empty one counts as unset.
 std::optional<std::string> environmentValue(const char* name) {
     const char* value = std::getenv(name);
     if (value == nullptr || *value == '\0') return std::nullopt;
@@ -26,7 +26,7 @@ struct Setting {
     std::optional<std::string> value;
 };
 
-/// An option beats its variable; `name` becomes the one that was used, for a message.
+/// An option overrides its variable; `name` is the one that was used, for messages.
 Setting choose(const std::optional<std::string>& option, std::string optionName, const char* variable) {
     if (option) return {std::move(optionName), option};
     return {variable, environmentValue(variable)};
@@ -43,7 +43,7 @@ fs::path homeDirectory() {
 }
 
 fs::path defaultDataDirectory() {
-    // The base directory counts only when it is absolute, as the XDG rules have it.
+    // The XDG rules ignore a base directory that is not absolute.
     const fs::path base = environmentValue("XDG_DATA_HOME").value_or("");
     return (base.is_absolute() ? base : homeDirectory() / ".local" / "share") / "brightledger";
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The options that every program of ours takes, and what they make of the process's surroundings.
+// The options that all our programs share, and the runtime that they and the environment describe.
 
 #include <filesystem>
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace platform {
 
-/// The common options as they stood on the command line; absent ones come from the environment.
+/// The common options as given on the command line; absent ones come from the environment.
 struct ProcessOptions {
     std::optional<std::string> dataDirectory = {};  // --data-dir, BRIGHTLEDGER_DATA_DIR
     std::optional<std::string> infoPlist = {};      // --info-plist, BRIGHTLEDGER_INFO_PLIST
@@ -22,22 +22,22 @@ struct ProcessOptions {
     bool isVerbose = false;                         // --verbose
 };
 
-/// What the options, then the environment's variables, then the system say; an empty variable counts as
-/// none. The bundle comes from `installedInfoPlist` unless another file is named, and is empty
+/// Options come before environment variables, and those before the system's settings; an empty variable
+/// counts as unset. The bundle comes from `installedInfoPlist` unless another file is named, and is empty
 /// when the installed file is not there. The widget center and the seed of identifiers stay unset.
 ///
 /// Errors of the domain "UsageError" are wrong usage: an instant without an offset, a version that is
-/// no number, an unknown zone. A file that cannot be read is a "PropertyListError".
+/// not a number, an unknown zone. A file that cannot be read is a "PropertyListError".
 Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options,
                                       const std::filesystem::path& installedInfoPlist);
 
-/// The same options as command-line arguments, to hand on to a child process. Paths are absolute.
+/// The same options as command-line arguments for a child process. Paths are absolute.
 std::vector<std::string> arguments(const ProcessOptions& options);
 
 /// The folder of the running program's file.
 std::filesystem::path programDirectory();
 
-/// Where what comes with the programs stands: "resources" beside them in a build, or
+/// The folder of the programs' resources: "resources" beside them in a build, or
 /// "../share/brightledger" once installed.
 std::filesystem::path resourcesDirectory();
 

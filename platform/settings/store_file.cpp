@@ -40,7 +40,7 @@ bool makeFolder(const fs::path& folder) {
     return makeFolder(folder.parent_path()) && (mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST);
 }
 
-/// Tries `take`, a system call that does not wait, until it has the lock.
+/// Repeats `take`, a system call that does not wait, until it succeeds or `patience` is over.
 template <typename Take>
 bool hold(const Take& take, milliseconds patience) {
     const auto end = std::chrono::steady_clock::now() + patience;
@@ -89,16 +89,17 @@ fs::path nameAside(const fs::path& file) {
     return name;
 }
 
-/// The first read of a connection: SQLite opens nearly anything and complains only now.
+/// The first read of a connection: SQLite opens nearly anything and reports faults only now.
 Result<void> readFirstPages(Database& database) {
     const auto prepared =
         database.execute("PRAGMA synchronous=NORMAL; PRAGMA cache_size=-256; PRAGMA cell_size_check=ON");
     if (!prepared) return prepared;
     const Result<std::string> version = database.text("PRAGMA user_version");
     if (!version) return tl::unexpected(version.error());
-    if (*version == "0") return settingsFailure(SQLITE_CORRUPT, "settings store: empty or not ours");
+    if (*version == "0")
+        return settingsFailure(SQLITE_CORRUPT, "settings store: the file is empty or not a settings store");
     if (*version != storeVersion) {
-        return settingsFailure(SQLITE_MISMATCH, "settings store: written by a newer version");
+        return settingsFailure(SQLITE_MISMATCH, "settings store: the file was written by a newer version");
     }
     return {};
 }

@@ -16,14 +16,13 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds patience{5};
 
-// In the order of the statements in a connection's cache.
-enum Query : std::size_t { readOne, readAll, write, erase, version, queryCount };
+// They index `queries` and the statements of a connection.
+enum Query : std::size_t { readOne, readAll, write, erase, queryCount };
 constexpr std::array<const char*, queryCount> queries{
     "SELECT value FROM settings WHERE key = ?1",
     "SELECT key, value FROM settings ORDER BY key",
     "INSERT INTO settings(key, value) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET value = excluded.value",
     "DELETE FROM settings WHERE key = ?1",
-    "PRAGMA data_version",
 };
 
 /// The code of an error that concerns one value and not the store.
@@ -33,14 +32,17 @@ Result<PropertyList> decoded(std::string_view key, const std::optional<std::stri
     std::optional<PropertyList> value = bytes ? decodeStoredValue(*bytes) : std::nullopt;
     if (value) return std::move(*value);
     return settingsFailure(undecodable,
-                           "settings store: the value of \"" + std::string(key) + "\" is not one of ours");
+                           "settings store: the value of \"" + std::string(key) + "\" cannot be decoded");
 }
 
-/// Holds the lock shared, over a store that is there: the first to find it missing makes it.
+/// Holds the lock shared and makes sure that the store exists: the first process to find it missing creates
+/// it.
 Result<void> joinStore(const StoreLock& lock, const fs::path& file) {
-    if (!lock.holdShared(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being repaired");
+    if (!lock.holdShared(patience))
+        return settingsFailure(SQLITE_BUSY, "the settings store is being repaired");
     if (isThere(file)) return {};
-    if (!lock.holdMaking(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being made");
+    if (!lock.holdMaking(patience))
+        return settingsFailure(SQLITE_BUSY, "the settings store is being created");
     const Result<void> made = isThere(file) ? Result<void>() : createStore(file);
     lock.releaseMaking();
     return made;
@@ -54,7 +56,7 @@ struct UserDefaults::Connection {
 
     ~Connection() {
         if (isForked()) {
-            // Closing would take the parent's log from under it.
+            // Closing would remove the log that the parent still uses.
             for (auto& statement : statements) (void)statement.release();
             database.abandon();
         }
@@ -63,7 +65,7 @@ struct UserDefaults::Connection {
     bool isForked() const { return owner != getpid(); }
 
     Result<void> check() const {
-        if (isForked()) return settingsFailure(SQLITE_MISUSE, "settings store: opened before a fork");
+        if (isForked()) return settingsFailure(SQLITE_MISUSE, "the settings store was opened before a fork");
         return {};
     }
 
@@ -110,7 +112,7 @@ struct UserDefaults::Connection {
         return {};
     }
 
-    /// Runs `work` between `begin` and a commit; takes all back unless both go well.
+    /// Runs `work` between `begin` and a commit; rolls back unless both succeed.
     template <typename Work>
     Result<void> inTransaction(const char* begin, Work&& work) {
         const auto begun = database.execute(begin);
@@ -140,7 +142,7 @@ struct UserDefaults::Connection {
 
     const pid_t owner = getpid();
     std::mutex mutex;
-    // The lock goes last and the statements first.
+    // Destroyed in reverse order: the statements first, the lock last.
     StoreLock lock;
     Database database;
     std::array<std::unique_ptr<Statement>, queryCount> statements;
@@ -238,19 +240,9 @@ Result<void> UserDefaults::transaction(const std::function<Result<void>(Transact
     if (const auto usable = connection_->check(); !usable) return usable;
     const std::lock_guard lock(connection_->mutex);
     Connection::OpenTransaction open(*connection_);
-    // Asks for the right to write at once: a reader that asks later is refused when another has written.
+    // Takes the write lock at once: a transaction that read first is refused once another process has
+    // written.
     return noted(connection_->inTransaction("BEGIN IMMEDIATE", [&] { return work(open); }));
-}
-
-Result<std::int64_t> UserDefaults::dataVersion() const {
-    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
-    const std::lock_guard lock(connection_->mutex);
-    const Result<Statement*> prepared = connection_->statement(version);
-    if (!prepared) return tl::unexpected(prepared.error());
-    auto run = (*prepared)->run();
-    const Result<bool> row = run.step();
-    if (!row) return tl::unexpected(row.error());
-    return run.integer(0);
 }
 
 fs::path storeFile(const fs::path& directory, std::string_view suiteName) {

@@ -1,6 +1,5 @@
 #include "platform/url/transfer.h"
 
-#include <strings.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -16,10 +15,6 @@ constexpr int maximumRedirects = 20;
 constexpr std::size_t maximumHeaderBytes = 256U << 10;
 constexpr std::size_t largestReservation = 2U << 20;
 
-bool isSameText(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
-
 bool isWebScheme(std::string_view scheme) { return scheme == "http" || scheme == "https"; }
 
 bool isRedirect(int status) {
@@ -29,7 +24,8 @@ bool isRedirect(int status) {
 
 bool isCredential(std::string_view headerName) {
     constexpr std::array<std::string_view, 3> credentials{"Authorization", "Cookie", "Proxy-Authorization"};
-    return std::ranges::any_of(credentials, [&](auto name) { return isSameText(name, headerName); });
+    return std::ranges::any_of(credentials,
+                               [&](auto name) { return equalsIgnoringAsciiCase(name, headerName); });
 }
 
 /// Scheme and authority: the text up to the first "/", "?" or "#" after the two slashes.
@@ -96,7 +92,7 @@ CURL* Transfer::beginHop(const std::string& acceptLanguage) {
     curl_easy_setopt(easy_, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(easy_, CURLOPT_PROXY, "");
     curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
-    // A name look-up that is given up must not hold the thread until the resolver gives up as well.
+    // A cancelled name look-up must not hold the thread until the resolver gives up as well.
     curl_easy_setopt(easy_, CURLOPT_QUICK_EXIT, 1L);
     curl_easy_setopt(easy_, CURLOPT_ACCEPT_ENCODING, "gzip, deflate, br");
     curl_easy_setopt(easy_, CURLOPT_USERAGENT, "Brightledger/1.0");
@@ -118,8 +114,8 @@ void Transfer::setMethodAndBody() {
         const std::string_view body = request_.body->view();
         curl_easy_setopt(easy_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
         curl_easy_setopt(easy_, CURLOPT_POSTFIELDS, body.data());
-    } else if (isSameText(request_.method, "POST")) {
-        // An empty body that says so; servers wait for one otherwise.
+    } else if (equalsIgnoringAsciiCase(request_.method, "POST")) {
+        // An empty body with its length; servers would wait for a body otherwise.
         curl_easy_setopt(easy_, CURLOPT_POSTFIELDSIZE, 0L);
         curl_easy_setopt(easy_, CURLOPT_POSTFIELDS, "");
     }
@@ -131,8 +127,9 @@ void Transfer::setHeaders(const std::string& acceptLanguage) {
         headerLines_ = curl_slist_append(headerLines_, line.c_str());
     };
     const auto isGiven = [this](std::string_view name) {
-        return std::ranges::any_of(request_.headers,
-                                   [&](const auto& header) { return isSameText(header.first, name); });
+        return std::ranges::any_of(request_.headers, [&](const auto& header) {
+            return equalsIgnoringAsciiCase(header.first, name);
+        });
     };
     for (const auto& [name, value] : request_.headers) add(std::string(name).append(": ").append(value));
     if (!isGiven("Accept-Language")) add("Accept-Language: " + acceptLanguage);
@@ -184,7 +181,7 @@ std::optional<URL> Transfer::redirectTarget() const {
 }
 
 void Transfer::redirectTo(URL target, int status) {
-    const bool isPost = isSameText(request_.method, "POST");
+    const bool isPost = equalsIgnoringAsciiCase(request_.method, "POST");
     if (status == 303 || (isPost && (status == 301 || status == 302))) {
         request_.method = "GET";
         request_.body.reset();
@@ -249,7 +246,7 @@ std::size_t Transfer::takeBody(char* bytes, std::size_t size, std::size_t count,
 }
 
 int Transfer::noteProgress(void* self, curl_off_t, curl_off_t downloaded, curl_off_t, curl_off_t uploaded) {
-    // Bytes on the wire: a compressed body may drip for long before it yields anything.
+    // Counts bytes as they are sent: a compressed body may trickle in for long before it yields anything.
     Transfer& transfer = *static_cast<Transfer*>(self);
     const curl_off_t seen = downloaded + uploaded;
     if (seen != transfer.bytesSeen_) transfer.lastByte_ = std::chrono::steady_clock::now();

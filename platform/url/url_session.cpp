@@ -53,7 +53,7 @@ struct RunningThreads {
 
 Error urlError(int code) { return {url_error::domain, code, description(code)}; }
 
-/// Runs completions in order, on a thread that lives while there are any.
+/// Runs completions in order, on a thread that exists only while there are completions.
 struct URLSession::Queue : std::enable_shared_from_this<Queue> {
     explicit Queue(std::shared_ptr<RunningThreads> running) : threads(std::move(running)) {}
 
@@ -71,7 +71,7 @@ struct URLSession::Queue : std::enable_shared_from_this<Queue> {
         while (const std::function<void()> completion = next()) completion();
     }
 
-    /// Nothing when the thread has to end, of which the loader then knows.
+    /// The next completion. Null when the thread must end, which it then has told the loader.
     std::function<void()> next() {
         std::deque<std::function<void()>> dropped;
         const std::lock_guard lock(threads->mutex);
@@ -88,7 +88,7 @@ struct URLSession::Queue : std::enable_shared_from_this<Queue> {
     }
 
     const std::shared_ptr<RunningThreads> threads;
-    // Both under the threads' mutex.
+    // The mutex of `threads` guards both.
     std::deque<std::function<void()>> completions;
     bool isRunning = false;
 };
@@ -124,7 +124,7 @@ struct URLLoader::Implementation {
     long transfersUnderWay = 0;
     steady_clock::time_point busySince;
 
-    // Of the I/O thread alone, but for waking it up.
+    // Only the I/O thread uses these, except to wake it up.
     CURLM* multi = nullptr;
     std::vector<std::unique_ptr<Transfer>> transfers;
     std::map<std::string, int> connectionsTo;
@@ -231,7 +231,7 @@ void URLLoader::Implementation::takeEnded() {
         Transfer& transfer = *reinterpret_cast<Transfer*>(self);
         if (auto result = endHop(transfer, message->data.result)) finish(transfer, std::move(*result));
     }
-    // What has to go on elsewhere, or had to wait for a connection, goes on now.
+    // Transfers that were redirected or waited for a connection continue now.
     beginWaiting();
 }
 

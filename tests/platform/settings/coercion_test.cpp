@@ -13,17 +13,6 @@ namespace {
 using Dictionary = PropertyList::Dictionary;
 using Array = PropertyList::Array;
 
-TEST(ACoercedString, IsTheTextOrTheNumberAsText) {
-    const std::vector<std::pair<PropertyList, std::optional<std::string>>> cases{
-        {"text", "text"},     {123, "123"},       {-5, "-5"},       {12.34, "12.34"},
-        {100000.0, "100000"}, {1e21, "1e+21"},    {true, "1"},      {false, "0"},
-        {Array{}, {}},        {Dictionary{}, {}}, {Bytes("x"), {}}, {Instant(), {}},
-    };
-    for (std::size_t i = 0; i < cases.size(); ++i)
-        EXPECT_EQ(coercedString(cases[i].first), cases[i].second) << i;
-    EXPECT_EQ(coercedString(std::nullopt), std::nullopt);
-}
-
 TEST(ACoercedInteger, IsTheLeadingNumberOfAText) {
     constexpr auto largest = std::numeric_limits<std::int64_t>::max();
     constexpr auto smallest = std::numeric_limits<std::int64_t>::min();
