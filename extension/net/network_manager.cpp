@@ -34,11 +34,11 @@ NetworkManager& NetworkManager::shared() {
 bool NetworkManager::sendRequest(const std::string& urlString, RequestMethod method,
                                  const std::optional<nlohmann::json>& parameters,
                                  std::function<void(Result<Bytes>)> completion) const {
-    return requestResponse(
-        urlString, method, parameters, [completion = std::move(completion)](Result<HTTPResponse> response) {
-            completion(
-                std::move(response).map([](HTTPResponse&& answer) { return *std::move(answer.body); }));
-        });
+    return requestResponse(urlString, method, parameters,
+                           [completion = std::move(completion)](const Result<HTTPResponse>& response) {
+                               if (!response) return completion(tl::unexpected(response.error()));
+                               completion(*response->body);
+                           });
 }
 
 bool NetworkManager::requestResponse(const std::string& urlString, RequestMethod method,
