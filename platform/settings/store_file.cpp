@@ -135,15 +135,15 @@ bool StoreLock::holdShared(milliseconds patience) const {
     return !exists() || hold([this] { return flock(file_.number(), LOCK_SH | LOCK_NB); }, patience);
 }
 
-bool StoreLock::holdAlone(milliseconds patience) const {
+bool StoreLock::holdExclusively(milliseconds patience) const {
     return !exists() || hold([this] { return flock(file_.number(), LOCK_EX | LOCK_NB); }, patience);
 }
 
-bool StoreLock::holdMaking(milliseconds patience) const {
+bool StoreLock::holdForCreating(milliseconds patience) const {
     return !exists() || hold([this] { return lockBytes(file_.number(), F_WRLCK); }, patience);
 }
 
-void StoreLock::releaseMaking() const {
+void StoreLock::releaseForCreating() const {
     if (exists()) lockBytes(file_.number(), F_UNLCK);
 }
 

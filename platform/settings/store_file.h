@@ -23,9 +23,9 @@ public:
     /// Either of the first two gives up the other. False when others still held the lock at the end of
     /// `patience`.
     bool holdShared(std::chrono::milliseconds patience) const;
-    bool holdAlone(std::chrono::milliseconds patience) const;
-    bool holdMaking(std::chrono::milliseconds patience) const;
-    void releaseMaking() const;
+    bool holdExclusively(std::chrono::milliseconds patience) const;
+    bool holdForCreating(std::chrono::milliseconds patience) const;
+    void releaseForCreating() const;
 
 private:
     FileDescriptor file_;

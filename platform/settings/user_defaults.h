@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 #include "platform/base/result.h"
 #include "platform/settings/property_list.h"
@@ -60,9 +61,9 @@ public:
 private:
     struct Connection;
     UserDefaults(std::unique_ptr<Connection> connection, Complaint complain);
-    /// Returns the result unchanged, after complaining about damage.
-    template <typename T>
-    Result<T> noted(Result<T> result) const;
+    /// What `work` returns, with the connection locked; complains about damage.
+    template <typename Work>
+    std::invoke_result_t<Work, Connection&> withConnection(Work work) const;
 
     std::unique_ptr<Connection> connection_;
     const Complaint complain_;
