@@ -2,6 +2,7 @@
 
 // The options that all our programs share, and the runtime that they and the environment describe.
 
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -13,13 +14,30 @@ namespace platform {
 
 /// The common options as given on the command line; absent ones come from the environment.
 struct ProcessOptions {
-    std::optional<std::string> dataDirectory = {};  // --data-dir, BRIGHTLEDGER_DATA_DIR
-    std::optional<std::string> infoPlist = {};      // --info-plist, BRIGHTLEDGER_INFO_PLIST
-    std::optional<std::string> now = {};            // --now, BRIGHTLEDGER_NOW
-    std::optional<std::string> osVersion = {};      // --os-version, BRIGHTLEDGER_OS_VERSION
-    std::optional<std::string> locale = {};         // --locale, BRIGHTLEDGER_LOCALE
-    std::optional<std::string> timeZone = {};       // --time-zone, BRIGHTLEDGER_TIME_ZONE
-    bool isVerbose = false;                         // --verbose
+    std::optional<std::string> dataDirectory = {};
+    std::optional<std::string> infoPlist = {};
+    std::optional<std::string> now = {};
+    std::optional<std::string> osVersion = {};
+    std::optional<std::string> locale = {};
+    std::optional<std::string> timeZone = {};
+    bool isVerbose = false;
+};
+
+/// One common option that has a value, and the environment variable that it overrides.
+struct CommonOption {
+    const char* name;
+    const char* variable;
+    std::optional<std::string> ProcessOptions::*value;
+    bool isPath = false;
+};
+
+inline constexpr std::array commonOptions{
+    CommonOption{"--data-dir", "BRIGHTLEDGER_DATA_DIR", &ProcessOptions::dataDirectory, true},
+    CommonOption{"--info-plist", "BRIGHTLEDGER_INFO_PLIST", &ProcessOptions::infoPlist, true},
+    CommonOption{"--now", "BRIGHTLEDGER_NOW", &ProcessOptions::now},
+    CommonOption{"--os-version", "BRIGHTLEDGER_OS_VERSION", &ProcessOptions::osVersion},
+    CommonOption{"--locale", "BRIGHTLEDGER_LOCALE", &ProcessOptions::locale},
+    CommonOption{"--time-zone", "BRIGHTLEDGER_TIME_ZONE", &ProcessOptions::timeZone},
 };
 
 /// Options come before environment variables, and those before the system's settings; an empty variable
