@@ -66,7 +66,7 @@ Response answerOf(const Make& make) {
     }
 }
 
-/// `make` must live until it is there.
+/// `make` must outlive the response.
 asio::awaitable<Response> madeOn(asio::thread_pool& threads, const Make& make) {
     co_return co_await asio::co_spawn(
         threads, [&make]() -> asio::awaitable<Response> { co_return answerOf(make); }, asio::use_awaitable);
@@ -74,8 +74,8 @@ asio::awaitable<Response> madeOn(asio::thread_pool& threads, const Make& make) {
 
 }  // namespace
 
-/// What the pushing side and the connection share. The pushing side appends and wakes the
-/// connection, which alone writes.
+/// Shared by the sender of events and the connection. The sender appends text and wakes the connection, which
+/// writes it.
 struct EventStream::Wire {
     std::mutex mutex;
     std::string waiting;
@@ -159,12 +159,12 @@ asio::awaitable<void> HttpServer::Implementation::accept() {
     for (;;) {
         auto [error, socket] = co_await acceptor.async_accept(quiet);
         if (error) {
-            // Out of descriptors, perhaps: without a pause this would spin.
+            // Perhaps there are no descriptors left; without a pause this would spin.
             co_await wait(std::chrono::milliseconds(50));
             continue;
         }
         if (connections >= limits.connections) continue;
-        // Or an event would wait for the reader to acknowledge the one before.
+        // Otherwise an event would wait until the reader has acknowledged the one before.
         beast::error_code ignored;
         socket.set_option(tcp::no_delay(true), ignored);
         ++connections;
@@ -250,7 +250,7 @@ asio::awaitable<void> HttpServer::Implementation::push(beast::tcp_stream& stream
     auto [error, bytes] = co_await http::async_write_header(stream, serializer, quiet);
 
     const std::shared_ptr<EventStream::Wire> wire = response.stream->wire_;
-    // However this ends, by the reader's going or by the server's: nobody must be woken any more.
+    // However this ends, because the reader leaves or the server stops: nobody must be woken any more.
     const struct Closing {
         ~Closing() { wire->close(); }
         std::shared_ptr<EventStream::Wire> wire;
@@ -274,7 +274,7 @@ asio::awaitable<void> HttpServer::Implementation::push(beast::tcp_stream& stream
             continue;
         }
         if (!isOpen) break;
-        // The comment that ends the wait finds out whether the reader is still there.
+        // Sending a comment after the wait finds out whether the reader is still there.
         timer->expires_after(std::chrono::seconds(15));
         const auto [ended] = co_await timer->async_wait(quiet);
         if (!ended) {

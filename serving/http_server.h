@@ -1,6 +1,6 @@
 #pragma once
 
-// A small HTTP/1.1 server for this machine alone.
+// A small HTTP/1.1 server that only this machine can reach.
 
 #include <chrono>
 #include <cstddef>
@@ -19,26 +19,26 @@
 namespace serving {
 
 struct Request {
-    /// As it was sent: "GET", or "get" from clients that send it so.
+    /// As it was sent: "GET", or "get" from some clients.
     std::string method;
     /// The part of the target before "?", as it was sent.
     std::string path;
-    /// What follows the first "?"; empty when there is none.
+    /// The part after the first "?"; empty without one.
     std::string query;
-    /// In the order of the wire.
+    /// In the order in which they were sent.
     std::vector<std::pair<std::string, std::string>> headers;
     std::string body;
 
-    /// The first header of that name in whatever case; nothing when there is none.
+    /// The first header of that name, in upper or lower case.
     std::optional<std::string_view> header(std::string_view name) const;
-    /// Whether the method is this one in whatever case.
+    /// Compares in upper or lower case.
     bool isMethod(std::string_view name) const;
 };
 
 /// An answer that does not end: server-sent events, which any thread may push at any time.
 ///
-/// A reader that falls behind by more than a megabyte is disconnected; it comes back by itself and
-/// starts from what is true then.
+/// A reader that falls behind by more than a megabyte is disconnected; it reconnects by itself and
+/// starts from the state at that time.
 class EventStream {
 public:
     EventStream();
@@ -48,7 +48,7 @@ public:
 
     /// `data` may have several lines. Dropped when the reader has gone.
     void send(std::string_view event, std::string_view data);
-    /// False once the reader has gone or the server has ended.
+    /// False once the reader has left or the server has stopped.
     bool isOpen() const;
 
 private:
@@ -62,15 +62,15 @@ struct Response {
     std::string contentType = "text/plain; charset=utf-8";
     std::vector<std::pair<std::string, std::string>> headers = {};
     platform::Bytes body = {};
-    /// Waited for before the first byte is sent, without holding a thread.
+    /// How long to wait before the first byte is sent. Blocks no thread.
     std::chrono::milliseconds delay{0};
-    /// How the connection fares: `cut` sends half of the body that it announces and closes, `reset`
-    /// sends nothing and resets.
+    /// How the connection ends: `cut` closes it after half of the announced body, `reset` resets it without
+    /// sending anything.
     enum class Ending { whole, cut, reset } ending = Ending::whole;
-    /// When there, status and headers are sent and then whatever is pushed; `body` is not used.
+    /// When set, status and headers are sent first, then the events; `body` is not used.
     std::shared_ptr<EventStream> stream = nullptr;
-    /// When there, the answer is what this makes. It runs on one of few threads kept for what takes long, so
-    /// that what is answered at once never waits for it.
+    /// When set, this makes the answer. It runs on one of a few threads for slow answers, so that quick
+    /// answers never wait for it.
     std::function<Response()> later = nullptr;
 };
 
@@ -78,19 +78,19 @@ struct ServerLimits {
     std::size_t connections = 64;
     std::size_t headerBytes = 16U << 10;
     std::size_t bodyBytes = 1U << 20;
-    /// Between requests, and for the whole of one request's arrival.
+    /// The limit for the time between requests, and for the arrival of one whole request.
     std::chrono::milliseconds idle = std::chrono::seconds(60);
 };
 
-/// Listens on 127.0.0.1 from its making to its end. A connection beyond the limit is closed at once,
-/// a request beyond one is answered with 400, 413 or 431 and closes its connection.
+/// Listens on 127.0.0.1 while it exists. A connection beyond the limit is closed at once. A request beyond a
+/// limit is answered with 413 or 431, a malformed one with 400, and its connection is closed.
 class HttpServer {
 public:
-    /// Runs on the server's own worker threads, several at once. Should not throw; what it throws
+    /// Runs on the server's own worker threads, several at once. Should not throw; an exception
     /// becomes status 500.
     using Handler = std::function<Response(const Request&)>;
 
-    /// `port` 0 takes any free one. Fails (domain "ServerError") when the port cannot be had.
+    /// `port` 0 takes any free one. Fails (domain "ServerError") when the port is not available.
     static platform::Result<std::unique_ptr<HttpServer>> start(std::uint16_t port, Handler handler,
                                                                ServerLimits limits = {});
     /// Closes all connections and waits for handlers that are running.
@@ -108,10 +108,11 @@ private:
     std::unique_ptr<Implementation> implementation_;
 };
 
-/// "%41" as "A" and "+" as a blank; a "%" without two digits stands for itself.
+/// "%41" as "A" and "+" as a blank; a "%" without two hexadecimal digits stays.
 std::string percentDecoded(std::string_view text);
 
-/// The decoded value of the first parameter of that name in a query; nothing when there is none.
+/// The decoded value of the first parameter of that name in a query; nothing when the query has no such
+/// parameter.
 std::optional<std::string> queryValue(std::string_view query, std::string_view name);
 
 }  // namespace serving

@@ -4,27 +4,28 @@
 
 namespace serving {
 
-namespace {
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-    return platform::asciiLowerCased(a) == platform::asciiLowerCased(b);
-}
-
-}  // namespace
-
 std::optional<std::string_view> Request::header(std::string_view name) const {
     for (const auto& [key, value] : headers) {
-        if (equalsIgnoringCase(key, name)) return value;
+        if (platform::equalsIgnoringAsciiCase(key, name)) return value;
     }
     return std::nullopt;
 }
 
-bool Request::isMethod(std::string_view name) const { return equalsIgnoringCase(method, name); }
+bool Request::isMethod(std::string_view name) const {
+    return platform::equalsIgnoringAsciiCase(method, name);
+}
 
 std::string percentDecoded(std::string_view text) {
-    std::string blanks(text);
-    std::ranges::replace(blanks, '+', ' ');
-    return platform::percentDecoded(blanks);
+    std::string decoded;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool mayBeEscape = text[i] == '%' && i + 2 < text.size();
+        const int high = mayBeEscape ? platform::hexDigit(text[i + 1]) : -1;
+        const int low = mayBeEscape ? platform::hexDigit(text[i + 2]) : -1;
+        const bool isEscape = high >= 0 && low >= 0;
+        decoded += isEscape ? static_cast<char>(high * 16 + low) : text[i] == '+' ? ' ' : text[i];
+        if (isEscape) i += 2;
+    }
+    return decoded;
 }
 
 std::optional<std::string> queryValue(std::string_view query, std::string_view name) {

@@ -18,12 +18,10 @@ constexpr std::size_t largestAnswer = 1U << 20;
 /// In lower case, which is what the service receives and expects.
 const char* methodText(RequestMethod method) { return method == RequestMethod::post ? "post" : "get"; }
 
-Result<Bytes> bodyOf(Result<HTTPResponse> response) {
-    if (!response) return tl::unexpected(std::move(response.error()));
-    if (response->statusCode != 200 || !response->body) {
+Result<HTTPResponse> checked(Result<HTTPResponse> response) {
+    if (response && (response->statusCode != 200 || !response->body))
         return tl::unexpected(platform::urlError(platform::url_error::badServerResponse));
-    }
-    return *std::move(response->body);
+    return response;
 }
 
 }  // namespace
@@ -36,6 +34,16 @@ NetworkManager& NetworkManager::shared() {
 bool NetworkManager::sendRequest(const std::string& urlString, RequestMethod method,
                                  const std::optional<nlohmann::json>& parameters,
                                  std::function<void(Result<Bytes>)> completion) const {
+    return requestResponse(urlString, method, parameters,
+                           [completion = std::move(completion)](const Result<HTTPResponse>& response) {
+                               if (!response) return completion(tl::unexpected(response.error()));
+                               completion(*response->body);
+                           });
+}
+
+bool NetworkManager::requestResponse(const std::string& urlString, RequestMethod method,
+                                     const std::optional<nlohmann::json>& parameters,
+                                     platform::DataTaskCompletion completion) const {
     const std::optional<platform::URL> url = platform::URL::parse(urlString);
     if (!url) {
         completion(tl::unexpected(platform::urlError(platform::url_error::badURL)));
@@ -54,7 +62,7 @@ bool NetworkManager::sendRequest(const std::string& urlString, RequestMethod met
     // Its own session, so that a slow completion does not hold up another one.
     platform::URLSession session(runtime_.urls());
     session.dataTask(std::move(request), [completion = std::move(completion)](Result<HTTPResponse> response) {
-        completion(bodyOf(std::move(response)));
+        completion(checked(std::move(response)));
     });
     return true;
 }

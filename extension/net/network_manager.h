@@ -9,6 +9,7 @@
 #include "platform/base/bytes.h"
 #include "platform/base/result.h"
 #include "platform/runtime/runtime.h"
+#include "platform/url/url_session.h"
 
 namespace extension {
 
@@ -36,6 +37,11 @@ public:
     bool sendRequest(const std::string& urlString, RequestMethod method,
                      const std::optional<nlohmann::json>& parameters,
                      std::function<void(platform::Result<platform::Bytes>)> completion) const;
+
+    /// The same for callers that also need to know where the answer came from; its body is there.
+    bool requestResponse(const std::string& urlString, RequestMethod method,
+                         const std::optional<nlohmann::json>& parameters,
+                         platform::DataTaskCompletion completion) const;
 
 private:
     const platform::Runtime& runtime_;

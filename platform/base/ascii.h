@@ -21,6 +21,11 @@ inline std::string asciiLowerCased(std::string_view text) {
     return lower;
 }
 
+constexpr bool equalsIgnoringAsciiCase(std::string_view a, std::string_view b) {
+    return std::ranges::equal(
+        a, b, [](char first, char second) { return asciiLowerCased(first) == asciiLowerCased(second); });
+}
+
 /// `text` without the blanks at both ends.
 constexpr std::string_view trimmed(std::string_view text, std::string_view blanks = " \t\r\n") {
     const std::size_t first = text.find_first_not_of(blanks);
@@ -35,28 +40,13 @@ constexpr int hexDigit(char digit) {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-/// The number that the whole text is ("-12"; no blanks, no leading "+"), if `Number` can hold it.
+/// The whole text as a number ("-12"; no blanks, no leading "+"); nothing when `Number` cannot hold it.
 template <typename Number, typename... Base>
 std::optional<Number> parsedNumber(std::string_view text, Base... base) {
     Number number{};
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, number, base...);
     return error == std::errc() && rest == end ? std::optional(number) : std::nullopt;
-}
-
-/// `text` with its percent escapes decoded; a "%" that no two digits follow stays.
-inline std::string percentDecoded(std::string_view text) {
-    std::string decoded;
-    decoded.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool mayBeEscape = text[i] == '%' && i + 2 < text.size();
-        const int high = mayBeEscape ? hexDigit(text[i + 1]) : -1;
-        const int low = mayBeEscape ? hexDigit(text[i + 2]) : -1;
-        const bool isEscape = high >= 0 && low >= 0;
-        decoded += isEscape ? static_cast<char>(high * 16 + low) : text[i];
-        if (isEscape) i += 2;
-    }
-    return decoded;
 }
 
 }  // namespace platform

@@ -1,7 +1,9 @@
 #include "platform/base/clock.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include "platform/base/ascii.h"
 
 namespace platform {
 namespace {
@@ -9,20 +11,11 @@ namespace {
 using std::chrono::floor;
 using std::chrono::milliseconds;
 
-/// Reads exactly `count` decimal digits at `position` and moves past them; -1 when they are not there.
-int readDigits(std::string_view text, std::size_t& position, std::size_t count) {
-    int value = 0;
-    for (std::size_t end = position + count; position < end; ++position) {
-        if (position >= text.size() || text[position] < '0' || text[position] > '9') return -1;
-        value = value * 10 + (text[position] - '0');
-    }
-    return value;
-}
-
-bool readSign(std::string_view text, std::size_t& position, char sign) {
-    if (position >= text.size() || text[position] != sign) return false;
-    ++position;
-    return true;
+/// Whether `text` looks like `shape`, where "0" stands for any decimal digit.
+bool hasShape(std::string_view text, std::string_view shape) {
+    return std::ranges::equal(text, shape, [](char character, char expected) {
+        return expected == '0' ? character >= '0' && character <= '9' : character == expected;
+    });
 }
 
 }  // namespace
@@ -42,49 +35,40 @@ std::string formatInstant(Instant instant) {
 }
 
 std::optional<Instant> parseInstant(std::string_view text) {
-    std::size_t at = 0;
-    const int year = readDigits(text, at, 4);
-    if (year < 0 || !readSign(text, at, '-')) return std::nullopt;
-    const int month = readDigits(text, at, 2);
-    if (month < 0 || !readSign(text, at, '-')) return std::nullopt;
-    const int day = readDigits(text, at, 2);
-    if (day < 0 || !readSign(text, at, 'T')) return std::nullopt;
-    const int hour = readDigits(text, at, 2);
-    if (hour < 0 || hour > 23 || !readSign(text, at, ':')) return std::nullopt;
-    const int minute = readDigits(text, at, 2);
-    if (minute < 0 || minute > 59 || !readSign(text, at, ':')) return std::nullopt;
-    const int second = readDigits(text, at, 2);
-    if (second < 0 || second > 59) return std::nullopt;
+    if (!hasShape(text.substr(0, 19), "0000-00-00T00:00:00")) return std::nullopt;
+    const auto number = [](std::string_view digits) { return *parsedNumber<int>(digits); };
+    std::string_view rest = text.substr(19);
 
-    std::chrono::nanoseconds fraction{0};
-    if (readSign(text, at, '.')) {
-        const std::size_t first = at;
-        std::int64_t unit = 100'000'000;
-        for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at, unit /= 10) {
-            fraction += std::chrono::nanoseconds((text[at] - '0') * unit);
-        }
-        if (at == first) return std::nullopt;
+    std::string nanoseconds(9, '0');
+    if (rest.starts_with('.')) {
+        const std::string_view fraction = rest.substr(1, rest.find_first_not_of("0123456789", 1) - 1);
+        if (fraction.empty()) return std::nullopt;
+        fraction.copy(nanoseconds.data(), nanoseconds.size());
+        rest.remove_prefix(1 + fraction.size());
     }
 
     std::chrono::minutes offset{0};
-    if (!readSign(text, at, 'Z')) {
-        const bool isEast = readSign(text, at, '+');
-        if (!isEast && !readSign(text, at, '-')) return std::nullopt;
-        const int hours = readDigits(text, at, 2);
-        if (hours < 0 || hours > 23 || !readSign(text, at, ':')) return std::nullopt;
-        const int minutes = readDigits(text, at, 2);
-        if (minutes < 0 || minutes > 59) return std::nullopt;
-        offset = std::chrono::minutes((isEast ? 1 : -1) * (hours * 60 + minutes));
+    if (rest != "Z") {
+        if (!hasShape(rest, "+00:00") && !hasShape(rest, "-00:00")) return std::nullopt;
+        const int hours = number(rest.substr(1, 2));
+        const int minutes = number(rest.substr(4));
+        if (hours > 23 || minutes > 59) return std::nullopt;
+        offset = std::chrono::minutes((rest[0] == '-' ? -1 : 1) * (hours * 60 + minutes));
     }
-    if (at != text.size()) return std::nullopt;
 
-    const std::chrono::year_month_day date{std::chrono::year(year),
-                                           std::chrono::month(static_cast<unsigned>(month)),
-                                           std::chrono::day(static_cast<unsigned>(day))};
+    const int year = number(text.substr(0, 4));
+    const std::chrono::year_month_day date{
+        std::chrono::year(year), std::chrono::month(static_cast<unsigned>(number(text.substr(5, 2)))),
+        std::chrono::day(static_cast<unsigned>(number(text.substr(8, 2))))};
+    const int hour = number(text.substr(11, 2));
+    const int minute = number(text.substr(14, 2));
+    const int second = number(text.substr(17, 2));
+    if (!date.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
     // The clock counts nanoseconds in 64 bits: from the year 1677 to 2262.
-    if (!date.ok() || year < 1700 || year > 2200) return std::nullopt;
+    if (year < 1700 || year > 2200) return std::nullopt;
     return Instant(std::chrono::sys_days(date).time_since_epoch() + std::chrono::hours(hour) +
-                   std::chrono::minutes(minute) + std::chrono::seconds(second) + fraction - offset);
+                   std::chrono::minutes(minute) + std::chrono::seconds(second) +
+                   std::chrono::nanoseconds(number(nanoseconds)) - offset);
 }
 
 Instant Clock::now() const {

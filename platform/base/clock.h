@@ -1,6 +1,6 @@
 #pragma once
 
-// Moments, and the one place where a process learns what moment it is.
+// Moments, and the one place where a process learns the current time.
 
 #include <chrono>
 #include <memory>
@@ -13,11 +13,11 @@ namespace platform {
 
 using Instant = std::chrono::system_clock::time_point;
 
-/// ISO 8601 in UTC with milliseconds, cut and not rounded: "2026-11-22T03:30:00.000Z".
+/// ISO 8601 in UTC with milliseconds, truncated, not rounded: "2026-11-22T03:30:00.000Z".
 std::string formatInstant(Instant instant);
 
 /// Reads an ISO 8601 date and time with seconds, optional fraction, and "Z" or an offset such as
-/// "+05:30". A text without an offset, or with anything around it, is nothing.
+/// "+05:30". Nothing for a text without an offset or with anything around it.
 std::optional<Instant> parseInstant(std::string_view text);
 
 /// The process's clock: the real one, one that stands still, or one that runs at another speed.
@@ -34,7 +34,7 @@ public:
 
     Instant now() const;
 
-    /// From this moment on the clock shows `instant` and moves on at `rate` seconds a second; 0
+    /// From now on the clock shows `instant` and moves on at `rate` seconds a second; 0
     /// stops it.
     void set(Instant instant, double rate);
     /// Back to the system's clock.

@@ -8,12 +8,12 @@
 
 namespace platform {
 
-/// Made from red, green and blue it has four components, made from white it has two, and a colour
-/// that is no plain colour (a pattern, say) has none: its hexadecimal text depends on that.
+/// A colour made from red, green and blue has four components, one made from white has two, and one that is
+/// not a plain colour (such as a pattern) has none. Its hexadecimal text depends on that.
 /// Components are fractions of 1.
 class Color {
 public:
-    /// Without components; drawn as clear.
+    /// Without components; drawn as transparent.
     constexpr Color() = default;
 
     static constexpr Color rgb(double red, double green, double blue, double alpha = 1.0) {

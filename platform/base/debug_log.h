@@ -1,6 +1,6 @@
 #pragma once
 
-// Diagnostics for a developer; nothing of this reaches a widget.
+// Diagnostics for developers; widgets never show them.
 
 #include <functional>
 #include <mutex>

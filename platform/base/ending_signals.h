@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// Blocks them, for `sigwait` and its kin to take. To be called before any thread is there, so that none is
-/// interrupted by them.
+/// Blocks them, so that `sigwait` and similar calls can receive them. Call it before the first thread starts,
+/// so that they interrupt no thread.
 sigset_t blockEndingSignals();
 
 }  // namespace platform

@@ -1,6 +1,6 @@
 #pragma once
 
-// The end of the process, for what must not happen.
+// Ends the process when something happens that must not.
 
 #include <string_view>
 

@@ -35,7 +35,7 @@ private:
     int number_ = -1;
 };
 
-/// Takes it over, above the three standard ones, which a child's own go over.
+/// Takes over `number` and moves it above 2, since dup2 in a child process would overwrite it.
 inline FileDescriptor aboveStandard(int number) {
     FileDescriptor original(number);
     if (number > STDERR_FILENO || number < 0) return original;

@@ -59,10 +59,13 @@ Result<void> writeFile(const std::filesystem::path& path, std::string_view conte
         ::unlink(draft.c_str());
         return fileError("write", path, error);
     }
-    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    syncFolder(path.has_parent_path() ? path.parent_path() : ".");
+    return {};
+}
+
+void syncFolder(const std::filesystem::path& folder) {
     const FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) ::fsync(directory.number());
-    return {};
 }
 
 }  // namespace platform

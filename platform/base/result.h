@@ -1,6 +1,6 @@
 #pragma once
 
-// Failures as values: what every door of this code answers with when something can go wrong.
+// Failures as values: what every operation returns that can go wrong.
 
 #include <string>
 #include <tl/expected.hpp>
@@ -8,8 +8,8 @@
 
 namespace platform {
 
-/// What went wrong. `domain` names who says so ("URLError", "SettingsError", ...), `code` is one of
-/// that domain's numbers, and `message` is one line for a log, without a full stop.
+/// What went wrong. `domain` names the part that reports it ("URLError", "SettingsError", ...), `code` is one
+/// of that domain's numbers, and `message` is one line for a log, without a full stop.
 struct Error {
     std::string domain;
     int code = 0;
@@ -18,7 +18,7 @@ struct Error {
     bool operator==(const Error&) const = default;
 };
 
-/// A value, or the error that stands in its place.
+/// A value, or the error that explains why there is none.
 template <typename T>
 using Result = tl::expected<T, Error>;
 

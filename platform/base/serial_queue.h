@@ -35,7 +35,7 @@ public:
         changed_.notify_all();
     }
 
-    /// Waits until every task has run. Not to be called by a task.
+    /// Waits until every task has run. A task must not call it.
     void finish() {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [this] { return tasks_.empty() && !isBusy_; });

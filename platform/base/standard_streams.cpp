@@ -9,7 +9,8 @@ namespace platform {
 void fillStandardStreams() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(descriptor, F_GETFD) != -1) continue;
-        // The lowest free number is this one. Nobody can write into a file that is open for reading.
+        // open() takes the lowest free number, which is this one. Standard output is opened for reading, so
+        // that writing to it fails.
         ::open("/dev/null", descriptor == STDERR_FILENO ? O_WRONLY : O_RDONLY);
     }
 }

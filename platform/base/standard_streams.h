@@ -4,9 +4,9 @@
 
 namespace platform {
 
-/// Puts an empty file where a program was started without one of its standard streams: else the next file
-/// that it opens would take that number, and what is printed would go there. Writing to a standard output
-/// that was not there still fails. To be called first of all.
+/// Opens /dev/null for every standard stream that the program was started without. Otherwise the next file
+/// that it opens would get that number, and output would go into the file. Writing to a standard output that
+/// was missing still fails. Call it first.
 void fillStandardStreams();
 
 }  // namespace platform

@@ -17,14 +17,14 @@ struct UUID {
 
     /// Upper case, as the platform prints it.
     std::string text() const;
-    /// Reads either case; nothing when `text` is no identifier in the usual form.
+    /// Reads either case; nothing when `text` is not an identifier in the usual form.
     static std::optional<UUID> parse(std::string_view text);
 
     bool operator==(const UUID&) const = default;
 };
 
-/// Makes random identifiers (version 4). With a seed the sequence is always the same, so that what
-/// carries identifiers can be compared. Any thread.
+/// Makes random identifiers (version 4). With a seed the sequence is always the same, so that
+/// output with identifiers can be compared. Any thread.
 class IdSource {
 public:
     IdSource();

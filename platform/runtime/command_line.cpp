@@ -1,28 +1,10 @@
 #include "platform/runtime/command_line.h"
 
-#include <array>
-#include <optional>
 #include <string_view>
 #include <utility>
 
 namespace platform {
 namespace {
-
-using TextOption = std::optional<std::string> ProcessOptions::*;
-
-struct CommonOption {
-    std::string_view name;
-    TextOption value;
-};
-
-constexpr std::array commonOptions{
-    CommonOption{"--data-dir", &ProcessOptions::dataDirectory},
-    CommonOption{"--info-plist", &ProcessOptions::infoPlist},
-    CommonOption{"--now", &ProcessOptions::now},
-    CommonOption{"--os-version", &ProcessOptions::osVersion},
-    CommonOption{"--locale", &ProcessOptions::locale},
-    CommonOption{"--time-zone", &ProcessOptions::timeZone},
-};
 
 const CommonOption* commonOption(std::string_view name) {
     for (const CommonOption& option : commonOptions) {

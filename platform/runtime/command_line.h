@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// Takes the common options ("--now INSTANT", "--now=INSTANT", ...) out of `arguments`, wherever they stand
-/// before a "--", and leaves the rest in order. Of several the last one counts. A missing value is a
+/// Takes the common options ("--now INSTANT", "--now=INSTANT", ...) out of `arguments`, wherever they are
+/// before a "--", and leaves the rest in order. The last one of several counts. A missing value is a
 /// "UsageError".
 Result<ProcessOptions> takeProcessOptions(std::vector<std::string>& arguments);
 

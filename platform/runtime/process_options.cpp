@@ -1,20 +1,21 @@
 #include "platform/runtime/process_options.h"
-#include "platform/base/ascii.h"
 
 #include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include "platform/base/ascii.h"
 
 namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// A variable's value; an empty one counts as none.
+/// A variable's value; an empty one counts as unset.
 std::optional<std::string> environmentValue(const char* name) {
     const char* value = std::getenv(name);
     if (value == nullptr || *value == '\0') return std::nullopt;
@@ -26,10 +27,11 @@ struct Setting {
     std::optional<std::string> value;
 };
 
-/// An option beats its variable; `name` becomes the one that was used, for a message.
-Setting choose(const std::optional<std::string>& option, std::string optionName, const char* variable) {
-    if (option) return {std::move(optionName), option};
-    return {variable, environmentValue(variable)};
+/// An option overrides its variable; `name` is the one that was used, for messages.
+Setting choose(const ProcessOptions& options, std::optional<std::string> ProcessOptions::*value) {
+    const CommonOption& option = *std::ranges::find(commonOptions, value, &CommonOption::value);
+    if (options.*value) return {option.name, options.*value};
+    return {option.variable, environmentValue(option.variable)};
 }
 
 tl::unexpected<Error> wrongUsage(const Setting& setting, std::string_view expected) {
@@ -43,7 +45,7 @@ fs::path homeDirectory() {
 }
 
 fs::path defaultDataDirectory() {
-    // The base directory counts only when it is absolute, as the XDG rules have it.
+    // The XDG rules ignore a base directory that is not absolute.
     const fs::path base = environmentValue("XDG_DATA_HOME").value_or("");
     return (base.is_absolute() ? base : homeDirectory() / ".local" / "share") / "brightledger";
 }
@@ -66,32 +68,32 @@ Result<BundleInformation> readBundle(const std::optional<std::string>& named, co
 Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::path& installedInfoPlist) {
     RuntimeOptions result;
 
-    const Setting directory = choose(options.dataDirectory, "--data-dir", "BRIGHTLEDGER_DATA_DIR");
+    const Setting directory = choose(options, &ProcessOptions::dataDirectory);
     if (directory.value && directory.value->empty())
         return wrongUsage(directory, "is not the name of a folder");
     result.dataDirectory = directory.value ? absolutePath(*directory.value) : defaultDataDirectory();
 
-    const Setting now = choose(options.now, "--now", "BRIGHTLEDGER_NOW");
+    const Setting now = choose(options, &ProcessOptions::now);
     if (now.value) {
         result.now = parseInstant(*now.value);
         if (!result.now) return wrongUsage(now, "is not an ISO 8601 instant with an offset or Z");
     }
 
-    const Setting version = choose(options.osVersion, "--os-version", "BRIGHTLEDGER_OS_VERSION");
+    const Setting version = choose(options, &ProcessOptions::osVersion);
     if (version.value) {
         result.osVersion = parsedNumber<int>(*version.value).value_or(0);
         if (result.osVersion < 1) return wrongUsage(version, "is not a version number");
     }
 
-    const Setting locale = choose(options.locale, "--locale", "BRIGHTLEDGER_LOCALE");
+    const Setting locale = choose(options, &ProcessOptions::locale);
     if (locale.value && locale.value->empty()) return wrongUsage(locale, "is not the name of a locale");
     result.locale = locale.value ? Locale{*locale.value} : systemLocale();
 
-    const Setting zone = choose(options.timeZone, "--time-zone", "BRIGHTLEDGER_TIME_ZONE");
+    const Setting zone = choose(options, &ProcessOptions::timeZone);
     result.timeZone = zone.value ? TimeZone{*zone.value} : systemTimeZone();
     if (zone.value && !isTimeZone(*zone.value)) return wrongUsage(zone, "is not a known time zone");
 
-    const Setting infoPlist = choose(options.infoPlist, "--info-plist", "BRIGHTLEDGER_INFO_PLIST");
+    const Setting infoPlist = choose(options, &ProcessOptions::infoPlist);
     Result<BundleInformation> bundle = readBundle(infoPlist.value, installedInfoPlist);
     if (!bundle) return tl::unexpected(bundle.error());
     result.bundle = std::move(*bundle);
@@ -102,18 +104,11 @@ Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::p
 
 std::vector<std::string> arguments(const ProcessOptions& options) {
     std::vector<std::string> result;
-    const auto add = [&result](const char* name, const std::optional<std::string>& value) {
-        if (value) result.insert(result.end(), {name, *value});
-    };
-    const auto addPath = [&add](const char* name, const std::optional<std::string>& path) {
-        if (path) add(name, absolutePath(*path).string());
-    };
-    addPath("--data-dir", options.dataDirectory);
-    addPath("--info-plist", options.infoPlist);
-    add("--now", options.now);
-    add("--os-version", options.osVersion);
-    add("--locale", options.locale);
-    add("--time-zone", options.timeZone);
+    for (const CommonOption& option : commonOptions) {
+        if (const auto& value = options.*option.value)
+            result.insert(result.end(),
+                          {option.name, option.isPath ? absolutePath(*value).string() : *value});
+    }
     if (options.isVerbose) result.emplace_back("--verbose");
     return result;
 }

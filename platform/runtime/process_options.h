@@ -1,7 +1,8 @@
 #pragma once
 
-// The options that every program of ours takes, and what they make of the process's surroundings.
+// The options that all our programs share, and the runtime that they and the environment describe.
 
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -11,33 +12,50 @@
 
 namespace platform {
 
-/// The common options as they stood on the command line; absent ones come from the environment.
+/// The common options as given on the command line; absent ones come from the environment.
 struct ProcessOptions {
-    std::optional<std::string> dataDirectory = {};  // --data-dir, BRIGHTLEDGER_DATA_DIR
-    std::optional<std::string> infoPlist = {};      // --info-plist, BRIGHTLEDGER_INFO_PLIST
-    std::optional<std::string> now = {};            // --now, BRIGHTLEDGER_NOW
-    std::optional<std::string> osVersion = {};      // --os-version, BRIGHTLEDGER_OS_VERSION
-    std::optional<std::string> locale = {};         // --locale, BRIGHTLEDGER_LOCALE
-    std::optional<std::string> timeZone = {};       // --time-zone, BRIGHTLEDGER_TIME_ZONE
-    bool isVerbose = false;                         // --verbose
+    std::optional<std::string> dataDirectory = {};
+    std::optional<std::string> infoPlist = {};
+    std::optional<std::string> now = {};
+    std::optional<std::string> osVersion = {};
+    std::optional<std::string> locale = {};
+    std::optional<std::string> timeZone = {};
+    bool isVerbose = false;
 };
 
-/// What the options, then the environment's variables, then the system say; an empty variable counts as
-/// none. The bundle comes from `installedInfoPlist` unless another file is named, and is empty
+/// One common option that has a value, and the environment variable that it overrides.
+struct CommonOption {
+    const char* name;
+    const char* variable;
+    std::optional<std::string> ProcessOptions::*value;
+    bool isPath = false;
+};
+
+inline constexpr std::array commonOptions{
+    CommonOption{"--data-dir", "BRIGHTLEDGER_DATA_DIR", &ProcessOptions::dataDirectory, true},
+    CommonOption{"--info-plist", "BRIGHTLEDGER_INFO_PLIST", &ProcessOptions::infoPlist, true},
+    CommonOption{"--now", "BRIGHTLEDGER_NOW", &ProcessOptions::now},
+    CommonOption{"--os-version", "BRIGHTLEDGER_OS_VERSION", &ProcessOptions::osVersion},
+    CommonOption{"--locale", "BRIGHTLEDGER_LOCALE", &ProcessOptions::locale},
+    CommonOption{"--time-zone", "BRIGHTLEDGER_TIME_ZONE", &ProcessOptions::timeZone},
+};
+
+/// Options come before environment variables, and those before the system's settings; an empty variable
+/// counts as unset. The bundle comes from `installedInfoPlist` unless another file is named, and is empty
 /// when the installed file is not there. The widget center and the seed of identifiers stay unset.
 ///
 /// Errors of the domain "UsageError" are wrong usage: an instant without an offset, a version that is
-/// no number, an unknown zone. A file that cannot be read is a "PropertyListError".
+/// not a number, an unknown zone. A file that cannot be read is a "PropertyListError".
 Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options,
                                       const std::filesystem::path& installedInfoPlist);
 
-/// The same options as command-line arguments, to hand on to a child process. Paths are absolute.
+/// The same options as command-line arguments for a child process. Paths are absolute.
 std::vector<std::string> arguments(const ProcessOptions& options);
 
 /// The folder of the running program's file.
 std::filesystem::path programDirectory();
 
-/// Where what comes with the programs stands: "resources" beside them in a build, or
+/// The folder of the programs' resources: "resources" beside them in a build, or
 /// "../share/brightledger" once installed.
 std::filesystem::path resourcesDirectory();
 

@@ -11,7 +11,7 @@
 namespace platform {
 namespace {
 
-/// Stands in where no host runs.
+/// Used when no host runs.
 class NoWidgetCenter final : public WidgetCenter {
 public:
     void reloadTimelines(std::string_view) override {}
@@ -24,7 +24,7 @@ public:
 
 std::atomic<const Runtime*> current = nullptr;
 
-/// Forgets that `owner` was the process's one, if it was.
+/// Ends `owner`'s time as the process's runtime.
 struct CurrentRuntimeGuard {
     const Runtime* owner;
     ~CurrentRuntimeGuard() { current.compare_exchange_strong(owner, nullptr); }
@@ -34,7 +34,7 @@ struct CurrentRuntimeGuard {
 
 struct Runtime::State {
     State(const Runtime* owner, RuntimeOptions options)
-        : resignation{owner},
+        : currentGuard{owner},
           locale(std::move(options.locale)),
           timeZone(std::move(options.timeZone)),
           calendar(timeZone),
@@ -48,8 +48,8 @@ struct Runtime::State {
         if (options.now) clock.set(*options.now, 0.0);
     }
 
-    // First, so that it comes last: a completion that is still running may ask for the process's one.
-    CurrentRuntimeGuard resignation;
+    // Declared first, so that it is destroyed last: a running completion may ask for the process's runtime.
+    CurrentRuntimeGuard currentGuard;
 
     Clock clock;
     Locale locale;
@@ -59,7 +59,7 @@ struct Runtime::State {
     int osVersion;
     std::filesystem::path dataDirectory;
     IdSource ids;
-    // Shared with the suites' stores, which may be held for longer than this.
+    // Shared with the suites' stores, which may outlive this.
     std::shared_ptr<DebugLog> log;
     std::shared_ptr<WidgetCenter> widgetCenter;
 
@@ -70,7 +70,7 @@ struct Runtime::State {
     std::map<std::string, std::shared_ptr<UserDefaults>, std::less<>> suites;
     std::set<std::string, std::less<>> complainedSuites;
 
-    // Last, so that it ends first: a completion that is still running may use all of the above.
+    // Declared last, so that it is destroyed first: a running completion may use everything above.
     std::once_flag loaderOnce;
     std::unique_ptr<URLLoader> loader;
 };
@@ -97,7 +97,8 @@ const NumberFormatter& Runtime::numberFormatter() const {
 }
 
 URLLoader& Runtime::urls() const {
-    std::call_once(state_->loaderOnce, [this] { state_->loader = std::make_unique<URLLoader>(); });
+    std::call_once(state_->loaderOnce,
+                   [this] { state_->loader = std::make_unique<URLLoader>(acceptLanguage(state_->locale)); });
     return *state_->loader;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Everything that a process would otherwise take from the air.
+// Everything that a process would otherwise take from its environment.
 
 #include <filesystem>
 #include <memory>
@@ -17,7 +17,7 @@
 
 namespace platform {
 
-/// How `Runtime` is built; what is not given comes from the system.
+/// What a `Runtime` is built from; the clock follows the system unless `now` is set.
 struct RuntimeOptions {
     std::filesystem::path dataDirectory = {};
     BundleInformation bundle = {};
@@ -28,13 +28,13 @@ struct RuntimeOptions {
     DebugLog::Sink log = {};
     /// Fixes the sequence of identifiers.
     std::optional<std::uint64_t> idSeed = {};
-    /// Absent: nobody hosts our widgets, and the query of what is placed reports an error.
+    /// When absent, no host shows our widgets, and asking which ones are placed is an error.
     std::shared_ptr<WidgetCenter> widgetCenter = {};
 };
 
 /// What a process runs in. `main()` builds one, and services keep a reference to it; tests build their own.
-/// The expensive parts (number formatter, settings store, URL loader) are made with their
-/// first use. Any thread.
+/// The expensive parts (number formatter, settings store, URL loader) are made when they
+/// are first used. Any thread.
 class Runtime {
 public:
     explicit Runtime(RuntimeOptions options);
@@ -57,14 +57,14 @@ public:
     DebugLog& log() const;
     WidgetCenter& widgetCenter() const;
 
-    /// The suite's store, opened with the first use and kept; a suite that could not be opened is tried
-    /// anew each time. That, and damage found later, is said once in the log.
+    /// The suite's store, opened when it is first used, then kept. A suite that could not be opened is tried
+    /// again each time. That failure, and damage found later, is logged once.
     Result<std::shared_ptr<UserDefaults>> defaults(std::string_view suiteName) const;
 
-    /// The one that `main()` has made current. Only the one-line doors of shared instances and
-    /// class-level operations call it; it is fatal before `makeCurrent`.
+    /// The runtime that `main()` has made current. Only shared instances and class-level operations call it,
+    /// in functions of one line. Fatal before `makeCurrent`.
     static const Runtime& process();
-    /// Makes this one the process's; it must outlive all that uses it.
+    /// Makes this the process's runtime; it must outlive everything that uses it.
     void makeCurrent() const;
 
 private:

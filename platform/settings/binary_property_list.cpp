@@ -40,7 +40,7 @@ std::uint64_t readNumber(std::string_view bytes) {
     return number;
 }
 
-/// An array or dictionary whose elements are being read: the stack on which others would recurse.
+/// An array or dictionary whose elements are being read: one level of an explicit stack instead of recursion.
 struct Level {
     std::uint64_t object = 0;
     bool isDictionary = false;
@@ -119,7 +119,7 @@ private:
         if (!slice(1, marker)) return false;
         const auto byte = static_cast<unsigned char>(marker[0]);
         if (byte >> 4 != static_cast<unsigned>(Type::integer) || (byte & 0xF) > 3) {
-            return fail("the length of an object is no integer");
+            return fail("the length of an object is not an integer");
         }
         if (!slice(1U << (byte & 0xF), number)) return false;
         length = readNumber(number);
@@ -131,7 +131,7 @@ private:
         if (object >= count_) return fail("a reference to an object that is not there");
         cursor_ = readNumber(offsets_.substr(object * offsetSize_, offsetSize_));
         if (cursor_ < binaryHeader.size() || cursor_ >= objects_.size())
-            return fail("an offset points nowhere");
+            return fail("an offset points outside of the objects");
         const auto marker = static_cast<unsigned char>(objects_[cursor_++]);
         const auto type = static_cast<Type>(marker >> 4);
         const unsigned kind = marker & 0xF;
@@ -142,7 +142,7 @@ private:
     bool push(std::uint64_t object, Type type, unsigned kind) {
         if (levels_.size() == maximumDepth) return fail("nested too deeply");
         for (const Level& level : levels_) {
-            if (level.object == object) return fail("an object holds itself");
+            if (level.object == object) return fail("an object contains itself");
         }
         Level level;
         level.object = object;
@@ -168,7 +168,7 @@ private:
         const std::uint64_t element = reference(level, level.count + index);
         std::optional<PropertyList> key;
         if (!enter(reference(level, index), key)) return false;
-        if (levels_.size() != depth || key->text() == nullptr) return fail("a key that is no text");
+        if (levels_.size() != depth || key->text() == nullptr) return fail("a key that is not a text");
         level.key = *key->text();
         return enter(element, value);
     }
@@ -191,7 +191,7 @@ private:
     bool readPlain(Type type, unsigned kind, std::optional<PropertyList>& value) {
         switch (type) {
             case Type::simple:
-                if (kind != falseKind && kind != trueKind) return fail("an object of no known type");
+                if (kind != falseKind && kind != trueKind) return fail("an object of unknown type");
                 value = kind == trueKind;
                 break;
             case Type::integer:
@@ -209,7 +209,7 @@ private:
             case Type::data:
             case Type::ascii:
             case Type::utf16: return readContent(type, kind, value);
-            default: return fail("an object of no known type");
+            default: return fail("an object of unknown type");
         }
         return budget_.take() || fail("too many objects");
     }
@@ -245,7 +245,7 @@ private:
         if (kind != 3) return fail("a date of an unknown width");
         if (!slice(8, digits)) return false;
         const auto seconds = std::bit_cast<double>(readNumber(digits));
-        if (seconds != seconds) return fail("a date that is no number");
+        if (seconds != seconds) return fail("a date that is not a number");
         value = instantFromReferenceDate(seconds);
         return true;
     }

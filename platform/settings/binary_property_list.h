@@ -13,12 +13,12 @@ namespace platform::property_list {
 inline constexpr std::string_view binaryHeader = "bplist00";
 
 /// Reads a binary property list within the bounds of `budget`. Does not recurse; every
-/// reference is checked, and one that leads back to where it stands is an error. An identifier
-/// becomes a dictionary of `identifierKey` alone.
+/// reference is checked, and a cycle is an error. An identifier becomes a dictionary with the only key
+/// `identifierKey`.
 Result<PropertyList> readBinary(std::string_view bytes, Budget budget);
 
-/// Writes one; a dictionary of `identifierKey` alone becomes an identifier. A text that is no UTF-8
-/// gets U+FFFD where it is none.
+/// Writes a binary property list; a dictionary with the only key `identifierKey` becomes an identifier. Bytes
+/// of a text that are not UTF-8 become U+FFFD.
 std::string writeBinary(const PropertyList& root);
 
 }  // namespace platform::property_list

@@ -1,8 +1,7 @@
 #include "platform/settings/bundle_information.h"
 
-#include <fstream>
 #include <utility>
-#include <vector>
+#include "platform/base/files.h"
 #include "platform/settings/property_list_limits.h"
 
 namespace platform {
@@ -14,18 +13,12 @@ std::optional<std::string> BundleInformation::text(std::string_view key) const {
 }
 
 Result<BundleInformation> BundleInformation::read(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::vector<char> block(1 << 16);
-    std::string bytes;
-    while (stream && bytes.size() <= property_list::maximumSize) {
-        stream.read(block.data(), static_cast<std::streamsize>(block.size()));
-        bytes.append(block.data(), static_cast<std::size_t>(stream.gcount()));
-    }
-    const bool isTooLong = bytes.size() > property_list::maximumSize;
-    if (!stream.eof() && !isTooLong) return property_list::refused("cannot read " + file.string());
-    Result<PropertyList> root = parsePropertyList(bytes);
+    const Result<std::string> bytes = readFile(file, property_list::maximumSize);
+    if (!bytes) return property_list::refused(bytes.error().message);
+    Result<PropertyList> root = parsePropertyList(*bytes);
     if (!root) return property_list::refused(file.string() + ": " + root.error().message);
-    if (root->dictionary() == nullptr) return property_list::refused(file.string() + ": no dictionary");
+    if (root->dictionary() == nullptr)
+        return property_list::refused(file.string() + ": the property list is not a dictionary");
     return BundleInformation{*root->dictionary()};
 }
 

@@ -11,11 +11,11 @@
 
 namespace platform {
 
-/// The entries of an Info.plist; empty when there is none.
+/// The entries of an Info.plist; empty without one.
 struct BundleInformation {
     PropertyList::Dictionary entries;
 
-    /// The entry when it is there and is a text.
+    /// The entry, when it exists and is a text.
     std::optional<std::string> text(std::string_view key) const;
 
     /// Reads an XML or binary property list whose root is a dictionary.

@@ -2,7 +2,6 @@
 #include <cmath>
 #include <limits>
 #include "platform/base/ascii.h"
-#include "platform/settings/property_list_text.h"
 #include "platform/settings/user_defaults.h"
 
 namespace platform {
@@ -11,7 +10,7 @@ namespace {
 constexpr auto smallest = std::numeric_limits<std::int64_t>::min();
 constexpr auto largest = std::numeric_limits<std::int64_t>::max();
 
-/// The integer that the text begins with, as near as 64 bits come; 0 when it begins with none.
+/// The integer at the start of the text, limited to 64 bits; 0 when the text does not start with an integer.
 std::int64_t leadingInteger(std::string_view text) {
     text = trimmed(text, " \t\n\v\f\r");
     const bool isNegative = text.starts_with('-');
@@ -30,8 +29,7 @@ std::int64_t wholePart(double real) {
     return static_cast<std::int64_t>(real);
 }
 
-/// "true", "yes" and their kin by the first letter, or a number other than zero by its first digit that
-/// is not 0.
+/// Judged by the first letter of "true", "yes" and the like, or by the first digit other than 0 of a number.
 bool meansTrue(std::string_view text) {
     text = trimmed(text, " \t\n\v\f\r");
     if (text.empty()) return false;
@@ -42,15 +40,6 @@ bool meansTrue(std::string_view text) {
 }
 
 }  // namespace
-
-std::optional<std::string> coercedString(const std::optional<PropertyList>& value) {
-    if (!value) return std::nullopt;
-    if (const std::string* text = value->text()) return *text;
-    if (const bool* boolean = value->boolean()) return *boolean ? "1" : "0";
-    if (const std::int64_t* integer = value->integer()) return std::to_string(*integer);
-    if (const double* real = value->real()) return property_list::realText(*real);
-    return std::nullopt;
-}
 
 std::int64_t coercedInteger(const std::optional<PropertyList>& value) {
     if (!value) return 0;

@@ -22,8 +22,8 @@ constexpr std::int64_t archiveVersion = 100'000;
 constexpr const char* archiverName = "NSKeyedArchiver";
 constexpr const char* nothing = "$null";
 
-// An archive in a store is a few links. These bounds hold a reader's memory to a few MB; shared objects
-// would otherwise make a hundred of a few hundred bytes.
+// An archive in a store holds a few links. These bounds keep a reader's memory at a few MB; without them,
+// shared objects could turn a few hundred bytes into a hundred MB.
 constexpr std::size_t largestArchive = 256U << 10;
 constexpr std::size_t mostObjects = 20'000;
 Budget smallBudget() { return Budget(mostObjects, largestArchive); }
@@ -37,7 +37,7 @@ const PropertyList* find(const PropertyList::Dictionary& dictionary, std::string
     return found == dictionary.end() ? nullptr : &found->second;
 }
 
-/// The index that an identifier stands for.
+/// The index that an identifier refers to.
 std::optional<std::size_t> identifier(const PropertyList* value) {
     if (value == nullptr || value->dictionary() == nullptr || value->dictionary()->size() != 1) return {};
     const PropertyList* number = find(*value->dictionary(), identifierKey);
@@ -56,7 +56,7 @@ Kind kindOfClass(std::string_view name) {
     return Kind::unknown;
 }
 
-/// By the class's own name, or by the names that it says will do in its place.
+/// Judged by the class's own name, or by the names that it lists as replacements.
 Kind kindOfClass(const PropertyList::Dictionary& description) {
     const PropertyList* name = find(description, "$classname");
     if (name == nullptr || name->text() == nullptr) return Kind::unknown;
@@ -78,7 +78,7 @@ public:
         const std::optional<std::size_t> index = identifier(reference);
         if (!index || *index >= objects_.size()) return refused("refers to an object that is not there");
         if (*index == 0) return refused("holds nothing where a value should be");
-        if (isOpen_[*index]) return refused("holds an object that holds itself");
+        if (isOpen_[*index]) return refused("holds an object that contains itself");
         if (depth_ > maximumDepth) return refused("is nested too deeply");
         isOpen_[*index] = true;
         ++depth_;
@@ -102,7 +102,7 @@ private:
     }
 
     Result<PropertyList> contentOf(const PropertyList& object) {
-        if (object.array() != nullptr) return refused("holds an object that is none");
+        if (object.array() != nullptr) return refused("holds an array in place of an object");
         if (object.dictionary() == nullptr) return plain(object);
         if (!budget_.take()) return refused("holds too much");
         const Dictionary& fields = *object.dictionary();
@@ -123,7 +123,7 @@ private:
         return refused("holds an object of an unknown class");
     }
 
-    /// The content that an object holds in itself or refers to.
+    /// The content that an object contains or refers to.
     Result<PropertyList> field(const Dictionary& fields, const char* key,
                                bool (*isFit)(const PropertyList&)) {
         const PropertyList* value = find(fields, key);
@@ -139,7 +139,8 @@ private:
         if (time->integer() != nullptr) {
             return property_list::instantFromReferenceDate(static_cast<double>(*time->integer()));
         }
-        if (time->real() == nullptr || std::isnan(*time->real())) return refused("holds a date of no number");
+        if (time->real() == nullptr || std::isnan(*time->real()))
+            return refused("holds a date that is not a number");
         return property_list::instantFromReferenceDate(*time->real());
     }
 
@@ -182,7 +183,7 @@ private:
         for (std::size_t i = 0; i < keys->size(); ++i) {
             Result<PropertyList> key = object((*keys)[i]);
             if (!key) return key;
-            if (key->text() == nullptr) return refused("holds a dictionary with a key that is no text");
+            if (key->text() == nullptr) return refused("holds a dictionary with a key that is not a text");
             Result<PropertyList> value = object((*values)[i]);
             if (!value) return value;
             entries.insert_or_assign(*key->text(), std::move(*value));
@@ -265,14 +266,14 @@ private:
 Result<PropertyList> unarchivedObject(std::string_view archive) {
     if (archive.size() > largestArchive) return refused("is longer than 256 KiB");
     const Result<PropertyList> list = property_list::parse(archive, smallBudget());
-    if (!list) return refused("is no property list: " + list.error().message);
-    if (list->dictionary() == nullptr) return refused("is no dictionary");
+    if (!list) return refused("is not a property list: " + list.error().message);
+    if (list->dictionary() == nullptr) return refused("is not a dictionary");
     const PropertyList::Dictionary& fields = *list->dictionary();
     const PropertyList* archiver = find(fields, "$archiver");
     const PropertyList* version = find(fields, "$version");
     if (archiver == nullptr || *archiver != PropertyList(archiverName) || version == nullptr ||
         *version != PropertyList(archiveVersion)) {
-        return refused("is of another kind");
+        return refused("was not written by a keyed archiver of a known version");
     }
     const PropertyList* objects = find(fields, "$objects");
     if (objects == nullptr || objects->array() == nullptr || objects->array()->empty() ||

@@ -23,7 +23,7 @@ public:
     using Dictionary = std::map<std::string, PropertyList, std::less<>>;
 
     PropertyList() : value_(std::string()) {}
-    // Out of line: inlined into every list of entries they cost code, and GCC 12 a false alarm.
+    // Not inline: in every list of entries they would cost code, and GCC 12 would give a false warning.
     PropertyList(const PropertyList&);
     PropertyList(PropertyList&&) noexcept;
     PropertyList& operator=(const PropertyList&);
@@ -63,7 +63,7 @@ private:
 Result<PropertyList> parsePropertyList(std::string_view bytes);
 
 /// As an XML property list with a trailing line break. Fails for a key or text that XML cannot hold
-/// (control characters); the message names the key on the way there.
+/// (control characters); the message names the path of keys to it.
 Result<std::string> xmlPropertyList(const PropertyList& value);
 
 }  // namespace platform

@@ -1,6 +1,6 @@
 #pragma once
 
-// What bytes of unknown origin may cost us, and how refusing them is said.
+// The limits for reading bytes of unknown origin, and the error when they are exceeded.
 
 #include <cstddef>
 #include <string>
@@ -13,19 +13,18 @@ namespace platform::property_list {
 
 inline constexpr std::size_t maximumSize = 64U << 20;
 inline constexpr std::size_t maximumObjects = 1'000'000;
-/// Of arrays and dictionaries within each other.
+/// How deeply arrays and dictionaries may be nested.
 inline constexpr std::size_t maximumDepth = 32;
 
-/// The key under which an object's identifier in a keyed archive stands, in a dictionary of its own: so
-/// XML lists write it, and so we read it from binary ones.
+/// The key of an object's identifier in a keyed archive, in a dictionary of its own. XML lists write
+/// identifiers this way, and so do we when we read binary ones.
 inline constexpr const char* identifierKey = "CF$UID";
 
 inline tl::unexpected<Error> refused(std::string message) {
     return failure("PropertyListError", 1, std::move(message));
 }
 
-/// Keeps count of what has been read. Content that several objects share counts each time, since each
-/// gets a copy.
+/// Counts what has been read. Content that several objects share counts each time, since each gets a copy.
 class Budget {
 public:
     explicit Budget(std::size_t objects = maximumObjects, std::size_t bytes = maximumSize)
@@ -44,7 +43,7 @@ private:
     std::size_t bytesLeft_;
 };
 
-/// As `parsePropertyList`, but with what `budget` allows.
+/// Like `parsePropertyList`, but within the limits of `budget`.
 Result<PropertyList> parse(std::string_view bytes, Budget budget);
 
 }  // namespace platform::property_list

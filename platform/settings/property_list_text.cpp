@@ -57,7 +57,7 @@ std::optional<Instant> parseDateText(std::string_view text) {
     if (const auto instant = parseInstant(text)) return instant;
     const int year = parsedNumber<int>(text.substr(0, 4)).value_or(-1);
     if (text.size() < 4 || year < 0) return std::nullopt;
-    // A year that the clock does not tell: the same day of a year that it does, moved by whole days.
+    // For a year beyond the clock's range: the same day of a year within it, moved by whole days.
     const auto near = parseInstant("2000" + std::string(text.substr(4)));
     if (!near) return std::nullopt;
     const auto newYear = [](int number) {

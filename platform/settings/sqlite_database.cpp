@@ -10,7 +10,7 @@ tl::unexpected<Error> errorOf(sqlite3* handle) {
                            std::string("settings store: ") + sqlite3_errmsg(handle));
 }
 
-/// The file as an address that says that it never changes.
+/// The file as an address that declares it immutable.
 std::string frozenAddress(const std::string& path) {
     std::string address = "file:";
     for (const char character : path) {

@@ -19,16 +19,15 @@ inline tl::unexpected<Error> settingsFailure(int code, std::string message) {
     return failure("SettingsError", code, std::move(message));
 }
 
-/// Whether the error says that the file's content is damaged, and not that it cannot be reached now.
+/// Whether the error says that the file's content is damaged, and not just unreachable at the moment.
 bool isDamage(const Error& error);
 
-/// A prepared statement. Only one use of it is under way at a time.
+/// A prepared statement; only one run at a time.
 class Statement {
 public:
     explicit Statement(sqlite3_stmt* statement) : statement_(statement) {}
 
-    /// One run from start to end; ends its hold on the database when it goes away. Bound bytes must
-    /// outlive it.
+    /// One run from start to end; its destruction releases the database. Bound bytes must outlive it.
     class Run {
     public:
         explicit Run(sqlite3_stmt* statement) : statement_(statement) {}
@@ -40,8 +39,8 @@ public:
         void bindBytes(int index, std::string_view bytes);
         /// True while there is a row, false at the end.
         Result<bool> step();
-        /// A column's bytes, until the next step; nothing for a column of another type than text
-        /// or bytes.
+        /// A column's bytes, until the next step; nothing for a column that holds neither text
+        /// nor bytes.
         std::optional<std::string_view> bytes(int column) const;
         /// A column's value as text, whatever its type.
         std::string text(int column) const;
@@ -63,22 +62,22 @@ private:
 class Database {
 public:
     enum class Access {
-        readWrite,  // or for reading alone, where the file may not be written
-        frozen,     // for reading what nobody can write: needs no side files
+        readWrite,  // read-only where the file cannot be written
+        frozen,     // for reading a file that nobody can write; needs no side files
     };
 
-    /// Opens a file that is there; a symbolic link anywhere in its path is refused.
+    /// Opens an existing file; refuses a symbolic link anywhere in its path.
     static Result<Database> open(const std::filesystem::path& file, Access access);
 
     Result<Statement> prepare(const char* sql);
-    /// Runs statements whose rows nobody asks for.
+    /// Runs statements and ignores their rows.
     Result<void> execute(const char* sql);
-    /// The first column of the first row; empty when there is none.
+    /// The first column of the first row; empty without a row.
     Result<std::string> text(const char* sql);
     bool isInTransaction() const { return sqlite3_get_autocommit(handle_.get()) == 0; }
     /// Leaves the write-ahead log as it is when the connection closes.
     void keepLog();
-    /// Gives the connection up without closing it, for a child process whose parent still uses it.
+    /// Drops the connection without closing it, in a child process whose parent still uses it.
     void abandon() { (void)handle_.release(); }
 
 private:

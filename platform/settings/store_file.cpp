@@ -13,6 +13,7 @@
 #include <system_error>
 #include <thread>
 #include "platform/base/clock.h"
+#include "platform/base/files.h"
 
 namespace platform {
 namespace {
@@ -39,12 +40,12 @@ bool makeFolder(const fs::path& folder) {
     return makeFolder(folder.parent_path()) && (mkdir(folder.c_str(), folderMode) == 0 || errno == EEXIST);
 }
 
-/// Tries `take`, a system call that does not wait, until it has the lock.
+/// Repeats `take`, a system call that does not wait, until it succeeds or `patience` is over.
 template <typename Take>
 bool hold(const Take& take, milliseconds patience) {
     const auto end = std::chrono::steady_clock::now() + patience;
     while (take() != 0) {
-        // A file system that knows no locks has nobody who waits for one.
+        // On a file system without locks nobody waits for one.
         if (errno != EWOULDBLOCK && errno != EACCES && errno != EINTR) return true;
         if (std::chrono::steady_clock::now() >= end) return false;
         std::this_thread::sleep_for(milliseconds(2));
@@ -52,7 +53,7 @@ bool hold(const Take& take, milliseconds patience) {
     return true;
 }
 
-/// Of a range of bytes that nobody reads: it tells nothing of the lock on the file as a whole.
+/// Locks a range of bytes, which is independent of the lock on the file as a whole.
 int lockBytes(int descriptor, short kind) {
     struct flock range = {};
     range.l_type = kind;
@@ -60,19 +61,11 @@ int lockBytes(int descriptor, short kind) {
     return fcntl(descriptor, F_OFD_SETLK, &range);
 }
 
-/// So that a power cut does not bring the old names back.
-void syncFolder(const fs::path& folder) {
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    fsync(descriptor);
-    ::close(descriptor);
-}
-
 Result<void> makeEmptyFile(const fs::path& file) {
-    // Made by us and not by SQLite, which gives its side files the mode of the main one.
-    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, fileMode);
-    if (descriptor < 0) return systemFailure("create", file);
-    ::close(descriptor);
+    // SQLite does not create it, because it gives the side files the mode of the main file.
+    const FileDescriptor made(
+        ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, fileMode));
+    if (!made.isOpen()) return systemFailure("create", file);
     return {};
 }
 
@@ -96,16 +89,17 @@ fs::path nameAside(const fs::path& file) {
     return name;
 }
 
-/// The first read of a connection: SQLite opens nearly anything and complains only now.
+/// The first read of a connection: SQLite opens nearly anything and reports faults only now.
 Result<void> readFirstPages(Database& database) {
     const auto prepared =
         database.execute("PRAGMA synchronous=NORMAL; PRAGMA cache_size=-256; PRAGMA cell_size_check=ON");
     if (!prepared) return prepared;
     const Result<std::string> version = database.text("PRAGMA user_version");
     if (!version) return tl::unexpected(version.error());
-    if (*version == "0") return settingsFailure(SQLITE_CORRUPT, "settings store: empty or not ours");
+    if (*version == "0")
+        return settingsFailure(SQLITE_CORRUPT, "settings store: the file is empty or not a settings store");
     if (*version != storeVersion) {
-        return settingsFailure(SQLITE_MISMATCH, "settings store: written by a newer version");
+        return settingsFailure(SQLITE_MISMATCH, "settings store: the file was written by a newer version");
     }
     return {};
 }
@@ -133,28 +127,24 @@ bool holdsSomething(const fs::path& file) {
 
 StoreLock::StoreLock(const fs::path& storeFile) {
     const fs::path file = withSuffix(storeFile, "-lock");
-    descriptor_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, fileMode);
-    if (descriptor_ < 0) descriptor_ = ::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-}
-
-StoreLock::~StoreLock() {
-    if (exists()) ::close(descriptor_);
+    file_ = FileDescriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, fileMode));
+    if (!exists()) file_ = FileDescriptor(::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
 }
 
 bool StoreLock::holdShared(milliseconds patience) const {
-    return !exists() || hold([this] { return flock(descriptor_, LOCK_SH | LOCK_NB); }, patience);
+    return !exists() || hold([this] { return flock(file_.number(), LOCK_SH | LOCK_NB); }, patience);
 }
 
-bool StoreLock::holdAlone(milliseconds patience) const {
-    return !exists() || hold([this] { return flock(descriptor_, LOCK_EX | LOCK_NB); }, patience);
+bool StoreLock::holdExclusively(milliseconds patience) const {
+    return !exists() || hold([this] { return flock(file_.number(), LOCK_EX | LOCK_NB); }, patience);
 }
 
-bool StoreLock::holdMaking(milliseconds patience) const {
-    return !exists() || hold([this] { return lockBytes(descriptor_, F_WRLCK); }, patience);
+bool StoreLock::holdForCreating(milliseconds patience) const {
+    return !exists() || hold([this] { return lockBytes(file_.number(), F_WRLCK); }, patience);
 }
 
-void StoreLock::releaseMaking() const {
-    if (exists()) lockBytes(descriptor_, F_UNLCK);
+void StoreLock::releaseForCreating() const {
+    if (exists()) lockBytes(file_.number(), F_UNLCK);
 }
 
 bool isThere(const fs::path& file) {
@@ -182,12 +172,12 @@ std::string_view objectionToSuiteName(std::string_view name) {
 }
 
 Result<void> createStore(const fs::path& file) {
-    // Side files without their store are what is left of one; SQLite would take the log for ours.
+    // Side files without a store are the remains of an earlier one; SQLite would apply their log to ours.
     for (const char* side : sideFiles) {
         if (!isThere(withSuffix(file, side))) continue;
         if (const auto aside = setStoreAside(file); !aside) return tl::unexpected(aside.error());
     }
-    // Made under another name, so that a file under its own name is always a whole store.
+    // Created under another name, so that a file with the store's own name is always complete.
     const fs::path fresh = withSuffix(file, ".new");
     for (const char* suffix : {"", "-wal", "-shm", "-journal"}) unlink(withSuffix(fresh, suffix).c_str());
     if (const auto made = makeEmptyFile(fresh); !made) return made;
@@ -210,7 +200,7 @@ Result<void> createStore(const fs::path& file) {
 Result<Database> openStore(const fs::path& file) {
     Result<Database> database = openAs(file, Database::Access::readWrite);
     if (database || !isReadOnlyPlace(database.error())) return database;
-    // Where the side files cannot be made, what stands in the main file can still be read, if that is all.
+    // Without side files the main file can still be read, unless part of the content is in the log.
     if (holdsSomething(withSuffix(file, "-wal"))) return database;
     Result<Database> frozen = openAs(file, Database::Access::frozen);
     return frozen ? std::move(frozen) : std::move(database);
@@ -220,7 +210,7 @@ Result<void> examineStore(const fs::path& file) {
     Result<Database> database = Database::open(file, Database::Access::readWrite);
     if (!database) return tl::unexpected(database.error());
     database->keepLog();
-    // Also keeps out those who know nothing of our lock.
+    // Also keeps out programs that do not know our lock.
     const auto alone = database->execute("PRAGMA locking_mode=EXCLUSIVE");
     if (!alone) return alone;
     if (const auto readable = readFirstPages(*database); !readable) return readable;

@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// One level less than a property list has, so that an export of the whole store can be read again.
+/// One level less than a property list may have, so that an export of the whole store can be read again.
 inline constexpr int maximumStoredDepth = 31;
 
 /// Every value keeps its type and every bit. Nothing when it is nested too deeply.

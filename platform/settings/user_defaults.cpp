@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds patience{5};
 
-// In the order of the statements in a connection's cache.
+// They index `queries` and the statements of a connection.
 enum Query : std::size_t { readOne, readAll, write, erase, queryCount };
 constexpr std::array<const char*, queryCount> queries{
     "SELECT value FROM settings WHERE key = ?1",
@@ -32,16 +32,19 @@ Result<PropertyList> decoded(std::string_view key, const std::optional<std::stri
     std::optional<PropertyList> value = bytes ? decodeStoredValue(*bytes) : std::nullopt;
     if (value) return std::move(*value);
     return settingsFailure(undecodable,
-                           "settings store: the value of \"" + std::string(key) + "\" is not one of ours");
+                           "settings store: the value of \"" + std::string(key) + "\" cannot be decoded");
 }
 
-/// Holds the lock shared, over a store that is there: the first to find it missing makes it.
+/// Holds the lock shared and makes sure that the store exists: the first process to find it missing creates
+/// it.
 Result<void> joinStore(const StoreLock& lock, const fs::path& file) {
-    if (!lock.holdShared(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being repaired");
+    if (!lock.holdShared(patience))
+        return settingsFailure(SQLITE_BUSY, "the settings store is being repaired");
     if (isThere(file)) return {};
-    if (!lock.holdMaking(patience)) return settingsFailure(SQLITE_BUSY, "settings store: being made");
+    if (!lock.holdForCreating(patience))
+        return settingsFailure(SQLITE_BUSY, "the settings store is being created");
     const Result<void> made = isThere(file) ? Result<void>() : createStore(file);
-    lock.releaseMaking();
+    lock.releaseForCreating();
     return made;
 }
 
@@ -53,18 +56,13 @@ struct UserDefaults::Connection {
 
     ~Connection() {
         if (isForked()) {
-            // Closing would take the parent's log from under it.
+            // Closing would remove the log that the parent still uses.
             for (auto& statement : statements) (void)statement.release();
             database.abandon();
         }
     }
 
     bool isForked() const { return owner != getpid(); }
-
-    Result<void> check() const {
-        if (isForked()) return settingsFailure(SQLITE_MISUSE, "settings store: opened before a fork");
-        return {};
-    }
 
     Result<Statement*> statement(Query query) {
         auto& cached = statements[query];
@@ -109,7 +107,7 @@ struct UserDefaults::Connection {
         return {};
     }
 
-    /// Runs `work` between `begin` and a commit; takes all back unless both go well.
+    /// Runs `work` between `begin` and a commit; rolls back unless both succeed.
     template <typename Work>
     Result<void> inTransaction(const char* begin, Work&& work) {
         const auto begun = database.execute(begin);
@@ -139,7 +137,7 @@ struct UserDefaults::Connection {
 
     const pid_t owner = getpid();
     std::mutex mutex;
-    // The lock goes last and the statements first.
+    // Destroyed in reverse order: the statements first, the lock last.
     StoreLock lock;
     Database database;
     std::array<std::unique_ptr<Statement>, queryCount> statements;
@@ -150,11 +148,14 @@ UserDefaults::UserDefaults(std::unique_ptr<Connection> connection, Complaint com
 
 UserDefaults::~UserDefaults() = default;
 
-template <typename T>
-Result<T> UserDefaults::noted(Result<T> result) const {
-    if (!result && isDamage(result.error()) && complain_) {
+template <typename Work>
+std::invoke_result_t<Work, UserDefaults::Connection&> UserDefaults::withConnection(Work work) const {
+    if (connection_->isForked())
+        return settingsFailure(SQLITE_MISUSE, "the settings store was opened before a fork");
+    const std::lock_guard lock(connection_->mutex);
+    auto result = work(*connection_);
+    if (!result && isDamage(result.error()) && complain_)
         std::call_once(complainOnce_, complain_, result.error());
-    }
     return result;
 }
 
@@ -181,64 +182,58 @@ Result<std::shared_ptr<UserDefaults>> UserDefaults::open(const fs::path& directo
 }
 
 Result<std::optional<PropertyList>> UserDefaults::object(std::string_view key) const {
-    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
-    const std::lock_guard lock(connection_->mutex);
-    return noted(connection_->object(key));
+    return withConnection([&](Connection& connection) { return connection.object(key); });
 }
 
 Result<std::vector<Result<std::optional<PropertyList>>>> UserDefaults::objects(
     const std::vector<std::string>& keys) const {
-    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
-    const std::lock_guard lock(connection_->mutex);
     std::vector<Result<std::optional<PropertyList>>> values;
     values.reserve(keys.size());
-    const auto read = connection_->inTransaction("BEGIN", [&]() -> Result<void> {
-        for (const std::string& key : keys) {
-            Result<std::optional<PropertyList>> value = connection_->object(key);
-            if (!value && value.error().code != undecodable) return tl::unexpected(value.error());
-            values.push_back(std::move(value));
-        }
-        return {};
-    });
-    if (!noted(read)) return tl::unexpected(read.error());
-    return values;
+    return withConnection([&](Connection& connection) {
+               return connection.inTransaction("BEGIN", [&]() -> Result<void> {
+                   for (const std::string& key : keys) {
+                       Result<std::optional<PropertyList>> value = connection.object(key);
+                       if (!value && value.error().code != undecodable) return tl::unexpected(value.error());
+                       values.push_back(std::move(value));
+                   }
+                   return {};
+               });
+           })
+        .map([&] { return std::move(values); });
 }
 
 Result<PropertyList::Dictionary> UserDefaults::dictionaryRepresentation() const {
-    if (const auto usable = connection_->check(); !usable) return tl::unexpected(usable.error());
-    const std::lock_guard lock(connection_->mutex);
-    const Result<Statement*> prepared = connection_->statement(readAll);
-    if (!prepared) return tl::unexpected(prepared.error());
-    auto run = (*prepared)->run();
-    PropertyList::Dictionary entries;
-    for (Result<bool> row = run.step(); !row || *row; row = run.step()) {
-        if (!row) return noted<PropertyList::Dictionary>(tl::unexpected(row.error()));
-        std::string key(run.bytes(0).value_or(""));
-        Result<PropertyList> value = decoded(key, run.bytes(1));
-        if (!value) return tl::unexpected(value.error());
-        entries.insert_or_assign(std::move(key), std::move(*value));
-    }
-    return entries;
+    return withConnection([](Connection& connection) -> Result<PropertyList::Dictionary> {
+        const Result<Statement*> prepared = connection.statement(readAll);
+        if (!prepared) return tl::unexpected(prepared.error());
+        auto run = (*prepared)->run();
+        PropertyList::Dictionary entries;
+        for (Result<bool> row = run.step(); !row || *row; row = run.step()) {
+            if (!row) return tl::unexpected(row.error());
+            std::string key(run.bytes(0).value_or(""));
+            Result<PropertyList> value = decoded(key, run.bytes(1));
+            if (!value) return tl::unexpected(value.error());
+            entries.insert_or_assign(std::move(key), std::move(*value));
+        }
+        return entries;
+    });
 }
 
 Result<void> UserDefaults::set(std::string_view key, const PropertyList& value) {
-    if (const auto usable = connection_->check(); !usable) return usable;
-    const std::lock_guard lock(connection_->mutex);
-    return noted(connection_->set(key, value));
+    return withConnection([&](Connection& connection) { return connection.set(key, value); });
 }
 
 Result<void> UserDefaults::remove(std::string_view key) {
-    if (const auto usable = connection_->check(); !usable) return usable;
-    const std::lock_guard lock(connection_->mutex);
-    return noted(connection_->remove(key));
+    return withConnection([&](Connection& connection) { return connection.remove(key); });
 }
 
 Result<void> UserDefaults::transaction(const std::function<Result<void>(Transaction&)>& work) {
-    if (const auto usable = connection_->check(); !usable) return usable;
-    const std::lock_guard lock(connection_->mutex);
-    Connection::OpenTransaction open(*connection_);
-    // Asks for the right to write at once: a reader that asks later is refused when another has written.
-    return noted(connection_->inTransaction("BEGIN IMMEDIATE", [&] { return work(open); }));
+    return withConnection([&](Connection& connection) {
+        Connection::OpenTransaction open(connection);
+        // Takes the write lock at once: a transaction that read first is refused once another process has
+        // written.
+        return connection.inTransaction("BEGIN IMMEDIATE", [&] { return work(open); });
+    });
 }
 
 fs::path storeFile(const fs::path& directory, std::string_view suiteName) {
@@ -261,7 +256,7 @@ Result<std::optional<fs::path>> repairStore(const fs::path& directory, std::stri
 
     const StoreLock lock(file);
     if (!lock.exists()) return settingsFailure(SQLITE_CANTOPEN, "cannot lock " + file.string());
-    if (!lock.holdAlone(std::chrono::seconds(0))) {
+    if (!lock.holdExclusively(std::chrono::seconds(0))) {
         return settingsFailure(SQLITE_BUSY,
                                "the settings store is in use by another process: " + file.string());
     }

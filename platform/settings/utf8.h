@@ -8,8 +8,8 @@
 
 namespace platform {
 
-/// The code point at `position`, and moves past it; nothing when the bytes there are no UTF-8
-/// (overlong forms and surrogates are none).
+/// The code point at `position`, which then moves past it. Nothing when the bytes there are not UTF-8, as
+/// with overlong forms and surrogates; `position` stays.
 std::optional<char32_t> nextCodePoint(std::string_view text, std::size_t& position);
 
 /// `codePoint` is a Unicode scalar value.

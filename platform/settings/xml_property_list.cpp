@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
 
-/// What XML cannot hold in any spelling.
+/// Characters that XML cannot represent in any way.
 bool isForbidden(char32_t codePoint) {
     const bool isControl = codePoint < 0x20 && codePoint != '\t' && codePoint != '\n' && codePoint != '\r';
     return isControl || codePoint == 0xFFFE || codePoint == 0xFFFF;
@@ -32,9 +32,9 @@ bool holdsForbidden(std::string_view text) {
     return false;
 }
 
-// ---- What the parser itself would let pass or pay for
+// ---- What the parser itself would accept, or spend too much on
 
-/// Looks over the markup before the parser builds its tree.
+/// Checks the markup before the parser builds its tree.
 class Inspection {
 public:
     explicit Inspection(std::string_view xml) : xml_(xml) {}
@@ -158,7 +158,7 @@ public:
         std::optional<std::string> text = textOf(element);
         std::optional<PropertyList> value;
         if (text) value = readPlain(name, std::move(*text));
-        if (!value) return refused("the XML property list holds no valid <" + std::string(name) + ">");
+        if (!value) return refused("the XML property list holds an invalid <" + std::string(name) + ">");
         return std::move(*value);
     }
 
@@ -174,7 +174,7 @@ private:
         return std::nullopt;
     }
 
-    /// False for anything but elements and the blanks between them.
+    /// Whether a node is only blanks between elements.
     static bool isSkipped(const pugi::xml_node& node) {
         return isText(node) && trimmed(node.value()).empty();
     }
@@ -212,7 +212,7 @@ private:
     Budget budget_;
 };
 
-/// The only element in `parent`; empty when there is none or more.
+/// The only element in `parent`; empty when there is not exactly one.
 pugi::xml_node onlyElement(const pugi::xml_node& parent) {
     pugi::xml_node only;
     for (const pugi::xml_node& child : parent) {
@@ -231,14 +231,14 @@ void appendEscaped(std::string& xml, std::string_view text) {
             case '&': xml += "&amp;"; break;
             case '<': xml += "&lt;"; break;
             case '>': xml += "&gt;"; break;
-            // A plain one would be read as a line feed.
+            // An unescaped one would be read as a line feed.
             case '\r': xml += "&#13;"; break;
             default: xml += character;
         }
     }
 }
 
-/// A key as one line of a message can show it.
+/// A key in a form that fits into one line of a message.
 std::string shown(std::string_view key) {
     std::string text;
     for (const char character : key) {
@@ -343,9 +343,9 @@ private:
 }  // namespace
 
 Result<PropertyList> readXml(std::string_view bytes, Budget budget) {
-    if (holdsForbidden(bytes)) return refused("the XML property list is no UTF-8 text");
+    if (holdsForbidden(bytes)) return refused("the XML property list is not UTF-8 text");
     if (!Inspection(bytes).passes()) return refused("the XML property list holds markup that we do not read");
-    // Blanks count where they are all that an element holds.
+    // Blanks count when an element holds nothing else.
     constexpr unsigned options = pugi::parse_escapes | pugi::parse_cdata | pugi::parse_eol |
                                  pugi::parse_ws_pcdata_single | pugi::parse_doctype | pugi::parse_declaration;
     pugi::xml_document document;

@@ -36,7 +36,8 @@ date::local_days localDay(const date::time_zone& zone, Instant instant) {
     return date::floor<days>(zone.to_local(floor<seconds>(instant)));
 }
 
-/// An Instant counts nanoseconds and tells the years 1678 to 2261 alone; what is beyond is its first or last.
+/// An Instant counts nanoseconds and only covers the years 1678 to 2261; moments beyond become the first or
+/// last Instant.
 Instant clampedInstant(date::sys_seconds moment) {
     constexpr auto first = std::chrono::ceil<seconds>(Instant::min());
     constexpr auto last = floor<seconds>(Instant::max());
@@ -63,8 +64,8 @@ std::string environmentVariable(const char* name) {
     return value ? value : "";
 }
 
-/// Reads an unsigned number of `atLeast` to `atMost` digits and removes it from the front; -1 when it is
-/// not there.
+/// Reads an unsigned number of `atLeast` to `atMost` digits and removes it from the front; -1 when there is
+/// no such number.
 int takeNumber(std::string_view& text, std::size_t atLeast, std::size_t atMost) {
     int number = 0;
     std::size_t count = 0;
@@ -108,7 +109,7 @@ std::optional<Instant> Calendar::midnight(std::chrono::year_month_day date) cons
     const date::local_days day(std::chrono::sys_days(date).time_since_epoch());
     const auto moment = askZone(zone_, [&](const date::time_zone& zone) {
         const date::sys_seconds first = firstMoment(zone, day);
-        // An island that moves across the date line leaves out a whole day.
+        // A country that moves across the date line skips a whole day.
         const bool isOnDay = date::floor<days>(zone.to_local(first)) == day;
         return isOnDay ? std::optional(clampedInstant(first)) : std::nullopt;
     });
@@ -135,10 +136,10 @@ std::optional<std::chrono::year_month_day> parseDay(std::string_view text) {
 }
 
 bool isTimeZone(const std::string& identifier) {
-    // In lower case stand lists and rules; "Factory" says that nobody has chosen a zone yet.
+    // Files in lower case are lists and rules; "Factory" means that nobody has chosen a zone yet.
     const bool isName = !identifier.empty() && identifier.front() >= 'A' && identifier.front() <= 'Z';
     if (!isName || identifier == "Factory") return false;
-    // Other ways to the same file are no other names of the zone.
+    // Another path to the same file is not another name of the zone.
     for (const char* detour : {"//", "/."}) {
         if (identifier.find(detour) != std::string::npos) return false;
     }

@@ -11,12 +11,12 @@
 
 namespace platform {
 
-/// The Gregorian calendar in one zone. Operations answer nothing when the zone is not known.
+/// The Gregorian calendar in one zone. Every operation returns nothing when the zone is unknown.
 class Calendar {
 public:
     explicit Calendar(TimeZone zone) : zone_(std::move(zone)) {}
 
-    /// Exact elapsed time, in any zone; nothing when the result is outside of what an Instant can tell.
+    /// Exact elapsed time, in any zone; nothing when an Instant cannot represent the result.
     std::optional<Instant> dateByAddingSeconds(std::int64_t seconds, Instant to) const;
 
     /// The first moment of the local day that holds `instant`.
@@ -27,28 +27,28 @@ public:
     std::optional<Instant> timeOnDay(Instant instant, std::chrono::seconds timeOfDay) const;
 
     /// Midnight (or the first moment) of a date of this zone; nothing when there is no such day. A date that
-    /// an Instant cannot tell (before 1678, after 2261) gives the first or last one that it can.
+    /// an Instant cannot represent (before 1678, after 2261) gives the first or last Instant.
     std::optional<Instant> midnight(std::chrono::year_month_day date) const;
 
 private:
     TimeZone zone_;
 };
 
-/// The zone that an abbreviation stands for; "IST" is India's. Nothing for one that is not known.
+/// The zone that an abbreviation stands for; "IST" is India's. Nothing for an unknown abbreviation.
 std::optional<TimeZone> timeZoneForAbbreviation(std::string_view abbreviation);
 
-/// Reads the pattern "yyyy-MM-dd": a four-digit year, one or two digits of month and day, a real
-/// day, and nothing before or after it.
+/// Reads the pattern "yyyy-MM-dd": a four-digit year, one or two digits of month and day, a day
+/// that exists, and nothing before or after it.
 std::optional<std::chrono::year_month_day> parseDay(std::string_view text);
 
-/// Whether the system has a zone of that name. Looks for its file alone: listing all zones takes
-/// milliseconds, and most runs never need one.
+/// Whether the system has a zone of that name. Only looks for the zone's file: listing all zones takes
+/// milliseconds, and most runs never need the list.
 bool isTimeZone(const std::string& identifier);
 
-/// The device's zone: `TZ`, then the system's setting, else UTC.
+/// The device's zone: `TZ`, then the system's setting, then UTC.
 TimeZone systemTimeZone();
 
-/// The device's locale from `LC_ALL`, then `LANG`; "C", "POSIX" and none read as en_US.
+/// The device's locale from `LC_ALL`, then `LANG`; "C", "POSIX" and unset variables mean en_US.
 Locale systemLocale();
 
 }  // namespace platform

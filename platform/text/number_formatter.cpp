@@ -17,8 +17,7 @@ struct CloseFormat {
 };
 using Format = std::unique_ptr<UNumberFormat, CloseFormat>;
 
-/// For a locale that it does not know the library takes its default one, which would come from the
-/// environment.
+/// For an unknown locale the library uses its default one, which would come from the environment.
 void fixDefaultLocale() {
     static std::once_flag once;
     std::call_once(once, [] {
@@ -27,7 +26,7 @@ void fixDefaultLocale() {
     });
 }
 
-/// The locale with digits from 0 to 9, whatever its own; empty when it is no locale identifier.
+/// The locale with the digits 0 to 9 instead of its own; empty when it is not a locale identifier.
 std::string withLatinDigits(const Locale& locale) {
     std::array<char, ULOC_FULLNAME_CAPACITY> name{};
     if (locale.identifier.size() >= name.size()) return {};
@@ -49,7 +48,7 @@ Format makeFormat(const Locale& locale) {
     unum_setAttribute(format.get(), UNUM_MINIMUM_GROUPING_DIGITS, 1);
     unum_setSymbol(format.get(), UNUM_DECIMAL_SEPARATOR_SYMBOL, u".", 1, &status);
     unum_setSymbol(format.get(), UNUM_GROUPING_SEPARATOR_SYMBOL, u",", 1, &status);
-    // Some languages have a longer dash of their own, or a mark of direction before it.
+    // Some languages use a longer dash, or a direction mark before it.
     unum_setSymbol(format.get(), UNUM_MINUS_SIGN_SYMBOL, u"-", 1, &status);
     return U_SUCCESS(status) ? std::move(format) : nullptr;
 }
@@ -63,8 +62,8 @@ std::string utf8(const char16_t* text, std::int32_t length) {
     return bytes;
 }
 
-/// Whether a decimal number that no double can hold is too large rather than too small: by the power of
-/// ten of its first digit that is not 0.
+/// Whether a decimal number that a double cannot hold is too large, and not too small, judged by the power of
+/// ten of its first digit other than 0.
 bool isTooLarge(std::string_view number) {
     const std::size_t mark = number.find_first_of("eE");
     const std::string_view digits = number.substr(0, mark);
@@ -77,7 +76,7 @@ bool isTooLarge(std::string_view number) {
         const auto read = std::from_chars(text.data(), text.data() + text.size(), exponent);
         if (read.ec != std::errc()) return !text.starts_with('-');
     }
-    // Further than any digits reach, and not so far that the sum leaves the type.
+    // Beyond the reach of any digits, but small enough for the sum to fit into the type.
     constexpr std::int64_t farthest = std::int64_t{1} << 60;
     return point - first + std::clamp(exponent, -farthest, farthest) > 0;
 }
@@ -90,7 +89,7 @@ struct NumberFormatter::Implementation {
 
 NumberFormatter::NumberFormatter(const Locale& locale)
     : implementation_(std::make_unique<Implementation>(Implementation{makeFormat(locale)})) {
-    // The library compiles a format with its first uses; afterwards it is only read.
+    // The library compiles a format when it is first used; afterwards it only reads it.
     for (int i = 0; i < 4; ++i) twoDecimals(1234567.891);
 }
 
@@ -111,7 +110,7 @@ bool parseDecimal(std::string_view text, double& value) {
         text.remove_prefix(1);
         if (text.starts_with('-')) return false;
     }
-    // What is read as a number otherwise: "inf" and "nan".
+    // These would be read as numbers: "inf" and "nan".
     if (text.find_first_not_of("0123456789+-.eE") != std::string_view::npos) return false;
 
     double number = 0.0;

@@ -10,7 +10,7 @@
 namespace platform {
 
 /// Two decimals, ties to even on the shortest decimal text of the double, "," between groups and
-/// "." before the decimals; the grouping is the locale's, the digits are always 0 to 9. Built once for a
+/// "." before the decimals; groups follow the locale, digits are always 0 to 9. Built once for a
 /// locale (a few milliseconds), then any thread may use it.
 class NumberFormatter {
 public:
@@ -19,7 +19,7 @@ public:
     NumberFormatter(const NumberFormatter&) = delete;
     NumberFormatter& operator=(const NumberFormatter&) = delete;
 
-    /// Empty for what is not finite, or when the formatter gives nothing.
+    /// Empty when the number is not finite or the formatter fails.
     std::string twoDecimals(double value) const;
 
 private:
@@ -27,8 +27,8 @@ private:
     std::unique_ptr<Implementation> implementation_;
 };
 
-/// Reads a text that is wholly a decimal number ("-12.5", "+5", "1e3", ".5", "5."): no blanks, no
-/// groups, no hexadecimal, no "inf" or "nan". Overflow is nothing; underflow is zero.
+/// Reads a text that is a decimal number as a whole ("-12.5", "+5", "1e3", ".5", "5."): no blanks, no
+/// groups, no hexadecimal, no "inf" or "nan". Overflow gives nothing; underflow gives zero.
 bool parseDecimal(std::string_view text, double& value);
 
 }  // namespace platform

@@ -8,10 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <optional>
 #include <string>
-#include "platform/base/ascii.h"
-#include "platform/url/url_session.h"
 
 namespace platform {
 namespace {
@@ -28,7 +25,7 @@ constexpr std::uint32_t ipv4(std::uint32_t a, std::uint32_t b, std::uint32_t c, 
 constexpr std::array notPublicNetworks{
     Network{ipv4(0, 0, 0, 0), 8},        // this host
     Network{ipv4(10, 0, 0, 0), 8},       // private
-    Network{ipv4(100, 64, 0, 0), 10},    // a provider's own
+    Network{ipv4(100, 64, 0, 0), 10},    // within a provider's network
     Network{ipv4(127, 0, 0, 0), 8},      // this machine
     Network{ipv4(169, 254, 0, 0), 16},   // this link
     Network{ipv4(172, 16, 0, 0), 12},    // private
@@ -55,13 +52,13 @@ bool startsWith(const std::uint8_t* bytes, std::initializer_list<std::uint8_t> p
 
 bool isPrivate(const in6_addr& address) {
     const std::uint8_t* bytes = address.s6_addr;
-    // An IPv4 address in IPv6 clothes is as private as it would be without them.
+    // An IPv4 address that is mapped or translated to IPv6 is as private as the IPv4 address itself.
     if (startsWith(bytes, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff}) ||
         startsWith(bytes, {0, 0x64, 0xff, 0x9b, 0, 0, 0, 0, 0, 0, 0, 0})) {
         return isPrivate(ipv4At(bytes + 12));
     }
     if (startsWith(bytes, {0x20, 0x02})) return isPrivate(ipv4At(bytes + 2));
-    // What else is public lies in 2000::/3.
+    // All other public addresses are in 2000::/3.
     const bool isGlobalUnicast = (bytes[0] & 0xe0) == 0x20;
     const bool isTunnel = startsWith(bytes, {0x20, 0x01, 0, 0});
     const bool isDocumentation = startsWith(bytes, {0x20, 0x01, 0x0d, 0xb8});
@@ -71,11 +68,11 @@ bool isPrivate(const in6_addr& address) {
 }  // namespace
 
 bool isPrivateNumericAddress(std::string_view text) {
-    const std::string address(text.substr(0, text.find('%')));
+    const std::string address(text);
     in6_addr six{};
     if (::inet_pton(AF_INET6, address.c_str(), &six) == 1) return isPrivate(six);
     in_addr four{};
-    return ::inet_aton(address.c_str(), &four) != 0 && isPrivate(ntohl(four.s_addr));
+    return ::inet_pton(AF_INET, address.c_str(), &four) == 1 && isPrivate(ntohl(four.s_addr));
 }
 
 bool isPrivateAddress(const sockaddr& address) {
@@ -90,14 +87,6 @@ bool isPrivateAddress(const sockaddr& address) {
         return isPrivate(six.sin6_addr);
     }
     return true;
-}
-
-bool namesPrivateHost(const URL& url) {
-    // A host may be written in percent escapes and still be understood.
-    std::string host = asciiLowerCased(percentDecoded(url.host()));
-    if (host.ends_with('.')) host.pop_back();
-    return host == "localhost" || host.ends_with(".localhost") || host.ends_with("localdomain") ||
-           host == "ip6-localhost" || host == "ip6-loopback" || isPrivateNumericAddress(host);
 }
 
 }  // namespace platform

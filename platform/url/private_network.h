@@ -1,6 +1,6 @@
 #pragma once
 
-// Which network addresses are this machine's, a private network's or otherwise not the public's.
+// Which network addresses belong to this machine or a private network, or are otherwise not public.
 
 #include <string_view>
 
@@ -8,11 +8,10 @@ struct sockaddr;
 
 namespace platform {
 
-/// A numeric address, IPv4 in any of the spellings that resolvers take ("127.1", "0x7f000001") or IPv6
-/// with or without a zone. What is no numeric address is not private.
+/// For IPv4 and IPv6 addresses as the system prints them ("127.0.0.1", "::1"). Any other text is not private.
 bool isPrivateNumericAddress(std::string_view text);
 
-/// Anything but IPv4 and IPv6 is private.
+/// Addresses that are neither IPv4 nor IPv6 count as private.
 bool isPrivateAddress(const sockaddr& address);
 
 }  // namespace platform

@@ -1,6 +1,5 @@
 #include "platform/url/transfer.h"
 
-#include <strings.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -16,10 +15,6 @@ constexpr int maximumRedirects = 20;
 constexpr std::size_t maximumHeaderBytes = 256U << 10;
 constexpr std::size_t largestReservation = 2U << 20;
 
-bool isSameText(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
-
 bool isWebScheme(std::string_view scheme) { return scheme == "http" || scheme == "https"; }
 
 bool isRedirect(int status) {
@@ -29,7 +24,8 @@ bool isRedirect(int status) {
 
 bool isCredential(std::string_view headerName) {
     constexpr std::array<std::string_view, 3> credentials{"Authorization", "Cookie", "Proxy-Authorization"};
-    return std::ranges::any_of(credentials, [&](auto name) { return isSameText(name, headerName); });
+    return std::ranges::any_of(credentials,
+                               [&](auto name) { return equalsIgnoringAsciiCase(name, headerName); });
 }
 
 /// Scheme and authority: the text up to the first "/", "?" or "#" after the two slashes.
@@ -51,7 +47,7 @@ int errorCode(CURLcode code) {
         case CURLE_RECV_ERROR:
         case CURLE_SEND_ERROR: return url_error::networkConnectionLost;
         case CURLE_BAD_CONTENT_ENCODING: return url_error::cannotDecodeContentData;
-        // The scheme has been looked at before: this is an answer that is no HTTP.
+        // The scheme was checked before, so the answer is not HTTP.
         case CURLE_UNSUPPORTED_PROTOCOL:
         case CURLE_WEIRD_SERVER_REPLY: return url_error::badServerResponse;
         case CURLE_PEER_FAILED_VERIFICATION: return url_error::serverCertificateUntrusted;
@@ -77,11 +73,10 @@ std::optional<Error> Transfer::objection() const {
     if (!isWebScheme(url.scheme())) return urlError(url_error::unsupportedURL);
     // libcurl would take the path for the host.
     if (url.host().empty()) return urlError(url_error::cannotFindHost);
-    if (!request_.allowsPrivateHosts && namesPrivateHost(url)) return urlError(url_error::unsupportedURL);
     return std::nullopt;
 }
 
-CURL* Transfer::beginHop() {
+CURL* Transfer::beginHop(const std::string& acceptLanguage) {
     easy_ = curl_easy_init();
     if (easy_ == nullptr) return nullptr;
     response_ = {};
@@ -97,7 +92,7 @@ CURL* Transfer::beginHop() {
     curl_easy_setopt(easy_, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(easy_, CURLOPT_PROXY, "");
     curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
-    // A name look-up that is given up must not hold the thread until the resolver gives up as well.
+    // A cancelled name look-up must not hold the thread until the resolver gives up as well.
     curl_easy_setopt(easy_, CURLOPT_QUICK_EXIT, 1L);
     curl_easy_setopt(easy_, CURLOPT_ACCEPT_ENCODING, "gzip, deflate, br");
     curl_easy_setopt(easy_, CURLOPT_USERAGENT, "Brightledger/1.0");
@@ -109,7 +104,7 @@ CURL* Transfer::beginHop() {
     curl_easy_setopt(easy_, CURLOPT_XFERINFOFUNCTION, &Transfer::noteProgress);
     curl_easy_setopt(easy_, CURLOPT_XFERINFODATA, this);
     setMethodAndBody();
-    setHeaders();
+    setHeaders(acceptLanguage);
     if (!request_.allowsPrivateHosts) setAddressChecks();
     return easy_;
 }
@@ -119,31 +114,35 @@ void Transfer::setMethodAndBody() {
         const std::string_view body = request_.body->view();
         curl_easy_setopt(easy_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
         curl_easy_setopt(easy_, CURLOPT_POSTFIELDS, body.data());
-    } else if (isSameText(request_.method, "POST")) {
-        // An empty body that says so; servers wait for one otherwise.
+    } else if (equalsIgnoringAsciiCase(request_.method, "POST")) {
+        // An empty body with its length; servers would wait for a body otherwise.
         curl_easy_setopt(easy_, CURLOPT_POSTFIELDSIZE, 0L);
         curl_easy_setopt(easy_, CURLOPT_POSTFIELDS, "");
     }
     curl_easy_setopt(easy_, CURLOPT_CUSTOMREQUEST, request_.method.c_str());
 }
 
-void Transfer::setHeaders() {
-    bool hasContentType = false;
-    for (const auto& [name, value] : request_.headers) {
-        hasContentType = hasContentType || isSameText(name, "Content-Type");
-        const std::string line = std::string(name).append(": ").append(value);
+void Transfer::setHeaders(const std::string& acceptLanguage) {
+    const auto add = [this](const std::string& line) {
         headerLines_ = curl_slist_append(headerLines_, line.c_str());
-    }
-    // libcurl would call every body a form, and wait for leave to send a long one.
-    if (!hasContentType) headerLines_ = curl_slist_append(headerLines_, "Content-Type:");
-    headerLines_ = curl_slist_append(headerLines_, "Expect:");
+    };
+    const auto isGiven = [this](std::string_view name) {
+        return std::ranges::any_of(request_.headers, [&](const auto& header) {
+            return equalsIgnoringAsciiCase(header.first, name);
+        });
+    };
+    for (const auto& [name, value] : request_.headers) add(std::string(name).append(": ").append(value));
+    if (!isGiven("Accept-Language")) add("Accept-Language: " + acceptLanguage);
+    // libcurl would call every body a form, and ask before it sends a long one.
+    if (!isGiven("Content-Type")) add("Content-Type:");
+    add("Expect:");
     curl_easy_setopt(easy_, CURLOPT_HTTPHEADER, headerLines_);
 }
 
 void Transfer::setAddressChecks() {
     curl_easy_setopt(easy_, CURLOPT_OPENSOCKETFUNCTION, &Transfer::openSocket);
     curl_easy_setopt(easy_, CURLOPT_OPENSOCKETDATA, this);
-    // A kept connection is opened by nobody: look at its other end too.
+    // No socket is opened for a kept connection, so its other end is looked at too.
     curl_easy_setopt(easy_, CURLOPT_PREREQFUNCTION, &Transfer::checkPeer);
     curl_easy_setopt(easy_, CURLOPT_PREREQDATA, this);
 }
@@ -155,6 +154,9 @@ std::optional<Result<HTTPResponse>> Transfer::endHop(CURLcode code) {
     long status = 0;
     curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &status);
     const std::optional<URL> target = code == CURLE_OK ? redirectTarget() : std::nullopt;
+    const char* peer = nullptr;
+    curl_easy_getinfo(easy_, CURLINFO_PRIMARY_IP, &peer);
+    response_.peerAddress = peer == nullptr ? "" : peer;
     dropHandle();
 
     if (ownError_) return tl::unexpected(urlError(*ownError_));
@@ -179,7 +181,7 @@ std::optional<URL> Transfer::redirectTarget() const {
 }
 
 void Transfer::redirectTo(URL target, int status) {
-    const bool isPost = isSameText(request_.method, "POST");
+    const bool isPost = equalsIgnoringAsciiCase(request_.method, "POST");
     if (status == 303 || (isPost && (status == 301 || status == 302))) {
         request_.method = "GET";
         request_.body.reset();
@@ -217,7 +219,7 @@ std::size_t Transfer::takeHeader(char* bytes, std::size_t size, std::size_t coun
         transfer.ownError_ = url_error::badServerResponse;
         return 0;
     }
-    // Another status line follows an interim response.
+    // A second status line follows an interim response.
     if (line.starts_with("HTTP/")) transfer.response_.headers.clear();
     if (const std::size_t colon = line.find(':'); colon != std::string_view::npos) {
         transfer.response_.headers.insert_or_assign(asciiLowerCased(line.substr(0, colon)),
@@ -244,7 +246,7 @@ std::size_t Transfer::takeBody(char* bytes, std::size_t size, std::size_t count,
 }
 
 int Transfer::noteProgress(void* self, curl_off_t, curl_off_t downloaded, curl_off_t, curl_off_t uploaded) {
-    // Bytes on the wire: a compressed body may drip for long before it yields anything.
+    // Counts bytes as they are sent: a compressed body may trickle in for long before it yields anything.
     Transfer& transfer = *static_cast<Transfer*>(self);
     const curl_off_t seen = downloaded + uploaded;
     if (seen != transfer.bytesSeen_) transfer.lastByte_ = std::chrono::steady_clock::now();
@@ -263,7 +265,7 @@ curl_socket_t Transfer::openSocket(void* self, curlsocktype, curl_sockaddr* addr
 
 int Transfer::checkPeer(void* self, char* peerAddress, char*, int, int) {
     Transfer& transfer = *static_cast<Transfer*>(self);
-    // One of a name's addresses may have been refused, and another one taken.
+    // A name may have several addresses: one was refused, and another one was used.
     transfer.ownError_.reset();
     if (!isPrivateNumericAddress(peerAddress)) return CURL_PREREQFUNC_OK;
     transfer.ownError_ = url_error::unsupportedURL;

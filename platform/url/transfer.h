@@ -17,8 +17,8 @@ namespace platform {
 
 using SteadyTime = std::chrono::steady_clock::time_point;
 
-/// Lives on the loader's I/O thread once it has been handed over. Stays where it is in memory, as
-/// libcurl points to it.
+/// Used only on the loader's I/O thread once it has been submitted. Cannot be moved, because libcurl keeps a
+/// pointer to it.
 class Transfer {
 public:
     /// `finish` runs on the I/O thread, exactly once.
@@ -27,25 +27,24 @@ public:
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
-    /// The error that keeps the current hop from being sent at all.
+    /// Why the current hop cannot be sent at all.
     std::optional<Error> objection() const;
     /// Scheme, host and port of the current hop.
     const std::string& origin() const { return origin_; }
 
-    /// A handle that is ready to send the current hop; nothing when there is no memory. It belongs to the
-    /// transfer.
-    CURL* beginHop();
+    /// A handle that is ready to send the current hop; null when memory runs out. The transfer owns it.
+    CURL* beginHop(const std::string& acceptLanguage);
     CURL* handle() const { return easy_; }
     bool isUnderWay() const { return easy_ != nullptr; }
 
-    /// What a hop that ended with `code` has come to: nothing when another hop must follow, else the
-    /// transfer's end. The handle is gone afterwards.
+    /// The result of the transfer after a hop that ended with `code`; nothing when another hop must follow.
+    /// The handle is gone afterwards.
     std::optional<Result<HTTPResponse>> endHop(CURLcode code);
     /// Connections that this transfer has opened.
     long connectionsOpened() const { return connectionsOpened_; }
 
-    /// When it is late: too long without a byte, or past the deadline. Time before the hop begins is no
-    /// idle time.
+    /// When the transfer times out: too long without a byte, or past its deadline. The time before a hop
+    /// begins does not count as idle.
     SteadyTime deadline() const;
 
     void finish(Result<HTTPResponse> result);
@@ -53,7 +52,7 @@ public:
 
 private:
     void setMethodAndBody();
-    void setHeaders();
+    void setHeaders(const std::string& acceptLanguage);
     void setAddressChecks();
     std::optional<URL> redirectTarget() const;
     void redirectTo(URL target, int status);
@@ -73,7 +72,7 @@ private:
     int redirects_ = 0;
     long connectionsOpened_ = 0;
 
-    // Of the current hop.
+    // These belong to the current hop.
     CURL* easy_ = nullptr;
     curl_slist* headerLines_ = nullptr;
     SteadyTime lastByte_;
@@ -81,7 +80,7 @@ private:
     std::size_t headerBytes_ = 0;
     HTTPResponse response_;
     std::string body_;
-    /// Why we ended the hop ourselves.
+    /// The error code when the transfer ended the hop itself.
     std::optional<int> ownError_;
 };
 

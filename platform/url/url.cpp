@@ -12,7 +12,7 @@ std::string lowerCased(const UriTextRangeA& range) { return asciiLowerCased({ran
 }  // namespace
 
 std::optional<URL> URL::parse(std::string_view text) {
-    // The library takes the empty text for an address.
+    // The library accepts the empty text as an address.
     if (text.empty()) return std::nullopt;
     UriUriA parts;
     const char* errorPosition = nullptr;

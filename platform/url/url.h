@@ -1,6 +1,6 @@
 #pragma once
 
-// Addresses, by the strict rule: what is not allowed in one makes the text no address.
+// Addresses by the strict rule: a text with any character that an address must not hold is not an address.
 
 #include <optional>
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace platform {
 
-/// A text that is an address, kept as it was given: nothing is encoded, nothing normalised. A text without
+/// A text that is an address, kept as given: nothing is encoded or normalised. A text without
 /// a scheme is a (relative) address too; loading it fails later.
 class URL {
 public:
@@ -16,9 +16,9 @@ public:
     static std::optional<URL> parse(std::string_view text);
 
     const std::string& text() const { return text_; }
-    /// Lower case; empty when there is none.
+    /// In lower case; empty when the address has no scheme.
     const std::string& scheme() const { return scheme_; }
-    /// Without brackets, lower case; empty when there is none.
+    /// In lower case and without brackets; empty when the address has no host.
     const std::string& host() const { return host_; }
 
     bool operator==(const URL& other) const { return text_ == other.text_; }

@@ -53,7 +53,7 @@ struct RunningThreads {
 
 Error urlError(int code) { return {url_error::domain, code, description(code)}; }
 
-/// Runs completions in order, on a thread that lives while there are any.
+/// Runs completions in order, on a thread that exists only while there are completions.
 struct URLSession::Queue : std::enable_shared_from_this<Queue> {
     explicit Queue(std::shared_ptr<RunningThreads> running) : threads(std::move(running)) {}
 
@@ -71,7 +71,7 @@ struct URLSession::Queue : std::enable_shared_from_this<Queue> {
         while (const std::function<void()> completion = next()) completion();
     }
 
-    /// Nothing when the thread has to end, of which the loader then knows.
+    /// The next completion. Null when the thread must end, which it then has told the loader.
     std::function<void()> next() {
         std::deque<std::function<void()>> dropped;
         const std::lock_guard lock(threads->mutex);
@@ -88,7 +88,7 @@ struct URLSession::Queue : std::enable_shared_from_this<Queue> {
     }
 
     const std::shared_ptr<RunningThreads> threads;
-    // Both under the threads' mutex.
+    // The mutex of `threads` guards both.
     std::deque<std::function<void()>> completions;
     bool isRunning = false;
 };
@@ -113,6 +113,7 @@ struct URLLoader::Implementation {
     void cancelAll();
 
     const std::shared_ptr<RunningThreads> completionThreads = std::make_shared<RunningThreads>();
+    std::string acceptLanguage;
     std::optional<URLSession> sharedSession;
 
     mutable std::mutex mutex;
@@ -123,7 +124,7 @@ struct URLLoader::Implementation {
     long transfersUnderWay = 0;
     steady_clock::time_point busySince;
 
-    // Of the I/O thread alone, but for waking it up.
+    // Only the I/O thread uses these, except to wake it up.
     CURLM* multi = nullptr;
     std::vector<std::unique_ptr<Transfer>> transfers;
     std::map<std::string, int> connectionsTo;
@@ -212,7 +213,7 @@ void URLLoader::Implementation::begin(Transfer& transfer) {
     }
     const auto connections = connectionsTo.find(transfer.origin());
     if (connections != connectionsTo.end() && connections->second == connectionsPerHost) return;
-    CURL* const handle = transfer.beginHop();
+    CURL* const handle = transfer.beginHop(acceptLanguage);
     if (handle == nullptr) {
         finish(transfer, tl::unexpected(urlError(url_error::unknown)));
         return;
@@ -230,7 +231,7 @@ void URLLoader::Implementation::takeEnded() {
         Transfer& transfer = *reinterpret_cast<Transfer*>(self);
         if (auto result = endHop(transfer, message->data.result)) finish(transfer, std::move(*result));
     }
-    // What has to go on elsewhere, or had to wait for a connection, goes on now.
+    // Transfers that were redirected or waited for a connection continue now.
     beginWaiting();
 }
 
@@ -282,7 +283,8 @@ void URLLoader::Implementation::cancelAll() {
     transfers.clear();
 }
 
-URLLoader::URLLoader() : implementation_(std::make_unique<Implementation>()) {
+URLLoader::URLLoader(std::string acceptLanguage) : implementation_(std::make_unique<Implementation>()) {
+    implementation_->acceptLanguage = std::move(acceptLanguage);
     implementation_->sharedSession.emplace(*this);
 }
 
@@ -320,6 +322,14 @@ void URLSession::dataTask(URLRequest request, DataTaskCompletion completion) {
     };
     loader_.implementation_->submit(
         std::make_unique<Transfer>(std::move(request), std::nullopt, std::move(finish)));
+}
+
+std::string acceptLanguage(const Locale& locale) {
+    std::string language = locale.identifier.substr(0, locale.identifier.find_first_of(".@"));
+    if (language.empty() || language == "C" || language == "POSIX") language = "en_US";
+    std::ranges::replace(language, '_', '-');
+    const std::size_t region = language.find('-');
+    return region == std::string::npos ? language : language + ", " + language.substr(0, region) + ";q=0.9";
 }
 
 Result<Bytes> contentsOf(const URL& url, URLLoader& loader, bool allowsPrivateHosts,

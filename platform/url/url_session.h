@@ -1,7 +1,7 @@
 #pragma once
 
-// Loads what addresses name: one I/O thread for all transfers of a process, and one serial
-// background queue a session, on which its completions run one after another.
+// Loads resources by their addresses: one I/O thread for all transfers of a process, and one serial
+// background queue per session, on which its completions run one after another.
 
 #include <chrono>
 #include <cstddef>
@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 #include "platform/base/bytes.h"
+#include "platform/base/locale.h"
 #include "platform/base/result.h"
 #include "platform/url/url.h"
 
@@ -37,34 +38,36 @@ inline constexpr int secureConnectionFailed = -1200;
 inline constexpr int serverCertificateUntrusted = -1202;
 }  // namespace url_error
 
-/// An error of the URL domain that carries nothing but its code: the message is a fixed text for the
-/// code and never holds an address, as an address may hold a user's secrets.
+/// The error of the URL domain with this code. Its message is a fixed text for the code and never contains an
+/// address, since addresses may contain a user's secrets.
 Error urlError(int code);
 
 struct URLRequest {
     URL url;
-    /// Sent letter by letter.
+    /// Sent as it is, in upper or lower case.
     std::string method = "GET";
     std::vector<std::pair<std::string, std::string>> headers = {};
     std::optional<Bytes> body = {};
-    /// Ends the transfer when no data has arrived for so long; restarts with every byte.
+    /// Ends the transfer when no data has arrived for this long; restarts with every byte.
     std::chrono::milliseconds timeoutInterval = std::chrono::seconds(60);
-    /// Of the decoded body; a longer one is an error (dataLengthExceedsMaximum).
+    /// A decoded body that is longer is an error (dataLengthExceedsMaximum).
     std::size_t maximumBodySize = 64U << 20;
-    /// When false, an address on this machine or on a private network ends the transfer with
-    /// unsupportedURL: on every hop, by the address itself and by what its host name resolves to.
+    /// When false, the transfer ends with unsupportedURL before anything is sent to this machine or a private
+    /// network. Every hop is judged by the address that its connection really goes to.
     bool allowsPrivateHosts = true;
 };
 
 struct HTTPResponse {
     int statusCode = 0;
+    /// The numeric address of the server that sent the answer, after all redirects.
+    std::string peerAddress;
     /// Names in lower case; the last of several wins.
     std::map<std::string, std::string, std::less<>> headers;
-    /// Absent when the response carried none (an empty body counts as none).
+    /// Absent when the response had no body or an empty one.
     std::optional<Bytes> body;
 };
 
-/// Runs on the session's queue, exactly once; when the loader goes away first it is dropped.
+/// Runs exactly once on the session's queue; dropped when the loader is destroyed first.
 using DataTaskCompletion = std::function<void(Result<HTTPResponse>)>;
 
 class URLLoader;
@@ -89,25 +92,28 @@ private:
 };
 
 /// The process's transfers: one I/O thread, started with the first transfer, and one pool of
-/// connections for all sessions, at most six to a host; what is too many waits its turn.
+/// connections for all sessions, at most six to a host; further transfers wait their turn.
 ///
 /// Redirects are followed, at most 20, to http and https only: 301 and 302 turn POST into GET, 303
 /// turns everything into GET, 307 and 308 keep method and body. Credentials do not go along to another
-/// origin. A 3xx without a usable Location is the response. Bodies arrive decompressed. Proxies of the
-/// environment are not used.
+/// origin. A 3xx without a usable Location is the response. Bodies arrive decompressed. Every request says
+/// which language the answer should have, unless its own headers do. Cookies and answers are not kept: each
+/// request goes to the server. Proxies of the environment are not used.
 class URLLoader {
 public:
-    URLLoader();
+    /// `acceptLanguage` is the header of that name (see below).
+    explicit URLLoader(std::string acceptLanguage = "en-US, en;q=0.9");
     /// Ends all transfers (their completions are dropped) and waits for completions that are running.
     ~URLLoader();
     URLLoader(const URLLoader&) = delete;
     URLLoader& operator=(const URLLoader&) = delete;
 
-    /// The session that everybody shares who asks for none of his own.
+    /// A session for all callers that need none of their own.
     URLSession& sharedSession();
 
-    /// Loads on the I/O thread and waits for it here, which may be a session's queue but never the I/O
-    /// thread itself. `deadline` bounds the whole transfer, redirects included; past it, timedOut.
+    /// Loads on the I/O thread and waits for the answer on this one, which may be a session's queue but never
+    /// the I/O thread. `deadline` applies to the whole transfer with its redirects; after it the error is
+    /// timedOut.
     Result<HTTPResponse> load(URLRequest request, std::chrono::steady_clock::time_point deadline);
 
     struct Statistics {
@@ -125,14 +131,12 @@ private:
 };
 
 /// Reads the resource at an address as a widget reads a picture: http and https only, 2 MiB at the
-/// most, statuses 101, 200 to 399, 401 and 407 give the body. An address on this machine or on a
-/// private network is refused unless `allowsPrivateHosts`; every redirect is checked anew, and so is
-/// every address that a host name resolves to.
+/// most, statuses 101, 200 to 399, 401 and 407 give the body. `allowsPrivateHosts` as in URLRequest.
 Result<Bytes> contentsOf(const URL& url, URLLoader& loader, bool allowsPrivateHosts,
                          std::chrono::steady_clock::time_point deadline);
 
-/// Whether the host of `url` is this machine or on a private, link-local or otherwise not public
-/// network, going by its literal address or by "localhost" names; a host name is not looked up.
-bool namesPrivateHost(const URL& url);
+/// The value of the header "Accept-Language" for a device's locale: "en-IN, en;q=0.9" for en_IN, "hi" for hi,
+/// and American English for locales without a language (C, POSIX, empty).
+std::string acceptLanguage(const Locale& locale);
 
 }  // namespace platform

@@ -28,7 +28,7 @@ struct Timeline {
     TimelineReloadPolicy policy;
 };
 
-/// For whom a provider is asked.
+/// The widget for which a provider is asked.
 struct TimelineProviderContext {
     WidgetFamily family = WidgetFamily::systemSmall;
     Size displaySize = widgetSize(WidgetFamily::systemSmall);

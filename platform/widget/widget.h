@@ -1,6 +1,6 @@
 #pragma once
 
-// Widgets as their host sees them: who they are, what they answer, how an entry is shown.
+// Widgets as their host sees them: their names, their answers, and how they show an entry.
 
 #include <concepts>
 #include <functional>
@@ -14,7 +14,7 @@
 
 namespace platform {
 
-/// What a provider of timelines offers. Placeholder answers at once; the other two call their
+/// What a provider of timelines offers. The placeholder comes at once; the other two call their
 /// completion exactly once, on any thread, possibly before they return.
 template <typename Provider>
 concept TimelineProvider = requires(Provider& provider, const TimelineProviderContext& context) {
@@ -24,14 +24,14 @@ concept TimelineProvider = requires(Provider& provider, const TimelineProviderCo
     provider.getTimeline(context, std::function<void(Timeline<typename Provider::Entry>)>());
 };
 
-/// An entry whose type only its widget knows.
+/// An entry; only its widget knows the type.
 class AnyTimelineEntry {
 public:
     virtual ~AnyTimelineEntry() = default;
     virtual Instant date() const = 0;
     /// The entry's own fields, in their own order.
     virtual nlohmann::ordered_json json() const = 0;
-    /// What the widget shows for it. Builds the views anew: a fatal error of a view happens here.
+    /// What the widget shows for it. Builds the views on every call, so a fatal error of a view happens here.
     virtual View view(const EnvironmentValues& environment) const = 0;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The way from an app or extension to whoever hosts its widgets.
+// How an app or extension reaches the host of its widgets.
 
 #include <functional>
 #include <optional>

@@ -1,36 +1,74 @@
 #include "tests/support/loopback_server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cctype>
+#include <boost/asio.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
 #include <condition_variable>
+#include <cstdio>
 #include <deque>
 #include <mutex>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
+#include "platform/base/ascii.h"
 
 namespace tests {
 namespace {
 
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = boost::beast::http;
+using asio::ip::tcp;
+
 constexpr std::chrono::seconds longWait{20};
 
-std::string lowerCased(std::string text) {
-    std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
-    return text;
+std::optional<ReceivedRequest> receive(tcp::socket& socket, beast::flat_buffer& buffer, int connection) {
+    http::request_parser<http::string_body> parser;
+    beast::error_code error;
+    http::read(socket, buffer, parser, error);
+    if (error) return std::nullopt;
+    const auto& message = parser.get();
+    ReceivedRequest request{.method = std::string(message.method_string()),
+                            .target = std::string(message.target()),
+                            .headers = {},
+                            .body = message.body(),
+                            .connection = connection};
+    for (const auto& field : message)
+        request.headers.emplace_back(
+            platform::asciiLowerCased({field.name_string().data(), field.name_string().size()}),
+            std::string(field.value()));
+    return request;
 }
 
-void resetConnection(int socket) {
-    const linger now{.l_onoff = 1, .l_linger = 0};
-    ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &now, sizeof now);
+bool sendAll(tcp::socket& socket, std::string_view bytes) {
+    beast::error_code error;
+    asio::write(socket, asio::buffer(bytes), error);
+    return !error;
+}
+
+void resetWhenClosed(tcp::socket& socket) { socket.set_option(asio::socket_base::linger(true, 0)); }
+
+/// Status line and headers, up to the empty line.
+std::string headOf(const Answer& answer, bool mayHaveBody, std::size_t bodySize) {
+    std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " Answer\r\n";
+    for (const auto& [name, value] : answer.headers) head += name + ": " + value + "\r\n";
+    if (answer.isGzip) head += "Content-Encoding: gzip\r\n";
+    if (answer.closesConnection) head += "Connection: close\r\n";
+    if (answer.isChunked) {
+        head += "Transfer-Encoding: chunked\r\n";
+    } else if (mayHaveBody) {
+        head += "Content-Length: " + std::to_string(answer.declaredLength.value_or(bodySize)) + "\r\n";
+    }
+    return head + "\r\n";
+}
+
+std::string asChunk(std::string_view piece) {
+    std::array<char, 32> length{};
+    std::snprintf(length.data(), length.size(), "%zx\r\n", piece.size());
+    return length.data() + std::string(piece) + "\r\n";
 }
 
 }  // namespace
@@ -67,8 +105,9 @@ int ReceivedRequest::headerCount(std::string_view lowerCaseName) const {
 }
 
 struct LoopbackServer::State {
-    int listener = -1;
-    int port = 0;
+    asio::io_context context;
+    tcp::acceptor listener{context, tcp::endpoint(asio::ip::address_v4::loopback(), 0)};
+    const int port = listener.local_endpoint().port();
     std::thread acceptor;
 
     mutable std::mutex mutex;
@@ -78,37 +117,38 @@ struct LoopbackServer::State {
     std::map<std::string, Answer> answers;
     std::deque<Answer> answersInTurn;
     std::vector<ReceivedRequest> requests;
-    std::vector<int> sockets;
-    std::vector<std::thread> connections;
+    struct Connection {
+        tcp::socket socket;
+        std::thread thread;
+    };
+    std::deque<Connection> connections;
 
-    void listenOnOwnPort();
     void acceptConnections();
-    void serve(int socket, int connection);
-    bool receive(int socket, std::string& buffer, ReceivedRequest& request) const;
+    void serve(tcp::socket& socket, int connection);
     Answer answerTo(const ReceivedRequest& request);
-    bool send(int socket, const Answer& answer, bool withoutBody) const;
-    bool sendBody(int socket, const Answer& answer, std::string_view body) const;
-    bool sendAll(int socket, std::string_view bytes) const;
+    /// False when the connection is of no more use.
+    bool send(tcp::socket& socket, const Answer& answer, bool withoutBody) const;
+    bool sendBody(tcp::socket& socket, const Answer& answer, std::string_view body) const;
     /// Waits; false when the server stops meanwhile.
     bool rest(std::chrono::milliseconds duration) const;
 };
 
 LoopbackServer::LoopbackServer() : state_(std::make_unique<State>()) {
-    state_->listenOnOwnPort();
     state_->acceptor = std::thread([state = state_.get()] { state->acceptConnections(); });
 }
 
 LoopbackServer::~LoopbackServer() {
+    beast::error_code ignored;
     {
         const std::lock_guard lock(state_->mutex);
         state_->isStopping = true;
-        for (const int socket : state_->sockets) ::shutdown(socket, SHUT_RDWR);
+        for (State::Connection& connection : state_->connections)
+            connection.socket.shutdown(tcp::socket::shutdown_both, ignored);
     }
     state_->changed.notify_all();
-    ::shutdown(state_->listener, SHUT_RDWR);
+    ::shutdown(state_->listener.native_handle(), SHUT_RDWR);
     state_->acceptor.join();
-    for (std::thread& connection : state_->connections) connection.join();
-    ::close(state_->listener);
+    for (State::Connection& connection : state_->connections) connection.thread.join();
 }
 
 std::string LoopbackServer::origin() const { return "http://127.0.0.1:" + std::to_string(state_->port); }
@@ -146,96 +186,34 @@ int LoopbackServer::connectionCount() const {
     return static_cast<int>(state_->connections.size());
 }
 
-void LoopbackServer::State::listenOnOwnPort() {
-    listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    if (::bind(listener, reinterpret_cast<sockaddr*>(&address), length) != 0 || ::listen(listener, 64) != 0 ||
-        ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-        throw std::runtime_error("no port to listen on");
-    }
-    port = ntohs(address.sin_port);
-}
-
 void LoopbackServer::State::acceptConnections() {
-    while (true) {
-        const int socket = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    for (;;) {
+        beast::error_code error;
+        tcp::socket socket = listener.accept(error);
         const std::lock_guard lock(mutex);
-        if (isStopping || socket < 0) {
-            if (socket >= 0) ::close(socket);
-            if (isStopping) return;
-            continue;
-        }
-        const int immediately = 1;
-        ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &immediately, sizeof immediately);
-        const int connection = static_cast<int>(connections.size());
-        sockets.push_back(socket);
-        connections.emplace_back([this, socket, connection] { serve(socket, connection); });
+        if (isStopping) return;
+        if (error) continue;
+        socket.set_option(tcp::no_delay(true));
+        const int number = static_cast<int>(connections.size());
+        Connection& connection = connections.emplace_back(std::move(socket));
+        connection.thread = std::thread([this, &own = connection.socket, number] { serve(own, number); });
     }
 }
 
-void LoopbackServer::State::serve(int socket, int connection) {
-    std::string buffer;
-    while (true) {
-        ReceivedRequest request;
-        request.connection = connection;
-        if (!receive(socket, buffer, request)) break;
-        const bool withoutBody = request.method == "HEAD";
-        const Answer answer = answerTo(request);
+void LoopbackServer::State::serve(tcp::socket& socket, int connection) {
+    beast::flat_buffer buffer;
+    while (auto request = receive(socket, buffer, connection)) {
+        const bool withoutBody = request->method == "HEAD";
+        const Answer answer = answerTo(*request);
         {
             const std::lock_guard lock(mutex);
-            requests.push_back(std::move(request));
+            requests.push_back(*std::move(request));
         }
         changed.notify_all();
         if (!send(socket, answer, withoutBody)) break;
     }
-    // Forgotten and closed as one, so that the server never shuts a stranger's socket down.
     const std::lock_guard lock(mutex);
-    std::erase(sockets, socket);
-    ::close(socket);
-}
-
-bool LoopbackServer::State::receive(int socket, std::string& buffer, ReceivedRequest& request) const {
-    const auto readMore = [&] {
-        char piece[16384];
-        const ssize_t count = ::recv(socket, piece, sizeof piece, 0);
-        if (count > 0) buffer.append(piece, static_cast<std::size_t>(count));
-        return count > 0;
-    };
-
-    std::size_t end = 0;
-    while ((end = buffer.find("\r\n\r\n")) == std::string::npos) {
-        if (!readMore()) return false;
-    }
-    const std::string head = buffer.substr(0, end + 2);
-    buffer.erase(0, end + 4);
-
-    std::size_t line = head.find("\r\n");
-    const std::string first = head.substr(0, line);
-    const std::size_t afterMethod = first.find(' ');
-    const std::size_t afterTarget = first.rfind(' ');
-    if (afterMethod == std::string::npos || afterTarget <= afterMethod) return false;
-    request.method = first.substr(0, afterMethod);
-    request.target = first.substr(afterMethod + 1, afterTarget - afterMethod - 1);
-    for (line += 2; line < head.size();) {
-        const std::size_t next = head.find("\r\n", line);
-        const std::size_t colon = head.find(':', line);
-        std::size_t value = colon + 1;
-        while (value < next && head[value] == ' ') ++value;
-        request.headers.emplace_back(lowerCased(head.substr(line, colon - line)),
-                                     head.substr(value, next - value));
-        line = next + 2;
-    }
-
-    const std::size_t length = std::stoul(request.header("content-length").value_or("0"));
-    while (buffer.size() < length) {
-        if (!readMore()) return false;
-    }
-    request.body = buffer.substr(0, length);
-    buffer.erase(0, length);
-    return true;
+    socket.close();
 }
 
 Answer LoopbackServer::State::answerTo(const ReceivedRequest& request) {
@@ -251,37 +229,24 @@ Answer LoopbackServer::State::answerTo(const ReceivedRequest& request) {
     return everyAnswer;
 }
 
-bool LoopbackServer::State::send(int socket, const Answer& answer, bool withoutBody) const {
+bool LoopbackServer::State::send(tcp::socket& socket, const Answer& answer, bool withoutBody) const {
     using Ending = Answer::Ending;
     if (!rest(answer.delay)) return false;
-    if (answer.ending == Ending::noAnswer) return false;
-    if (answer.ending == Ending::noAnswerReset) {
-        resetConnection(socket);
-        return false;
-    }
-    if (answer.ending == Ending::silence) {
-        rest(std::chrono::hours(1));
-        return false;
-    }
+    if (answer.ending == Ending::silence) rest(std::chrono::hours(1));
+    if (answer.ending == Ending::noAnswerReset) resetWhenClosed(socket);
+    const bool isAnswered =
+        answer.ending == Ending::complete || answer.ending == Ending::cut || answer.ending == Ending::reset;
+    if (!isAnswered) return false;
 
     const std::string body = answer.isGzip ? gzipCompressed(answer.body) : answer.body;
     const bool mayHaveBody = answer.status >= 200 && answer.status != 204 && answer.status != 304;
-    std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " Answer\r\n";
-    for (const auto& [name, value] : answer.headers) head += name + ": " + value + "\r\n";
-    if (answer.isGzip) head += "Content-Encoding: gzip\r\n";
-    if (answer.closesConnection) head += "Connection: close\r\n";
-    if (answer.isChunked) {
-        head += "Transfer-Encoding: chunked\r\n";
-    } else if (mayHaveBody) {
-        head += "Content-Length: " + std::to_string(answer.declaredLength.value_or(body.size())) + "\r\n";
-    }
-    if (!sendAll(socket, head + "\r\n")) return false;
+    if (!sendAll(socket, headOf(answer, mayHaveBody, body.size()))) return false;
     if (withoutBody || !mayHaveBody) return !answer.closesConnection;
-    if (answer.ending == Ending::cut || answer.ending == Ending::reset) {
+    if (answer.ending != Ending::complete) {
         sendBody(socket, answer, std::string_view(body).substr(0, body.size() / 2));
-        // What has been sent is to arrive before the reset does.
+        // The client must receive what has been sent before the reset.
         rest(std::chrono::milliseconds(50));
-        if (answer.ending == Ending::reset) resetConnection(socket);
+        if (answer.ending == Ending::reset) resetWhenClosed(socket);
         return false;
     }
     if (!sendBody(socket, answer, body)) return false;
@@ -290,27 +255,12 @@ bool LoopbackServer::State::send(int socket, const Answer& answer, bool withoutB
     return !answer.closesConnection && !answer.declaredLength;
 }
 
-bool LoopbackServer::State::sendBody(int socket, const Answer& answer, std::string_view body) const {
+bool LoopbackServer::State::sendBody(tcp::socket& socket, const Answer& answer, std::string_view body) const {
     const std::size_t size = answer.pieceSize.value_or(std::max<std::size_t>(body.size(), 1));
     for (; !body.empty(); body.remove_prefix(std::min(size, body.size()))) {
         const std::string_view piece = body.substr(0, size);
-        std::string framed;
-        if (answer.isChunked) {
-            char length[32];
-            std::snprintf(length, sizeof length, "%zx\r\n", piece.size());
-            framed = length + std::string(piece) + "\r\n";
-        }
-        if (!sendAll(socket, answer.isChunked ? std::string_view(framed) : piece)) return false;
+        if (!sendAll(socket, answer.isChunked ? asChunk(piece) : std::string(piece))) return false;
         if (!rest(answer.pause)) return false;
-    }
-    return true;
-}
-
-bool LoopbackServer::State::sendAll(int socket, std::string_view bytes) const {
-    while (!bytes.empty()) {
-        const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
     }
     return true;
 }

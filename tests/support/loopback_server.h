@@ -1,6 +1,9 @@
 #pragma once
 
 // A real HTTP server on 127.0.0.1 that answers as a test says, faults included.
+//
+// It stands beside serving/, which only gives well-formed answers: here a test can get a wrong length, bytes
+// that trickle, or a connection that is reset halfway.
 
 #include <chrono>
 #include <map>
@@ -12,9 +15,9 @@
 
 namespace tests {
 
-/// What a server makes of one request.
+/// How the server answers one request.
 struct Answer {
-    /// How the answer ends when it does not end well.
+    /// How the answer ends.
     enum class Ending {
         complete,
         /// Closes the connection after the first half of the body.
@@ -40,7 +43,7 @@ struct Answer {
     bool isChunked = false;
     /// Compresses the body and says so.
     bool isGzip = false;
-    /// Said in Content-Length instead of the truth.
+    /// The Content-Length to send instead of the right one.
     std::optional<std::size_t> declaredLength = std::nullopt;
     /// Closes the connection afterwards, and says so.
     bool closesConnection = false;
@@ -52,7 +55,7 @@ struct Answer {
 };
 
 struct ReceivedRequest {
-    /// Letter by letter.
+    /// As it came.
     std::string method;
     /// Path and query as they came.
     std::string target;
@@ -67,8 +70,8 @@ struct ReceivedRequest {
     int headerCount(std::string_view lowerCaseName) const;
 };
 
-/// Listens from construction on, on a port of its own, until it goes. Keeps connections open between
-/// requests. Any thread; without any answer set it answers 404.
+/// Listens on a port of its own while it lives, and keeps connections open between requests. It answers 404
+/// as long as no answer is set. Any thread.
 class LoopbackServer {
 public:
     LoopbackServer();
@@ -80,14 +83,14 @@ public:
     std::string origin() const;
     int port() const;
 
-    /// Answers every request that no path's answer fits.
+    /// Answers every request for a path without an answer of its own.
     void answer(Answer answer);
     /// Answers requests for `path` (with a "?" in it: for the whole target).
     void answer(const std::string& path, Answer answer);
     /// Answers one request after the other, whatever it asks for, before all other answers.
     void answerInTurn(std::vector<Answer> answers);
 
-    /// In the order in which they were wholly received.
+    /// In the order in which they arrived completely.
     std::vector<ReceivedRequest> requests() const;
     /// Waits until `count` requests have come; whether they have, after a long wait.
     bool waitForRequests(std::size_t count) const;

@@ -48,6 +48,7 @@ TEST(NetworkManager, SendsTheMethodInLowerCaseAndTheContentTypeOnce) {
     for (const auto& request : requests) {
         EXPECT_EQ(request.header("content-type"), "application/json");
         EXPECT_EQ(request.headerCount("content-type"), 1);
+        EXPECT_EQ(request.header("accept-language"), "en-IN, en;q=0.9") << "the runtime's locale";
         EXPECT_EQ(request.body, "");
     }
 }

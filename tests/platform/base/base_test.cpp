@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -9,9 +10,11 @@
 #include <vector>
 #include "platform/base/bytes.h"
 #include "platform/base/clock.h"
+#include "platform/base/files.h"
 #include "platform/base/standard_streams.h"
 #include "platform/base/uuid.h"
 #include "tests/support/expected_text.h"
+#include "tests/support/temporary_directory.h"
 
 namespace platform {
 namespace {
@@ -25,6 +28,31 @@ TEST(StandardStreams, ThatAreMissingAreNoPlaceForTheNextFile) {
         return ::write(STDOUT_FILENO, "x", 1) == -1 && ::open("/dev/null", O_RDONLY) > STDERR_FILENO;
     };
     EXPECT_EXIT(std::exit(isFilled() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+TEST(Files, AreReplacedInOneStepAndReadWithinALimit) {
+    const tests::TemporaryDirectory folder;
+    const auto file = folder.path() / "file";
+    EXPECT_EQ(readFile(file, 10).error().code, ENOENT);
+    ASSERT_TRUE(writeFile(file, "0123456789"));
+    EXPECT_EQ(readFile(file, 10), "0123456789");
+    EXPECT_EQ(readFile(file, 9).error().code, EFBIG);
+    std::filesystem::create_hard_link(file, folder.path() / "old");
+    ASSERT_TRUE(writeFile(file, ""));
+    EXPECT_EQ(readFile(file, 10), "");
+    EXPECT_EQ(readFile(folder.path() / "old", 10), "0123456789") << "the old file is not written into";
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
+    EXPECT_FALSE(writeFile(folder.path() / "missing" / "file", ""));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2)
+        << "no drafts are left";
+}
+
+TEST(Files, ThatAreNotRegularAreRefusedAtOnce) {
+    const tests::TemporaryDirectory folder;
+    const auto pipe = folder.path() / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::filesystem::path& path : {pipe, folder.path(), std::filesystem::path("/dev/null")})
+        EXPECT_THAT(readFile(path, 10).error().message, testing::HasSubstr("is not a regular file"));
 }
 
 TEST(Instants, AreReadWithAnOffsetAndWrittenInUTC) {

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include "platform/base/files.h"
 #include "tests/support/temporary_directory.h"
 
 namespace platform {
@@ -16,10 +17,6 @@ namespace platform {
 inline std::string contentOf(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-inline void writeFile(const std::filesystem::path& file, const std::string& content) {
-    std::ofstream(file, std::ios::binary) << content;
 }
 
 /// Runs a command of property_lists.py; true when it is content.

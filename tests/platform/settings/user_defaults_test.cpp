@@ -118,7 +118,7 @@ TEST(ASettingsStore, ForgetsWhatIsRemoved) {
     EXPECT_TRUE(store->dictionaryRepresentation()->empty());
 }
 
-TEST(ASettingsStore, ShowsAWriteAtOnceToEverybody) {
+TEST(ASettingsStore, ShowsAWriteToEveryProcessAtOnce) {
     const TemporaryDirectory folder;
     const auto app = opened(folder.path());
     const auto widget = opened(folder.path());

@@ -7,6 +7,7 @@
 #include "extension/app/settings/store_keys.h"
 #include "platform/json/json_coding.h"
 #include "platform/settings/keyed_archive.h"
+#include "platform/url/private_network.h"
 #include "platform/url/url_session.h"
 
 namespace extension {
@@ -43,11 +44,13 @@ ThumbnailReader thumbnailReader(const Runtime& runtime, bool allowsPrivateHosts)
     };
 }
 
-std::vector<NewsUIVM> makeStories(const Result<Bytes>& answer, bool isPrivateFeed, const Runtime& runtime) {
-    if (!answer) return {};  // no network is an empty widget, never a message
-    const Result<NewsDataModel> news = platform::decodedJSON<NewsDataModel>(answer->view());
+}  // namespace
+
+std::vector<NewsUIVM> makeStories(const platform::HTTPResponse& answer, const Runtime& runtime) {
+    const Result<NewsDataModel> news = platform::decodedJSON<NewsDataModel>(answer.body->view());
     if (!news || !news->list) return {};
-    const ThumbnailReader readThumbnail = thumbnailReader(runtime, isPrivateFeed);
+    const ThumbnailReader readThumbnail =
+        thumbnailReader(runtime, platform::isPrivateNumericAddress(answer.peerAddress));
     std::vector<NewsUIVM> stories;
     for (const NewsDetails& story : *news->list) {
         if (stories.size() == storiesShown) break;
@@ -55,8 +58,6 @@ std::vector<NewsUIVM> makeStories(const Result<Bytes>& answer, bool isPrivateFee
     }
     return stories;
 }
-
-}  // namespace
 
 void NewsViewModel::fetchNews(std::shared_ptr<NewsEntryHolder> holder) const {
     fetchEntry([holder = std::move(holder)](NewsTimelineEntry entry) { holder->entry = std::move(entry); });
@@ -70,16 +71,15 @@ void NewsViewModel::fetchEntry(std::function<void(NewsTimelineEntry)> completion
 }
 
 void NewsViewModel::fetchList(std::function<void(std::vector<NewsUIVM>, bool)> completion) const {
-    const std::string address = newsAddress();
-    const std::optional<platform::URL> url = platform::URL::parse(address);
-    const bool isPrivateFeed = url && platform::namesPrivateHost(*url);
-    network_.sendRequest(address, RequestMethod::get, std::nullopt,
-                         [&runtime = runtime_, isPrivateFeed,
-                          completion = std::move(completion)](const Result<Bytes>& answer) {
-                             std::vector<NewsUIVM> stories = makeStories(answer, isPrivateFeed, runtime);
-                             const bool isSuccess = !stories.empty();
-                             completion(std::move(stories), isSuccess);
-                         });
+    network_.requestResponse(newsAddress(), RequestMethod::get, std::nullopt,
+                             [&runtime = runtime_, completion = std::move(completion)](
+                                 const Result<platform::HTTPResponse>& answer) {
+                                 // Without a network the widget is empty; it never shows a message.
+                                 std::vector<NewsUIVM> stories =
+                                     answer ? makeStories(*answer, runtime) : std::vector<NewsUIVM>();
+                                 const bool isSuccess = !stories.empty();
+                                 completion(std::move(stories), isSuccess);
+                             });
 }
 
 std::string NewsViewModel::newsAddress() const {

@@ -20,13 +20,16 @@ struct NewsEntryHolder {
     NewsTimelineEntry entry;
 };
 
-/// Asks the service for its top stories, or the address that the phone app has stored instead. Keeps nothing
-/// between fetches. Each ends exactly once: on a background queue, or on the caller's thread when the
-/// address is not one. Every failure is an empty list.
-///
-/// A fetch also reads the thumbnails, one after another, for 8 seconds and 2 MiB in all; those that are late
-/// or too large are absent. A thumbnail on this machine or on a private network is read only when the feed
-/// is on one, too.
+/// The first five stories of an answer that has a body; none when it cannot be decoded. Reads their
+/// thumbnails too, one after another, for at most 8 seconds in all: late ones are absent, and so are those
+/// that would make all of them more than 2 MiB. A thumbnail on this machine or a private network is read only
+/// when the answer came from such an address: a public feed must not make this device read from a private
+/// network.
+std::vector<NewsUIVM> makeStories(const platform::HTTPResponse& answer, const platform::Runtime& runtime);
+
+/// Asks the service for its top stories, or the address that the phone app has put in its place. Keeps
+/// nothing between fetches. Each fetch ends exactly once: on a background queue, or on the caller's thread
+/// when the address cannot be formed. Every failure is an empty list.
 class NewsViewModel {
 public:
     /// `runtime` must outlive the fetches; the view model need not.
@@ -37,7 +40,7 @@ public:
     /// Hands over the list, and whether it has any stories.
     void fetchList(std::function<void(std::vector<NewsUIVM>, bool)> completion) const;
 
-    /// The address that is asked.
+    /// The address of the stories.
     std::string newsAddress() const;
 
 private:

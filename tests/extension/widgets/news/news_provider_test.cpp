@@ -235,5 +235,21 @@ TEST(NewsThumbnails, AllTogetherHaveEightSecondsAndDelayNoOtherAnswer) {
     EXPECT_THAT(service.requests(), SizeIs(3)) << "what is late anyway is not asked for";
 }
 
+TEST(NewsViewModel, APublicFeedCannotShowPicturesOfAPrivateNetwork) {
+    LoopbackServer pictures;
+    pictures.answer({.body = "a picture"});
+    const TestRuntime runtime;
+    const auto thumbnailOf = [&](const char* peer) {
+        platform::HTTPResponse answer{.statusCode = 200, .peerAddress = peer, .headers = {}, .body = {}};
+        answer.body = Bytes(document({json{{"thumbnail", pictures.origin()}}}));
+        const auto stories = makeStories(answer, runtime);
+        EXPECT_EQ(stories.size(), 1U);
+        return stories.empty() ? std::nullopt : stories.front().thumbnailData;
+    };
+    EXPECT_FALSE(thumbnailOf("93.184.216.34"));
+    EXPECT_EQ(pictures.requests().size(), 0U);
+    EXPECT_TRUE(thumbnailOf("127.0.0.1"));
+}
+
 }  // namespace
 }  // namespace extension
