@@ -36,14 +36,16 @@ std::optional<Color> colorOf(const ordered_json& components) {
 
 }  // namespace
 
-Result<std::string> Argument<std::string>::read(const std::string& text) {
+Result<std::string_view> Argument<std::string_view>::read(const std::string& text) {
     if (!platform::isUtf8(text)) return platform::failure("UsageError", 0, "a text is not UTF-8");
     return text;
 }
 
-Result<std::optional<std::string>> Argument<std::optional<std::string>>::read(const std::string& text) {
+Result<std::optional<std::string_view>> Argument<std::optional<std::string_view>>::read(
+    const std::string& text) {
     if (text == "null") return std::nullopt;
-    return Argument<std::string>::read(text).map([](const std::string& same) { return std::optional(same); });
+    return Argument<std::string_view>::read(text).map(
+        [](std::string_view same) { return std::optional(same); });
 }
 
 Result<std::int64_t> Argument<std::int64_t>::read(const std::string& text) {

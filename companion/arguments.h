@@ -15,16 +15,17 @@ namespace companion {
 template <typename T>
 struct Argument;
 
+// Of these two the value is a view of `text`.
 template <>
-struct Argument<std::string> {
+struct Argument<std::string_view> {
     static constexpr std::string_view name = "TEXT";
-    static platform::Result<std::string> read(const std::string& text);
+    static platform::Result<std::string_view> read(const std::string& text);
 };
 
 template <>
-struct Argument<std::optional<std::string>> {
+struct Argument<std::optional<std::string_view>> {
     static constexpr std::string_view name = "TEXT|null";
-    static platform::Result<std::optional<std::string>> read(const std::string& text);
+    static platform::Result<std::optional<std::string_view>> read(const std::string& text);
 };
 
 template <>

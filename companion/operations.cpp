@@ -5,6 +5,7 @@
 #include <future>
 #include <nlohmann/json.hpp>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include "companion/arguments.h"
 #include "extension/app/presence/widget_kit_helper.h"
@@ -21,34 +22,44 @@ namespace companion {
 namespace {
 
 using extension::AppDefaultColors;
-using extension::Guarded;
 using extension::KeyConstants;
-using extension::PresenceMember;
 using extension::ProcessState;
 using extension::ThemeManager;
-using extension::ThemeService;
-using extension::WidgetPresence;
+using extension::WidgetHelper;
+using extension::WidgetKitHelper;
 using nlohmann::ordered_json;
 using platform::Color;
 using platform::Result;
-using OptionalText = std::optional<std::string>;
 using Words = std::vector<std::string>;
+
+}  // namespace
+
+/// What the classes that the extension publishes keep in the phone app's memory.
+struct PhoneApp::State : ProcessState {
+    using ProcessState::ProcessState;
+    /// The one that the phone app's views are bound to.
+    ThemeManager themeManager;
+};
+
+namespace {
 
 struct Operation {
     std::string_view className;
     std::string_view selector;
     std::vector<std::string_view> parameters;
     /// With as many words as there are parameters.
-    std::function<Result<ordered_json>(ProcessState&, const Words&)> call;
+    std::function<Result<ordered_json>(PhoneApp::State&, const Words&)> call;
 };
 
 // What an operation answers, as JSON.
 
-ordered_json answer(std::int64_t number) { return number; }
-ordered_json answer(bool truth) { return truth; }
-ordered_json answer(std::string_view text) { return text; }
-ordered_json answer(const std::string& text) { return text; }
-ordered_json answer(const OptionalText& text) { return text ? ordered_json(*text) : ordered_json(); }
+template <typename T>
+ordered_json answer(const T& value) {
+    return value;
+}
+ordered_json answer(const std::optional<std::string>& text) {
+    return text ? ordered_json(*text) : ordered_json();
+}
 ordered_json answer(const Color& color) { return platform::colorJson(color); }
 ordered_json answer(const std::shared_ptr<const extension::Theme>& theme) {
     ordered_json colors = ordered_json::object();
@@ -62,10 +73,10 @@ Result<ordered_json> answer(const Result<std::string>& text) {
     return text.map([](const std::string& value) { return ordered_json(value); });
 }
 
-/// Reads every word as its parameter's type and calls `function` with them; the first word that does not
-/// fit is the answer instead.
+/// Reads every word as its parameter's type and calls `function` with them; the first word that does not fit
+/// is the answer instead.
 template <typename... Parameters, typename Function, std::size_t... Positions>
-Result<ordered_json> callWith(const Function& function, ProcessState& state, const Words& words,
+Result<ordered_json> callWith(const Function& function, PhoneApp::State& state, const Words& words,
                               std::index_sequence<Positions...>) {
     const std::tuple<Result<Parameters>...> arguments{Argument<Parameters>::read(words[Positions])...};
     const platform::Error* error = nullptr;
@@ -80,178 +91,161 @@ Result<ordered_json> callWith(const Function& function, ProcessState& state, con
     }
 }
 
-template <typename... Parameters, typename Function>
-Operation operation(std::string_view className, std::string_view selector, Function function) {
-    return {className,
-            selector,
-            {Argument<Parameters>::name...},
-            [function](ProcessState& state, const Words& words) {
-                return callWith<Parameters...>(function, state, words,
-                                               std::index_sequence_for<Parameters...>());
-            }};
-}
+/// The operations, as they are collected.
+class Operations {
+public:
+    template <typename... Parameters, typename Function>
+    void add(std::string_view className, std::string_view selector, Function function) {
+        all.push_back({className,
+                       selector,
+                       {Argument<Parameters>::name...},
+                       [function](PhoneApp::State& state, const Words& words) {
+                           return callWith<Parameters...>(function, state, words,
+                                                          std::index_sequence_for<Parameters...>());
+                       }});
+    }
 
-template <typename T>
-using StateMember = Guarded<T> ProcessState::*;
+    // A published function, with or without the state that it works on.
+    template <typename Answer>
+    void add(std::string_view className, std::string_view selector, Answer (*function)(ProcessState&)) {
+        add<>(className, selector, [function](ProcessState& state) { return function(state); });
+    }
+    template <typename Answer, typename First>
+    void add(std::string_view className, std::string_view selector,
+             Answer (*function)(First, ProcessState&)) {
+        add<std::decay_t<First>>(className, selector, [function](ProcessState& state, const auto& first) {
+            return function(first, state);
+        });
+    }
+    template <typename Answer, typename First>
+    void add(std::string_view className, std::string_view selector, Answer (*function)(First)) {
+        add<std::decay_t<First>>(className, selector,
+                                 [function](ProcessState&, const auto& first) { return function(first); });
+    }
 
-/// A property in two operations: read by its name, set by `setter`.
-template <typename T>
-void addProperty(std::vector<Operation>& operations, std::string_view className, std::string_view name,
-                 std::string_view setter, StateMember<T> place) {
-    operations.push_back(operation<>(className, name, [place](ProcessState& s) { return (s.*place).get(); }));
-    operations.push_back(
-        operation<T>(className, setter, [place](ProcessState& s, const T& value) { (s.*place).set(value); }));
-}
+    template <typename Value>
+    void addConstant(std::string_view className, std::string_view name, const Value& value) {
+        add<>(className, name, [value](ProcessState&) { return value; });
+    }
 
-template <typename T>
-void addProperty(std::vector<Operation>& operations, std::string_view name, std::string_view setter,
-                 PresenceMember<T> place) {
-    operations.push_back(
-        operation<>("WidgetKitHelper", name, [place](ProcessState& s) { return s.presence->get().*place; }));
-    operations.push_back(operation<T>("WidgetKitHelper", setter, [place](ProcessState& s, const T& value) {
-        s.presence->update([&](WidgetPresence& presence) { presence.*place = value; });
-    }));
-}
-
-void addConstant(std::vector<Operation>& operations, std::string_view className, std::string_view name,
-                 std::string_view value) {
-    operations.push_back(operation<>(className, name, [value](ProcessState&) { return value; }));
-}
-
-void addConstant(std::vector<Operation>& operations, std::string_view className, std::string_view name,
-                 std::int64_t value) {
-    operations.push_back(operation<>(className, name, [value](ProcessState&) { return value; }));
-}
-
-void addConstant(std::vector<Operation>& operations, std::string_view className, std::string_view name,
-                 const Color& value) {
-    operations.push_back(operation<>(className, name, [value](ProcessState&) { return value; }));
-}
+    std::vector<Operation> all;
+};
 
 /// The colour's hex text, without letting a colour that has none end this process.
-Result<std::string> checkedHexString(ProcessState&, const Color& color) {
+Result<std::string> checkedHexString(const Color& color) {
     if (const std::size_t count = color.components().size(); count != 0 && count < 3) {
         return platform::failure("FatalError", 0,
                                  "fatal error: the hex text of a colour with fewer than three components");
     }
-    return extension::hexString(color);
+    return ThemeManager::getColorHexValueWithColor(color);
 }
 
 /// Waits for the answer, so that the properties that are read next show it.
 void askWhatIsPlaced(ProcessState& state) {
     const auto isAnswered = std::make_shared<std::promise<void>>();
-    extension::queryPlacedWidgets(state, [isAnswered] { isAnswered->set_value(); });
+    WidgetKitHelper::getCurrentConfigurations(state, [isAnswered] { isAnswered->set_value(); });
     isAnswered->get_future().wait();
 }
 
-std::optional<std::string_view> viewOf(const OptionalText& text) {
-    return text ? std::optional<std::string_view>(*text) : std::nullopt;
+void addSettings(Operations& all) {
+    constexpr std::string_view name = "KeyConstants";
+    all.addConstant(name, "GROUP_TODAY_EXTENSION", KeyConstants::GROUP_TODAY_EXTENSION);
+    all.addConstant(name, "refresh_rate", KeyConstants::refresh_rate);
+    all.addConstant(name, "reloadWidgetOnThemeChange", KeyConstants::reloadWidgetOnThemeChange);
+    all.add(name, "appleEmailId", KeyConstants::appleEmailId);
+    all.add(name, "setAppleEmailId:", KeyConstants::setAppleEmailId);
+    all.add(name, "storylyURL", KeyConstants::storylyURL);
+    all.add(name, "setStorylyURL:", KeyConstants::setStorylyURL);
+    all.add("WidgetHelper", "checkAndRemoveExpiredFutureWidgets",
+            WidgetHelper::checkAndRemoveExpiredFutureWidgets);
 }
 
-void addSettings(std::vector<Operation>& all) {
-    addConstant(all, "KeyConstants", "GROUP_TODAY_EXTENSION", KeyConstants::GROUP_TODAY_EXTENSION);
-    addConstant(all, "KeyConstants", "refresh_rate", KeyConstants::refresh_rate);
-    addConstant(all, "KeyConstants", "reloadWidgetOnThemeChange", KeyConstants::reloadWidgetOnThemeChange);
-    addProperty(all, "KeyConstants", "appleEmailId", "setAppleEmailId:", &ProcessState::appleEmailId);
-    addProperty(all, "KeyConstants", "storylyURL", "setStorylyURL:", &ProcessState::storylyURL);
-    all.push_back(operation<>("WidgetHelper", "checkAndRemoveExpiredFutureWidgets",
-                              [](ProcessState& s) { extension::pruneExpiredFutures(s.runtime); }));
+void addPresence(Operations& all) {
+    constexpr std::string_view name = "WidgetKitHelper";
+    all.add(name, "isWigetAdded", WidgetKitHelper::isWigetAdded);
+    all.add(name, "setIsWigetAdded:", WidgetKitHelper::setIsWigetAdded);
+    all.add(name, "widgetFamily", WidgetKitHelper::widgetFamily);
+    all.add(name, "setWidgetFamily:", WidgetKitHelper::setWidgetFamily);
+    all.add(name, "isNewsWidgetAdded", WidgetKitHelper::isNewsWidgetAdded);
+    all.add(name, "setIsNewsWidgetAdded:", WidgetKitHelper::setIsNewsWidgetAdded);
+    all.add(name, "newsWidgetFamily", WidgetKitHelper::newsWidgetFamily);
+    all.add(name, "setNewsWidgetFamily:", WidgetKitHelper::setNewsWidgetFamily);
+    all.add(name, "isPortfolioWigetAdded", WidgetKitHelper::isPortfolioWigetAdded);
+    all.add(name, "setIsPortfolioWigetAdded:", WidgetKitHelper::setIsPortfolioWigetAdded);
+    all.add(name, "portfolioWidgetFamily", WidgetKitHelper::portfolioWidgetFamily);
+    all.add(name, "setPortfolioWidgetFamily:", WidgetKitHelper::setPortfolioWidgetFamily);
+    all.add(name, "getCurrentConfigurations", askWhatIsPlaced);
+    all.add(name, "reloadAllWidgets:", WidgetKitHelper::reloadAllWidgets);
+    all.add(name, "updatePortfolioArrayUserDefaults", WidgetKitHelper::updatePortfolioArrayUserDefaults);
 }
 
-void addPresence(std::vector<Operation>& all) {
-    addProperty(all, "isWigetAdded", "setIsWigetAdded:", &WidgetPresence::isWigetAdded);
-    addProperty(all, "widgetFamily", "setWidgetFamily:", &WidgetPresence::widgetFamily);
-    addProperty(all, "isNewsWidgetAdded", "setIsNewsWidgetAdded:", &WidgetPresence::isNewsWidgetAdded);
-    addProperty(all, "newsWidgetFamily", "setNewsWidgetFamily:", &WidgetPresence::newsWidgetFamily);
-    addProperty(all, "isPortfolioWigetAdded",
-                "setIsPortfolioWigetAdded:", &WidgetPresence::isPortfolioWigetAdded);
-    addProperty(all, "portfolioWidgetFamily",
-                "setPortfolioWidgetFamily:", &WidgetPresence::portfolioWidgetFamily);
-    all.push_back(operation<>("WidgetKitHelper", "getCurrentConfigurations", askWhatIsPlaced));
-    all.push_back(operation<OptionalText>("WidgetKitHelper",
-                                          "reloadAllWidgets:", [](ProcessState& s, const OptionalText& kind) {
-                                              extension::reloadWidgets(s.runtime, viewOf(kind));
-                                          }));
-    all.push_back(operation<>("WidgetKitHelper", "updatePortfolioArrayUserDefaults", [](ProcessState& s) {
-        return extension::removeSavedPortfolioRows(s.runtime);
-    }));
-}
-
-void addThemes(std::vector<Operation>& all) {
+void addThemes(Operations& all) {
     constexpr std::string_view name = "ThemeManager";
-    addConstant(all, name, "lightThemeIdentifier", ThemeManager::lightThemeIdentifier);
-    addConstant(all, name, "darkThemeIdentifier", ThemeManager::darkThemeIdentifier);
-    addConstant(all, name, "autoThemeIdentifier", ThemeManager::autoThemeIdentifier);
-    addConstant(all, name, "currentAutoThemeTypeKey", ThemeManager::currentAutoThemeTypeKey);
-
-    const auto getter = [&](std::string_view selector, auto get) {
-        all.push_back(
-            operation<>(name, selector, [get](ProcessState& s) { return (ThemeService(s).*get)(); }));
-    };
-    getter("getCurrentSelectedThemeType", &ThemeService::selectedThemeType);
-    getter("setDefaultThemeIfNotSet", &ThemeService::setDefaultThemeIfNotSet);
-    getter("currentThemeForAutoMode", &ThemeService::themeForAutoMode);
-    getter("currentDisplayTheme", &ThemeService::displayTheme);
-    getter("currentFinalSelectedThemeType", &ThemeService::finalSelectedThemeType);
-    getter("currentDisplayThemeKey", &ThemeService::displayThemeKey);
-    getter("currentFinalDisplayThemeKey", &ThemeService::displayThemeKey);
-    getter("currentTheme", &ThemeService::currentTheme);
-    getter("getReloadWidgetExtension", &ThemeService::reloadsWidgets);
-
-    all.push_back(operation<std::int64_t>(
-        name, "setCurrentSelectedThemeTypeWithType:", [](ProcessState& s, std::int64_t type) {
-            return ThemeService(s).setSelectedThemeType(type);
-        }));
-    all.push_back(
-        operation<bool>(name, "setReloadWidgetExtensionWithReload:", [](ProcessState& s, bool reload) {
-            return ThemeService(s).setReloadsWidgets(reload);
-        }));
-    all.push_back(operation<OptionalText, OptionalText>(
+    all.addConstant(name, "lightThemeIdentifier", ThemeManager::lightThemeIdentifier);
+    all.addConstant(name, "darkThemeIdentifier", ThemeManager::darkThemeIdentifier);
+    all.addConstant(name, "autoThemeIdentifier", ThemeManager::autoThemeIdentifier);
+    all.addConstant(name, "currentAutoThemeTypeKey", ThemeManager::currentAutoThemeTypeKey);
+    all.add(name, "getCurrentSelectedThemeType", ThemeManager::getCurrentSelectedThemeType);
+    all.add(name, "setCurrentSelectedThemeTypeWithType:", ThemeManager::setCurrentSelectedThemeTypeWithType);
+    all.add(name, "setDefaultThemeIfNotSet", ThemeManager::setDefaultThemeIfNotSet);
+    all.add(name, "currentThemeForAutoMode", ThemeManager::currentThemeForAutoMode);
+    all.add(name, "currentDisplayTheme", ThemeManager::currentDisplayTheme);
+    all.add(name, "currentFinalSelectedThemeType", ThemeManager::currentFinalSelectedThemeType);
+    all.add(name, "currentDisplayThemeKey", ThemeManager::currentDisplayThemeKey);
+    all.add(name, "currentFinalDisplayThemeKey", ThemeManager::currentFinalDisplayThemeKey);
+    all.add(name, "currentTheme", ThemeManager::currentTheme);
+    all.add(name, "getReloadWidgetExtension", ThemeManager::getReloadWidgetExtension);
+    all.add(name, "setReloadWidgetExtensionWithReload:", ThemeManager::setReloadWidgetExtensionWithReload);
+    using OptionalText = std::optional<std::string_view>;
+    all.add<OptionalText, OptionalText>(
         name, "getThemeColorFromHexString:lightHex:",
-        [](ProcessState& s, const OptionalText& hex, const OptionalText& lightHex) {
-            return ThemeService(s).themeColor(viewOf(hex), viewOf(lightHex));
-        }));
-    all.push_back(operation<Color>(name, "getColorHexValueWithColor:", checkedHexString));
+        [](ProcessState& state, const OptionalText& hex, const OptionalText& lightHex) {
+            return ThemeManager::getThemeColorFromHexString(hex, lightHex, state);
+        });
+    all.add(name, "getColorHexValueWithColor:", checkedHexString);
+    all.add<>(name, "currentSelectedThemeType",
+              [](PhoneApp::State& state) { return state.themeManager.currentSelectedThemeType.get(); });
+    all.add<std::int64_t>(name,
+                          "setCurrentSelectedThemeType:", [](PhoneApp::State& state, std::int64_t type) {
+                              state.themeManager.currentSelectedThemeType.set(type);
+                          });
 }
 
-void addColors(std::vector<Operation>& all) {
+void addColors(Operations& all) {
     constexpr std::string_view name = "AppDefaultColors";
-    addConstant(all, name, "colorBlack", AppDefaultColors::colorBlack);
-    addConstant(all, name, "colorBlueGray", AppDefaultColors::colorBlueGray);
-    addConstant(all, name, "colorGreen", AppDefaultColors::colorGreen);
-    addConstant(all, name, "colorRed", AppDefaultColors::colorRed);
-    addConstant(all, name, "colorWhitieshGray", AppDefaultColors::colorWhitieshGray);
-    addConstant(all, name, "colorLightBlack", AppDefaultColors::colorLightBlack);
-    addConstant(all, name, "blueThemeColor", AppDefaultColors::blueThemeColor);
-    addConstant(all, name, "colorWhite", AppDefaultColors::colorWhite);
-    addConstant(all, name, "sliderThumbColor", AppDefaultColors::sliderThumbColor);
-    addConstant(all, name, "sliderLeftColor", AppDefaultColors::sliderLeftColor);
-    addConstant(all, name, "sliderRightColor", AppDefaultColors::sliderRightColor);
+    all.addConstant(name, "colorBlack", AppDefaultColors::colorBlack);
+    all.addConstant(name, "colorBlueGray", AppDefaultColors::colorBlueGray);
+    all.addConstant(name, "colorGreen", AppDefaultColors::colorGreen);
+    all.addConstant(name, "colorRed", AppDefaultColors::colorRed);
+    all.addConstant(name, "colorWhitieshGray", AppDefaultColors::colorWhitieshGray);
+    all.addConstant(name, "colorLightBlack", AppDefaultColors::colorLightBlack);
+    all.addConstant(name, "blueThemeColor", AppDefaultColors::blueThemeColor);
+    all.addConstant(name, "colorWhite", AppDefaultColors::colorWhite);
+    all.addConstant(name, "sliderThumbColor", AppDefaultColors::sliderThumbColor);
+    all.addConstant(name, "sliderLeftColor", AppDefaultColors::sliderLeftColor);
+    all.addConstant(name, "sliderRightColor", AppDefaultColors::sliderRightColor);
 
-    all.push_back(
-        operation<OptionalText>("UIColor", "colorFromHexString:", [](ProcessState&, const OptionalText& hex) {
-            return extension::colorFromHexString(viewOf(hex));
-        }));
-    all.push_back(operation<OptionalText, double>(
-        "UIColor",
-        "colorFromHexStringAndOpacity:alpha:", [](ProcessState&, const OptionalText& hex, double alpha) {
-            return extension::colorFromHexStringAndOpacity(viewOf(hex), alpha);
-        }));
-    all.push_back(operation<Color>("UIColor", "hexString", checkedHexString));
-    all.push_back(operation<std::string>(
-        "NSString", "getTheDirectionColor", [](ProcessState& s, const std::string& code) {
-            return extension::getTheDirectionColor(code, *ThemeService(s).currentTheme());
-        }));
+    using OptionalText = std::optional<std::string_view>;
+    all.add("UIColor", "colorFromHexString:", extension::colorFromHexString);
+    all.add<OptionalText, double>("UIColor", "colorFromHexStringAndOpacity:alpha:",
+                                  [](ProcessState&, const OptionalText& hex, double alpha) {
+                                      return extension::colorFromHexStringAndOpacity(hex, alpha);
+                                  });
+    all.add("UIColor", "hexString", checkedHexString);
+    all.add<std::string_view>("NSString", "getTheDirectionColor",
+                              [](ProcessState& state, std::string_view code) {
+                                  return extension::getTheDirectionColor(code, state);
+                              });
 }
 
 const std::vector<Operation>& allOperations() {
     static const std::vector<Operation> operations = [] {
-        std::vector<Operation> all;
-        addSettings(all);
-        addPresence(all);
-        addThemes(all);
-        addColors(all);
-        return all;
+        Operations collected;
+        addSettings(collected);
+        addPresence(collected);
+        addThemes(collected);
+        addColors(collected);
+        return collected.all;
     }();
     return operations;
 }
@@ -267,10 +261,6 @@ tl::unexpected<platform::Error> wrongUsage(std::string message) {
 }
 
 }  // namespace
-
-struct PhoneApp::State : ProcessState {
-    using ProcessState::ProcessState;
-};
 
 PhoneApp::PhoneApp(const platform::Runtime& runtime) : state_(std::make_unique<State>(runtime)) {}
 
@@ -296,29 +286,28 @@ Result<ordered_json> PhoneApp::call(std::string_view className, std::string_view
 }
 
 Result<void> PhoneApp::setTheme(std::int64_t type) {
-    ThemeService themes(*state_);
-    return themes.setSelectedThemeType(type)
-        .and_then([&] { return themes.setReloadsWidgets(true); })
-        .map([&] { extension::reloadWidgets(state_->runtime, std::nullopt); });
+    return ThemeManager::setCurrentSelectedThemeTypeWithType(type, *state_)
+        .and_then([&] { return ThemeManager::setReloadWidgetExtensionWithReload(true, *state_); })
+        .map([&] { WidgetKitHelper::reloadAllWidgets(std::nullopt, *state_); });
 }
 
-std::int64_t PhoneApp::theme() const { return ThemeService(*state_).selectedThemeType(); }
+std::int64_t PhoneApp::theme() const { return ThemeManager::getCurrentSelectedThemeType(*state_); }
 
 Result<void> PhoneApp::signIn(const std::optional<Session>& session) {
     return setSession(state_->runtime, session)
-        .and_then([&] { return extension::removeSavedPortfolioRows(state_->runtime); })
-        .map([&] { extension::reloadWidgets(state_->runtime, "PortfolioWidget"); });
+        .and_then([&] { return WidgetKitHelper::updatePortfolioArrayUserDefaults(*state_); })
+        .map([&] { WidgetKitHelper::reloadAllWidgets("PortfolioWidget", *state_); });
 }
 
 Result<void> PhoneApp::chooseAssets(const ChosenAssets& assets) {
     return setChosenAssets(state_->runtime, assets).map([&] {
-        extension::reloadWidgets(state_->runtime, "PerchWidget");
+        WidgetKitHelper::reloadAllWidgets("PerchWidget", *state_);
     });
 }
 
 Result<void> PhoneApp::setNewsFeed(const std::optional<std::string>& address) {
     return setNewsFeedAddress(state_->runtime, address).map([&] {
-        extension::reloadWidgets(state_->runtime, "NewsWidget");
+        WidgetKitHelper::reloadAllWidgets("NewsWidget", *state_);
     });
 }
 

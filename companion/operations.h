@@ -47,8 +47,9 @@ public:
     /// Replaces the news feed's address, or gives it back to the environment.
     platform::Result<void> setNewsFeed(const std::optional<std::string>& address);
 
-private:
     struct State;
+
+private:
     std::unique_ptr<State> state_;
 };
 

@@ -12,8 +12,8 @@ platform::Color getTheDirectionColor(std::string_view code, const Theme& theme) 
     return theme.textColor();
 }
 
-platform::Color getTheDirectionColor(std::string_view code) {
-    return getTheDirectionColor(code, *ThemeManager::currentTheme());
+platform::Color getTheDirectionColor(std::string_view code, ProcessState& state) {
+    return getTheDirectionColor(code, *ThemeManager::currentTheme(state));
 }
 
 }  // namespace extension

@@ -1,6 +1,5 @@
 #include "extension/theme/theme_manager.h"
 
-#include "extension/theme/hex_codec.h"
 #include "extension/theme/palette.h"
 
 namespace extension {
@@ -57,112 +56,81 @@ Result<void> inStore(const platform::Runtime& runtime, const Work& work) {
     return done;
 }
 
+/// Makes the colours that the store holds now the current theme.
+void readCurrentTheme(ProcessState& state) {
+    // Reads under the lock, so that the later of two simultaneous changes stays.
+    state.currentTheme.update(
+        [&](std::shared_ptr<const Theme>& theme) { theme = std::make_shared<const Theme>(state.runtime); });
+}
+
 }  // namespace
 
-std::int64_t ThemeService::selectedThemeType() const {
-    return numberOf(extension::selectedThemeType(state_.runtime));
+std::int64_t ThemeManager::getCurrentSelectedThemeType(ProcessState& state) {
+    return numberOf(selectedThemeType(state.runtime));
 }
 
-Result<void> ThemeService::setSelectedThemeType(std::int64_t number) {
-    const Result<void> done = inStore(state_.runtime, [&](Transaction& transaction) {
-        return chooseThemeType(transaction, number, state_.runtime);
+Result<void> ThemeManager::setCurrentSelectedThemeTypeWithType(std::int64_t type, ProcessState& state) {
+    const Result<void> done = inStore(state.runtime, [&](Transaction& transaction) {
+        return chooseThemeType(transaction, type, state.runtime);
     });
-    readCurrentTheme();
+    readCurrentTheme(state);
     return done;
 }
 
-Result<void> ThemeService::setDefaultThemeIfNotSet() {
-    if (const auto defaults = sharedDefaults(state_.runtime); !defaults) {
+Result<void> ThemeManager::setDefaultThemeIfNotSet(ProcessState& state) {
+    if (const auto defaults = sharedDefaults(state.runtime); !defaults)
         return tl::unexpected(defaults.error());
-    }
     const Result<void> done = inStore(
-        state_.runtime, [&](Transaction& transaction) { return chooseDefault(transaction, state_.runtime); });
-    readCurrentTheme();
+        state.runtime, [&](Transaction& transaction) { return chooseDefault(transaction, state.runtime); });
+    readCurrentTheme(state);
     return done;
 }
 
-std::int64_t ThemeService::themeForAutoMode() const { return numberOf(automaticThemeType(state_.runtime)); }
+std::int64_t ThemeManager::currentThemeForAutoMode(ProcessState& state) {
+    return numberOf(automaticThemeType(state.runtime));
+}
 
-std::int64_t ThemeService::displayTheme() const {
-    const ThemeType effective = effectiveThemeType(state_.runtime);
+std::int64_t ThemeManager::currentDisplayTheme(ProcessState& state) {
+    const ThemeType effective = effectiveThemeType(state.runtime);
     return numberOf(effective == ThemeType::unpainted ? ThemeType::dark : effective);
 }
 
-std::int64_t ThemeService::finalSelectedThemeType() const {
-    return numberOf(effectiveThemeType(state_.runtime));
+std::int64_t ThemeManager::currentFinalSelectedThemeType(ProcessState& state) {
+    return numberOf(effectiveThemeType(state.runtime));
 }
 
-std::string_view ThemeService::displayThemeKey() const {
-    return effectiveThemeType(state_.runtime) == ThemeType::light ? "light" : "dark";
+std::string_view ThemeManager::currentDisplayThemeKey(ProcessState& state) {
+    return effectiveThemeType(state.runtime) == ThemeType::light ? "light" : "dark";
 }
 
-std::shared_ptr<const Theme> ThemeService::currentTheme() {
-    return state_.currentTheme.update([this](std::shared_ptr<const Theme>& theme) {
-        if (!theme) theme = std::make_shared<const Theme>(state_.runtime);
+std::string_view ThemeManager::currentFinalDisplayThemeKey(ProcessState& state) {
+    return currentDisplayThemeKey(state);
+}
+
+std::shared_ptr<const Theme> ThemeManager::currentTheme(ProcessState& state) {
+    return state.currentTheme.update([&](std::shared_ptr<const Theme>& theme) {
+        if (!theme) theme = std::make_shared<const Theme>(state.runtime);
         return theme;
     });
 }
 
-void ThemeService::readCurrentTheme() {
-    // Reads under the lock, so that the later of two simultaneous changes stays.
-    state_.currentTheme.update([this](std::shared_ptr<const Theme>& theme) {
-        theme = std::make_shared<const Theme>(state_.runtime);
-    });
+platform::Color ThemeManager::getThemeColorFromHexString(std::optional<std::string_view> hex,
+                                                         std::optional<std::string_view> lightHex,
+                                                         ProcessState& state) {
+    return colorFromHexString(effectiveThemeType(state.runtime) == ThemeType::dark ? hex : lightHex);
 }
 
-platform::Color ThemeService::themeColor(std::optional<std::string_view> darkHex,
-                                         std::optional<std::string_view> lightHex) const {
-    return colorFromHexString(effectiveThemeType(state_.runtime) == ThemeType::dark ? darkHex : lightHex);
-}
-
-Result<void> ThemeService::setReloadsWidgets(bool reload) {
-    return inStore(state_.runtime, [&](Transaction& transaction) {
+Result<void> ThemeManager::setReloadWidgetExtensionWithReload(bool reload, ProcessState& state) {
+    return inStore(state.runtime, [&](Transaction& transaction) {
         return transaction.set(keys::reloadWidgetOnThemeChange, reload);
     });
 }
 
-bool ThemeService::reloadsWidgets() const {
-    const auto defaults = sharedDefaults(state_.runtime);
+bool ThemeManager::getReloadWidgetExtension(ProcessState& state) {
+    const auto defaults = sharedDefaults(state.runtime);
     if (!defaults) return false;
     const auto stored = (*defaults)->object(keys::reloadWidgetOnThemeChange);
     return stored && platform::coercedBool(*stored);
 }
-
-namespace {
-
-ThemeService service() { return ThemeService(ProcessState::shared()); }
-
-}  // namespace
-
-std::int64_t ThemeManager::getCurrentSelectedThemeType() { return service().selectedThemeType(); }
-
-void ThemeManager::setCurrentSelectedThemeTypeWithType(std::int64_t type) {
-    service().setSelectedThemeType(type);
-}
-
-void ThemeManager::setDefaultThemeIfNotSet() { service().setDefaultThemeIfNotSet(); }
-
-std::int64_t ThemeManager::currentThemeForAutoMode() { return service().themeForAutoMode(); }
-
-std::int64_t ThemeManager::currentDisplayTheme() { return service().displayTheme(); }
-
-std::int64_t ThemeManager::currentFinalSelectedThemeType() { return service().finalSelectedThemeType(); }
-
-std::string_view ThemeManager::currentDisplayThemeKey() { return service().displayThemeKey(); }
-
-std::string_view ThemeManager::currentFinalDisplayThemeKey() { return service().displayThemeKey(); }
-
-std::shared_ptr<const Theme> ThemeManager::currentTheme() { return service().currentTheme(); }
-
-platform::Color ThemeManager::getThemeColorFromHexString(std::optional<std::string_view> hex,
-                                                         std::optional<std::string_view> lightHex) {
-    return service().themeColor(hex, lightHex);
-}
-
-std::string ThemeManager::getColorHexValueWithColor(const platform::Color& color) { return hexString(color); }
-
-void ThemeManager::setReloadWidgetExtensionWithReload(bool reload) { service().setReloadsWidgets(reload); }
-
-bool ThemeManager::getReloadWidgetExtension() { return service().reloadsWidgets(); }
 
 }  // namespace extension

@@ -25,21 +25,65 @@ void notePresence(const std::vector<PlacedWidget>& placed, WidgetPresence& prese
     notePresence(placed, portfolioWidgetKind, presence.isPortfolioWigetAdded, presence.portfolioWidgetFamily);
 }
 
-Guarded<WidgetPresence>& sharedPresence() { return *ProcessState::shared().presence; }
-
 template <typename T>
-T read(PresenceMember<T> property) {
-    return sharedPresence().get().*property;
+T read(ProcessState& state, PresenceMember<T> property) {
+    return state.presence->get().*property;
 }
 
-template <typename T>
-void write(PresenceMember<T> property, T value) {
-    sharedPresence().update([&](WidgetPresence& presence) { presence.*property = std::move(value); });
+template <typename T, typename Value>
+void write(ProcessState& state, PresenceMember<T> property, Value value) {
+    state.presence->update([&](WidgetPresence& presence) { presence.*property = value; });
 }
 
 }  // namespace
 
-void queryPlacedWidgets(ProcessState& state, std::function<void()> completion) {
+bool WidgetKitHelper::isWigetAdded(ProcessState& state) { return read(state, &WidgetPresence::isWigetAdded); }
+
+void WidgetKitHelper::setIsWigetAdded(bool value, ProcessState& state) {
+    write(state, &WidgetPresence::isWigetAdded, value);
+}
+
+std::string WidgetKitHelper::widgetFamily(ProcessState& state) {
+    return read(state, &WidgetPresence::widgetFamily);
+}
+
+void WidgetKitHelper::setWidgetFamily(std::string_view value, ProcessState& state) {
+    write(state, &WidgetPresence::widgetFamily, value);
+}
+
+bool WidgetKitHelper::isNewsWidgetAdded(ProcessState& state) {
+    return read(state, &WidgetPresence::isNewsWidgetAdded);
+}
+
+void WidgetKitHelper::setIsNewsWidgetAdded(bool value, ProcessState& state) {
+    write(state, &WidgetPresence::isNewsWidgetAdded, value);
+}
+
+std::string WidgetKitHelper::newsWidgetFamily(ProcessState& state) {
+    return read(state, &WidgetPresence::newsWidgetFamily);
+}
+
+void WidgetKitHelper::setNewsWidgetFamily(std::string_view value, ProcessState& state) {
+    write(state, &WidgetPresence::newsWidgetFamily, value);
+}
+
+bool WidgetKitHelper::isPortfolioWigetAdded(ProcessState& state) {
+    return read(state, &WidgetPresence::isPortfolioWigetAdded);
+}
+
+void WidgetKitHelper::setIsPortfolioWigetAdded(bool value, ProcessState& state) {
+    write(state, &WidgetPresence::isPortfolioWigetAdded, value);
+}
+
+std::string WidgetKitHelper::portfolioWidgetFamily(ProcessState& state) {
+    return read(state, &WidgetPresence::portfolioWidgetFamily);
+}
+
+void WidgetKitHelper::setPortfolioWidgetFamily(std::string_view value, ProcessState& state) {
+    write(state, &WidgetPresence::portfolioWidgetFamily, value);
+}
+
+void WidgetKitHelper::getCurrentConfigurations(ProcessState& state, std::function<void()> completion) {
     state.runtime.widgetCenter().getCurrentConfigurations(
         [presence = state.presence,
          completion = std::move(completion)](const platform::Result<std::vector<PlacedWidget>>& placed) {
@@ -48,64 +92,21 @@ void queryPlacedWidgets(ProcessState& state, std::function<void()> completion) {
         });
 }
 
-void reloadWidgets(const platform::Runtime& runtime, std::optional<std::string_view> kind) {
+void WidgetKitHelper::reloadAllWidgets(std::optional<std::string_view> kind, ProcessState& state) {
     if (kind) {
-        runtime.widgetCenter().reloadTimelines(*kind);
+        state.runtime.widgetCenter().reloadTimelines(*kind);
     } else {
-        runtime.widgetCenter().reloadAllTimelines();
+        state.runtime.widgetCenter().reloadAllTimelines();
     }
 }
 
-platform::Result<void> removeSavedPortfolioRows(const platform::Runtime& runtime) {
-    const auto defaults = sharedDefaults(runtime);
+platform::Result<void> WidgetKitHelper::updatePortfolioArrayUserDefaults(ProcessState& state) {
+    const auto defaults = sharedDefaults(state.runtime);
     if (!defaults) return tl::unexpected(defaults.error());
     const auto removed = (*defaults)->remove(keys::portfolioArray);
-    if (!removed) {
-        runtime.log().write("Saved portfolio rows could not be removed: " + removed.error().message);
-    }
+    if (!removed)
+        state.runtime.log().write("Saved portfolio rows could not be removed: " + removed.error().message);
     return removed;
-}
-
-bool WidgetKitHelper::isWigetAdded() { return read(&WidgetPresence::isWigetAdded); }
-
-void WidgetKitHelper::setIsWigetAdded(bool value) { write(&WidgetPresence::isWigetAdded, value); }
-
-std::string WidgetKitHelper::widgetFamily() { return read(&WidgetPresence::widgetFamily); }
-
-void WidgetKitHelper::setWidgetFamily(std::string value) {
-    write(&WidgetPresence::widgetFamily, std::move(value));
-}
-
-bool WidgetKitHelper::isNewsWidgetAdded() { return read(&WidgetPresence::isNewsWidgetAdded); }
-
-void WidgetKitHelper::setIsNewsWidgetAdded(bool value) { write(&WidgetPresence::isNewsWidgetAdded, value); }
-
-std::string WidgetKitHelper::newsWidgetFamily() { return read(&WidgetPresence::newsWidgetFamily); }
-
-void WidgetKitHelper::setNewsWidgetFamily(std::string value) {
-    write(&WidgetPresence::newsWidgetFamily, std::move(value));
-}
-
-bool WidgetKitHelper::isPortfolioWigetAdded() { return read(&WidgetPresence::isPortfolioWigetAdded); }
-
-void WidgetKitHelper::setIsPortfolioWigetAdded(bool value) {
-    write(&WidgetPresence::isPortfolioWigetAdded, value);
-}
-
-std::string WidgetKitHelper::portfolioWidgetFamily() { return read(&WidgetPresence::portfolioWidgetFamily); }
-
-void WidgetKitHelper::setPortfolioWidgetFamily(std::string value) {
-    write(&WidgetPresence::portfolioWidgetFamily, std::move(value));
-}
-
-void WidgetKitHelper::getCurrentConfigurations() { queryPlacedWidgets(ProcessState::shared()); }
-
-void WidgetKitHelper::reloadAllWidgets(std::optional<std::string_view> kind) {
-    reloadWidgets(ProcessState::shared().runtime, kind);
-}
-
-void WidgetKitHelper::updatePortfolioArrayUserDefaults() {
-    removeSavedPortfolioRows(ProcessState::shared().runtime);
 }
 
 }  // namespace extension

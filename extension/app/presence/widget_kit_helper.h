@@ -10,37 +10,36 @@
 
 namespace extension {
 
-/// Asks the home screen what is placed and notes the answer in the state's presence flags, then calls
-/// `completion` (if any) on the thread of the answer. A flag once set stays set; an error changes nothing.
-/// Returns at once; `state` and its runtime need not outlive the answer.
-void queryPlacedWidgets(ProcessState& state, std::function<void()> completion = nullptr);
-
-/// Asks for a reload of the widgets of that kind, or of all widgets without a kind.
-void reloadWidgets(const platform::Runtime& runtime, std::optional<std::string_view> kind);
-
-/// Drops the saved portfolio rows, so that the widget fetches new ones.
-platform::Result<void> removeSavedPortfolioRows(const platform::Runtime& runtime);
-
-/// The operations and properties by the names that the phone app knows, misspelt ones included.
+/// The operations and properties by the names that the phone app knows, misspelt ones included. The presence
+/// flags are in the state, which is the process's own unless a caller names another. Any thread.
 class WidgetKitHelper {
 public:
-    static bool isWigetAdded();
-    static void setIsWigetAdded(bool value);
-    static std::string widgetFamily();
-    static void setWidgetFamily(std::string value);
-    static bool isNewsWidgetAdded();
-    static void setIsNewsWidgetAdded(bool value);
-    static std::string newsWidgetFamily();
-    static void setNewsWidgetFamily(std::string value);
-    static bool isPortfolioWigetAdded();
-    static void setIsPortfolioWigetAdded(bool value);
-    static std::string portfolioWidgetFamily();
-    static void setPortfolioWidgetFamily(std::string value);
+    static bool isWigetAdded(ProcessState& state = ProcessState::shared());
+    static void setIsWigetAdded(bool value, ProcessState& state = ProcessState::shared());
+    static std::string widgetFamily(ProcessState& state = ProcessState::shared());
+    static void setWidgetFamily(std::string_view value, ProcessState& state = ProcessState::shared());
+    static bool isNewsWidgetAdded(ProcessState& state = ProcessState::shared());
+    static void setIsNewsWidgetAdded(bool value, ProcessState& state = ProcessState::shared());
+    static std::string newsWidgetFamily(ProcessState& state = ProcessState::shared());
+    static void setNewsWidgetFamily(std::string_view value, ProcessState& state = ProcessState::shared());
+    static bool isPortfolioWigetAdded(ProcessState& state = ProcessState::shared());
+    static void setIsPortfolioWigetAdded(bool value, ProcessState& state = ProcessState::shared());
+    static std::string portfolioWidgetFamily(ProcessState& state = ProcessState::shared());
+    static void setPortfolioWidgetFamily(std::string_view value,
+                                         ProcessState& state = ProcessState::shared());
 
-    static void getCurrentConfigurations();
-    /// Selector `reloadAllWidgets:`.
-    static void reloadAllWidgets(std::optional<std::string_view> kind);
-    static void updatePortfolioArrayUserDefaults();
+    /// Asks the home screen what is placed and notes the answer in the presence flags, then calls
+    /// `completion` (if any) on the thread of the answer. A flag once set stays set; an error changes
+    /// nothing. Returns at once; neither `state` nor its runtime need outlive the answer.
+    static void getCurrentConfigurations(ProcessState& state = ProcessState::shared(),
+                                         std::function<void()> completion = nullptr);
+    /// Has the widgets of that kind reloaded, or all of them when there is no kind. Selector
+    /// `reloadAllWidgets:`.
+    static void reloadAllWidgets(std::optional<std::string_view> kind,
+                                 ProcessState& state = ProcessState::shared());
+    /// Drops the saved portfolio rows, so that the widget fetches afresh.
+    static platform::Result<void> updatePortfolioArrayUserDefaults(
+        ProcessState& state = ProcessState::shared());
 };
 
 }  // namespace extension

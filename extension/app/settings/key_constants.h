@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include "extension/app/settings/process_state.h"
 #include "extension/app/settings/store_keys.h"
 
 namespace extension {
@@ -17,10 +18,20 @@ public:
     static constexpr std::string_view reloadWidgetOnThemeChange = keys::reloadWidgetOnThemeChange;
 
     // In memory only, absent until they are set. Any thread.
-    static std::optional<std::string> appleEmailId();
-    static void setAppleEmailId(std::optional<std::string> value);
-    static std::optional<std::string> storylyURL();
-    static void setStorylyURL(std::optional<std::string> value);
+    static std::optional<std::string> appleEmailId(ProcessState& state = ProcessState::shared()) {
+        return state.appleEmailId.get();
+    }
+    static void setAppleEmailId(std::optional<std::string_view> value,
+                                ProcessState& state = ProcessState::shared()) {
+        state.appleEmailId.set(std::optional<std::string>(value));
+    }
+    static std::optional<std::string> storylyURL(ProcessState& state = ProcessState::shared()) {
+        return state.storylyURL.get();
+    }
+    static void setStorylyURL(std::optional<std::string_view> value,
+                              ProcessState& state = ProcessState::shared()) {
+        state.storylyURL.set(std::optional<std::string>(value));
+    }
 };
 
 }  // namespace extension

@@ -55,6 +55,4 @@ void pruneExpiredFutures(const platform::Runtime& runtime) {
     if (!done) runtime.log().write("Expired futures could not be removed: " + done.error().message);
 }
 
-void WidgetHelper::checkAndRemoveExpiredFutureWidgets() { pruneExpiredFutures(platform::Runtime::process()); }
-
 }  // namespace extension

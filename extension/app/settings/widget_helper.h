@@ -2,6 +2,7 @@
 
 // Housekeeping of the chosen assets.
 
+#include "extension/app/settings/process_state.h"
 #include "platform/runtime/runtime.h"
 
 namespace extension {
@@ -13,7 +14,9 @@ void pruneExpiredFutures(const platform::Runtime& runtime);
 class WidgetHelper {
 public:
     /// Selector `checkAndRemoveExpiredFutureWidgets`.
-    static void checkAndRemoveExpiredFutureWidgets();
+    static void checkAndRemoveExpiredFutureWidgets(ProcessState& state = ProcessState::shared()) {
+        pruneExpiredFutures(state.runtime);
+    }
 };
 
 }  // namespace extension

@@ -30,28 +30,27 @@ struct ThemedPhone {
 
     TestRuntime runtime;
     ProcessState state{runtime};
-    ThemeService themes{state};
 };
 
 TEST(ThemeManager, AnEmptyStoreIsDarkAndAllItsColoursAreGray) {
     ThemedPhone phone;
-    EXPECT_EQ(phone.themes.selectedThemeType(), 0);
-    EXPECT_EQ(phone.themes.displayThemeKey(), "dark");
+    EXPECT_EQ(ThemeManager::getCurrentSelectedThemeType(phone.state), 0);
+    EXPECT_EQ(ThemeManager::currentDisplayThemeKey(phone.state), "dark");
     EXPECT_TRUE(entryColors(phone.runtime).isDark);
-    for (const auto& [name, color] : phone.themes.currentTheme()->colors())
+    for (const auto& [name, color] : ThemeManager::currentTheme(phone.state)->colors())
         EXPECT_EQ(color, Color::gray()) << name;
 }
 
 TEST(ThemeManager, EveryChoiceIsStoredAndShownAsItsNumberSays) {
     EXPECT_TRUE(tests::answersAsExpected("extension/theme_choices.txt", [](const std::string& chosen) {
         ThemedPhone phone;
-        phone.themes.setSelectedThemeType(std::stoll(chosen));
+        ThemeManager::setCurrentSelectedThemeTypeWithType(std::stoll(chosen), phone.state);
         return "stored " + std::to_string(*stored(phone.runtime, "ThemeType")->integer()) + ", selected " +
-               std::to_string(phone.themes.selectedThemeType()) + ", display " +
-               std::to_string(phone.themes.displayTheme()) + ", final " +
-               std::to_string(phone.themes.finalSelectedThemeType()) + ", key " +
-               std::string(phone.themes.displayThemeKey()) + ", colour " +
-               hexString(phone.themes.themeColor("#111111", "#EEEEEE")) +
+               std::to_string(ThemeManager::getCurrentSelectedThemeType(phone.state)) + ", display " +
+               std::to_string(ThemeManager::currentDisplayTheme(phone.state)) + ", final " +
+               std::to_string(ThemeManager::currentFinalSelectedThemeType(phone.state)) + ", key " +
+               std::string(ThemeManager::currentDisplayThemeKey(phone.state)) + ", colour " +
+               hexString(ThemeManager::getThemeColorFromHexString("#111111", "#EEEEEE", phone.state)) +
                (entryColors(phone.runtime).isDark ? ", dark entry" : ", light entry");
     }));
 }
@@ -62,15 +61,15 @@ TEST(ThemeManager, AStoredChoiceOfAnyOtherTypeOrRangeReadsAsDark) {
           PropertyList(PropertyList::Array{PropertyList(1)}), PropertyList(platform::Bytes("1"))}) {
         ThemedPhone phone;
         store(phone.runtime, "ThemeType", value);
-        EXPECT_EQ(phone.themes.selectedThemeType(), 0);
+        EXPECT_EQ(ThemeManager::getCurrentSelectedThemeType(phone.state), 0);
         EXPECT_TRUE(entryColors(phone.runtime).isDark);
     }
     // The platform reads a text as the number that it begins with, and cuts a real number.
     ThemedPhone phone;
     store(phone.runtime, "ThemeType", "1");
-    EXPECT_EQ(phone.themes.selectedThemeType(), 1);
+    EXPECT_EQ(ThemeManager::getCurrentSelectedThemeType(phone.state), 1);
     store(phone.runtime, "ThemeType", 1.9);
-    EXPECT_EQ(phone.themes.selectedThemeType(), 1);
+    EXPECT_EQ(ThemeManager::getCurrentSelectedThemeType(phone.state), 1);
 }
 
 TEST(ThemeManager, TheAutomaticThemeIsLightByDayInIndiaWhateverTheDevicesZone) {
@@ -78,21 +77,25 @@ TEST(ThemeManager, TheAutomaticThemeIsLightByDayInIndiaWhateverTheDevicesZone) {
         EXPECT_TRUE(tests::answersAsExpected("extension/automatic_theme.txt", [zone](const std::string& now) {
             ThemedPhone phone({.now = now, .timeZone = {zone}});
             store(phone.runtime, "ThemeType", 2);
-            EXPECT_EQ(phone.themes.displayTheme(), phone.themes.themeForAutoMode()) << now;
-            EXPECT_EQ(entryColors(phone.runtime).isDark, phone.themes.themeForAutoMode() == 0) << now;
-            return phone.themes.displayThemeKey();
+            EXPECT_EQ(ThemeManager::currentDisplayTheme(phone.state),
+                      ThemeManager::currentThemeForAutoMode(phone.state))
+                << now;
+            EXPECT_EQ(entryColors(phone.runtime).isDark,
+                      ThemeManager::currentThemeForAutoMode(phone.state) == 0)
+                << now;
+            return ThemeManager::currentDisplayThemeKey(phone.state);
         })) << zone;
     }
 }
 
 TEST(ThemeManager, ApplyingWritesThePaletteAndReplacesTheCurrentTheme) {
     ThemedPhone phone;
-    const auto before = phone.themes.currentTheme();
-    phone.themes.setSelectedThemeType(1);
-    EXPECT_NE(phone.themes.currentTheme(), before);
+    const auto before = ThemeManager::currentTheme(phone.state);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(1, phone.state);
+    EXPECT_NE(ThemeManager::currentTheme(phone.state), before);
     EXPECT_EQ(before->textColor(), Color::gray());
 
-    const auto light = phone.themes.currentTheme();
+    const auto light = ThemeManager::currentTheme(phone.state);
     for (const PaletteColor& color : palette()) {
         EXPECT_EQ(light->color(color.name), color.light) << color.name;
         EXPECT_EQ(decodedColor(stored(phone.runtime, color.name)), color.light) << color.name;
@@ -104,7 +107,7 @@ TEST(ThemeManager, ApplyingWritesThePaletteAndReplacesTheCurrentTheme) {
 
 TEST(ThemeManager, AColourThatCannotBeDecodedIsGrayAndTheOthersStay) {
     ThemedPhone phone;
-    phone.themes.setSelectedThemeType(1);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(1, phone.state);
     sqlite3* file = nullptr;
     const std::string path = platform::storeFile(phone.runtime.dataDirectory(), keys::GROUP_TODAY_EXTENSION);
     ASSERT_EQ(sqlite3_open(path.c_str(), &file), SQLITE_OK);
@@ -122,41 +125,42 @@ TEST(ThemeManager, AColourThatCannotBeDecodedIsGrayAndTheOthersStay) {
 
 TEST(ThemeManager, AutomaticStoresItsResultAndThreeLeavesThePaletteAlone) {
     ThemedPhone phone({.now = "2026-11-22T13:30:01Z"});
-    phone.themes.setSelectedThemeType(1);
-    phone.themes.setSelectedThemeType(2);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(1, phone.state);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(2, phone.state);
     EXPECT_EQ(stored(phone.runtime, "AutoThemeType"), PropertyList(0));
-    EXPECT_EQ(hexString(phone.themes.currentTheme()->backgroundColor()), "#1A1A22");
+    EXPECT_EQ(hexString(ThemeManager::currentTheme(phone.state)->backgroundColor()), "#1A1A22");
 
-    phone.themes.setSelectedThemeType(3);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(3, phone.state);
     EXPECT_EQ(stored(phone.runtime, "ThemeType"), PropertyList(3));
-    EXPECT_EQ(hexString(phone.themes.currentTheme()->backgroundColor()), "#1A1A22");
+    EXPECT_EQ(hexString(ThemeManager::currentTheme(phone.state)->backgroundColor()), "#1A1A22");
 }
 
 TEST(ThemeManager, TheFirstDefaultIsDarkAndALaterOneAppliesTheChoiceAgain) {
     ThemedPhone phone({.now = "2026-11-22T13:30:00Z"});
-    phone.themes.setDefaultThemeIfNotSet();
+    ThemeManager::setDefaultThemeIfNotSet(phone.state);
     EXPECT_EQ(stored(phone.runtime, "ThemeType"), PropertyList(0));
     EXPECT_EQ(stored(phone.runtime, "IsThemeTypeSet"), PropertyList(true));
-    EXPECT_EQ(hexString(phone.themes.currentTheme()->textColor()), "#FFFFFF");
+    EXPECT_EQ(hexString(ThemeManager::currentTheme(phone.state)->textColor()), "#FFFFFF");
 
-    phone.themes.setSelectedThemeType(2);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(2, phone.state);
     EXPECT_EQ(stored(phone.runtime, "AutoThemeType"), PropertyList(1));
     // Night falls.
     phone.runtime.clock().set(*platform::parseInstant("2026-11-22T13:30:01Z"), 0.0);
-    phone.themes.setDefaultThemeIfNotSet();
+    ThemeManager::setDefaultThemeIfNotSet(phone.state);
     EXPECT_EQ(stored(phone.runtime, "ThemeType"), PropertyList(2));
     EXPECT_EQ(stored(phone.runtime, "AutoThemeType"), PropertyList(0));
-    EXPECT_EQ(hexString(phone.themes.currentTheme()->textColor()), "#FFFFFF");
+    EXPECT_EQ(hexString(ThemeManager::currentTheme(phone.state)->textColor()), "#FFFFFF");
 }
 
 TEST(ThemeManager, AnotherProcessSeesTheNewPaletteWholeOrTheOldOne) {
     ThemedPhone writer;
-    writer.themes.setSelectedThemeType(0);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(0, writer.state);
     const TestRuntime reader({.dataDirectory = writer.runtime.dataDirectory()});
 
     std::atomic isDone = false;
     std::thread writing([&] {
-        for (std::int64_t turn = 0; turn < 30; ++turn) writer.themes.setSelectedThemeType(turn % 2);
+        for (std::int64_t turn = 0; turn < 30; ++turn)
+            ThemeManager::setCurrentSelectedThemeTypeWithType(turn % 2, writer.state);
         isDone = true;
     });
     std::set<std::pair<std::string, std::string>> seen;
@@ -173,25 +177,25 @@ TEST(ThemeManager, AnotherProcessSeesTheNewPaletteWholeOrTheOldOne) {
 
 TEST(ThemeManager, ARequestForReloadsIsKeptInTheStore) {
     ThemedPhone phone;
-    EXPECT_FALSE(phone.themes.reloadsWidgets());
-    phone.themes.setReloadsWidgets(true);
-    EXPECT_TRUE(phone.themes.reloadsWidgets());
+    EXPECT_FALSE(ThemeManager::getReloadWidgetExtension(phone.state));
+    ThemeManager::setReloadWidgetExtensionWithReload(true, phone.state);
+    EXPECT_TRUE(ThemeManager::getReloadWidgetExtension(phone.state));
     EXPECT_EQ(stored(phone.runtime, "reloadWidgetOnThemeChange"), PropertyList(true));
-    phone.themes.setReloadsWidgets(false);
-    EXPECT_FALSE(phone.themes.reloadsWidgets());
+    ThemeManager::setReloadWidgetExtensionWithReload(false, phone.state);
+    EXPECT_FALSE(ThemeManager::getReloadWidgetExtension(phone.state));
 }
 
 TEST(ThemeManager, AStoreThatCannotBeOpenedIsDarkWithGrayColours) {
     ThemedPhone phone;
     std::ofstream(platform::storeFile(phone.runtime.dataDirectory(), keys::GROUP_TODAY_EXTENSION))
         << std::string(8192, 'x');
-    phone.themes.setSelectedThemeType(1);
-    phone.themes.setDefaultThemeIfNotSet();
-    phone.themes.setReloadsWidgets(true);
-    EXPECT_EQ(phone.themes.selectedThemeType(), 0);
-    EXPECT_FALSE(phone.themes.reloadsWidgets());
+    ThemeManager::setCurrentSelectedThemeTypeWithType(1, phone.state);
+    ThemeManager::setDefaultThemeIfNotSet(phone.state);
+    ThemeManager::setReloadWidgetExtensionWithReload(true, phone.state);
+    EXPECT_EQ(ThemeManager::getCurrentSelectedThemeType(phone.state), 0);
+    EXPECT_FALSE(ThemeManager::getReloadWidgetExtension(phone.state));
     EXPECT_TRUE(entryColors(phone.runtime).isDark);
-    EXPECT_EQ(phone.themes.currentTheme()->textColor(), Color::gray());
+    EXPECT_EQ(ThemeManager::currentTheme(phone.state)->textColor(), Color::gray());
 }
 
 TEST(ThemeManager, ItsObservableTypeIsZeroUntilItIsSetAndTellsItsObservers) {
@@ -200,7 +204,7 @@ TEST(ThemeManager, ItsObservableTypeIsZeroUntilItIsSetAndTellsItsObservers) {
     std::vector<std::int64_t> seen;
     const auto note = [&seen](std::int64_t type) { seen.push_back(type); };
     auto observation = manager.currentSelectedThemeType.observe(note);
-    phone.themes.setSelectedThemeType(1);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(1, phone.state);
     EXPECT_EQ(manager.currentSelectedThemeType.get(), 0);
     manager.currentSelectedThemeType.set(2);
     EXPECT_EQ(manager.currentSelectedThemeType.get(), 2);
@@ -213,12 +217,12 @@ TEST(ThemeManager, ItsObservableTypeIsZeroUntilItIsSetAndTellsItsObservers) {
     manager.currentSelectedThemeType.set(0);
     EXPECT_EQ(seen, (std::vector<std::int64_t>{2, 3, 3, 1}));
     EXPECT_EQ(ThemeManager().currentSelectedThemeType.get(), 0);
-    EXPECT_EQ(phone.themes.selectedThemeType(), 1);
+    EXPECT_EQ(ThemeManager::getCurrentSelectedThemeType(phone.state), 1);
 }
 
 TEST(DirectionColor, ComparesTheCodeExactly) {
     ThemedPhone phone;
-    phone.themes.setSelectedThemeType(0);
+    ThemeManager::setCurrentSelectedThemeTypeWithType(0, phone.state);
     EXPECT_TRUE(tests::answersAsExpected("extension/direction_colors.txt",
                                          [theme = Theme(phone.runtime)](const std::string& code) {
                                              return hexString(getTheDirectionColor(code, theme));

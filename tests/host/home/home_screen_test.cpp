@@ -209,7 +209,7 @@ TEST(HostWidgetCenter, AsksInTheBackgroundAndSetsThePropertiesWhenTheAnswerArriv
     const platform::Runtime runtime(options);
     extension::ProcessState state(runtime);
     std::promise<void> answered;
-    extension::queryPlacedWidgets(state, [&] { answered.set_value(); });
+    extension::WidgetKitHelper::getCurrentConfigurations(state, [&] { answered.set_value(); });
     EXPECT_FALSE(state.presence->get().isWigetAdded);
     answered.get_future().wait();
     EXPECT_EQ(state.presence->get(), (extension::WidgetPresence{.isWigetAdded = true,

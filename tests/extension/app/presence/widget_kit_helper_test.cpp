@@ -42,7 +42,7 @@ private:
 
 struct PhoneWithHomeScreen {
     WidgetPresence ask() {
-        queryPlacedWidgets(state);
+        WidgetKitHelper::getCurrentConfigurations(state);
         homeScreen->answerAll();
         return state.presence->get();
     }
@@ -86,7 +86,7 @@ TEST(WidgetKitHelper, AnAnswerMayComeWhenNobodyWaitsAnyMoreAndOnAnotherThread) {
     homeScreen->place({{"PerchWidget", WidgetFamily::systemSmall}});
     auto state = std::make_unique<ProcessState>(runtime);
     const auto presence = state->presence;
-    queryPlacedWidgets(*state);
+    WidgetKitHelper::getCurrentConfigurations(*state);
     state.reset();
     std::thread answering([&] { homeScreen->answerAll(); });
     while (!presence->get().isWigetAdded) std::this_thread::yield();
@@ -96,8 +96,8 @@ TEST(WidgetKitHelper, AnAnswerMayComeWhenNobodyWaitsAnyMoreAndOnAnotherThread) {
 
 TEST(WidgetKitHelper, ReloadsOneKindOrAll) {
     PhoneWithHomeScreen phone;
-    reloadWidgets(phone.runtime, "NewsWidget");
-    reloadWidgets(phone.runtime, std::nullopt);
+    WidgetKitHelper::reloadAllWidgets("NewsWidget", phone.state);
+    WidgetKitHelper::reloadAllWidgets(std::nullopt, phone.state);
     EXPECT_THAT(phone.homeScreen->reloads, testing::ElementsAre("NewsWidget", "all"));
 }
 
@@ -105,21 +105,22 @@ TEST(WidgetKitHelper, WithoutAHomeScreenNothingIsKnownAndNothingGoesWrong) {
     const TestRuntime runtime;
     ProcessState state(runtime);
     bool isAnswered = false;
-    queryPlacedWidgets(state, [&] { isAnswered = true; });
-    reloadWidgets(runtime, "NewsWidget");
+    WidgetKitHelper::getCurrentConfigurations(state, [&] { isAnswered = true; });
+    WidgetKitHelper::reloadAllWidgets("NewsWidget", state);
     EXPECT_TRUE(isAnswered);
     EXPECT_EQ(state.presence->get(), WidgetPresence{});
 }
 
 TEST(WidgetKitHelper, ForgetsTheSavedPortfolioRowsAndNothingElse) {
     const TestRuntime runtime;
+    ProcessState state(runtime);
     const auto defaults = sharedDefaults(runtime).value();
     ASSERT_TRUE(defaults->set(keys::portfolioArray, platform::Bytes("[]")));
     ASSERT_TRUE(defaults->set(keys::token, "t"));
-    removeSavedPortfolioRows(runtime);
+    WidgetKitHelper::updatePortfolioArrayUserDefaults(state);
     EXPECT_EQ(defaults->object(keys::portfolioArray).value(), std::nullopt);
     EXPECT_EQ(defaults->object(keys::token).value(), PropertyList("t"));
-    removeSavedPortfolioRows(runtime);
+    WidgetKitHelper::updatePortfolioArrayUserDefaults(state);
 }
 
 /// Sets each property by its published name. For a process of its own: the runtime stays the current one.
