@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <future>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -23,6 +22,7 @@
 #include "host/process/demo_child.h"
 #include "host/process/extension_arguments.h"
 #include "host/process/extension_process.h"
+#include "platform/base/files.h"
 #include "platform/settings/property_list.h"
 
 namespace host {
@@ -73,10 +73,7 @@ Result<void> write(const fs::path& path, std::string_view content) {
     return {};
 }
 
-std::string contentOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
+std::string contentOf(const fs::path& path) { return platform::readFile(path, 64U << 20).value_or(""); }
 
 using PicturesByName = std::map<std::string, std::string>;
 
