@@ -5,6 +5,7 @@
 #include "companion/chosen_assets.h"
 #include "companion/deep_link.h"
 #include "companion/user_choices.h"
+#include "host/paint/widget_outline.h"
 
 namespace host {
 
@@ -59,6 +60,15 @@ ordered_json nextJson(const std::optional<NextReload>& next, ReloadMode mode) {
             {"hold", reason(next->hold, mode)}};
 }
 
+/// What a widget of that family looks like from outside.
+ordered_json shapeJson(platform::WidgetFamily family) {
+    const platform::Size size = platform::widgetSize(family);
+    return {{"family", platform::description(family)},
+            {"width", size.width},
+            {"height", size.height},
+            {"outline", widgetOutline(size)}};
+}
+
 /// Bytes that are not UTF-8 are replaced.
 std::string dumped(const ordered_json& value) {
     return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
@@ -101,22 +111,20 @@ ordered_json PageState::cachedPictureJson(int id, const std::shared_ptr<const Sh
 }
 
 ordered_json PageState::widgetJson(const WidgetState& state, const GridPlace& place, ReloadMode mode) {
-    const platform::Size size = platform::widgetSize(state.family);
-    return {{"id", state.id},
-            {"kind", state.kind},
-            {"displayName", displayName(state.kind)},
-            {"family", platform::description(state.family)},
-            {"width", size.width},
-            {"height", size.height},
-            {"page", place.page},
-            {"column", place.column},
-            {"row", place.row},
-            {"picture", cachedPictureJson(state.id, state.picture)},
-            {"policy", policyJson(state.policy)},
-            {"next", nextJson(state.next, mode)},
-            {"isRunning", state.isRunning},
-            {"failures", state.failures},
-            {"lastError", state.lastError}};
+    ordered_json json = shapeJson(state.family);
+    json.update({{"id", state.id},
+                 {"kind", state.kind},
+                 {"displayName", displayName(state.kind)},
+                 {"page", place.page},
+                 {"column", place.column},
+                 {"row", place.row},
+                 {"picture", cachedPictureJson(state.id, state.picture)},
+                 {"policy", policyJson(state.policy)},
+                 {"next", nextJson(state.next, mode)},
+                 {"isRunning", state.isRunning},
+                 {"failures", state.failures},
+                 {"lastError", state.lastError}});
+    return json;
 }
 
 ordered_json PageState::widgetsJson() {
@@ -179,7 +187,7 @@ std::string PageState::choices() const {
     ordered_json kinds = ordered_json::array();
     for (const WidgetListing& widget : home_.gallery()) {
         ordered_json families = ordered_json::array();
-        for (const auto family : widget.families) families.push_back(platform::description(family));
+        for (const auto family : widget.families) families.push_back(shapeJson(family));
         kinds.push_back({{"kind", widget.kind},
                          {"displayName", widget.displayName},
                          {"description", widget.description},

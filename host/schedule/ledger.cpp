@@ -55,7 +55,7 @@ nlohmann::ordered_json ledgerJson(const LedgerEntry& entry) {
             {"widget", entry.widget},
             {"kind", entry.kind},
             {"family", platform::description(entry.family)},
-            {"requester", description(entry.requester)},
+            {"asker", description(entry.requester)},
             {"due", platform::formatInstant(entry.due)},
             {"decided", platform::formatInstant(entry.decided)},
             {"result", description(entry.result)},

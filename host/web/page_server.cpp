@@ -65,6 +65,7 @@ struct PageFile {
 constexpr std::array pageFiles{PageFile{"/", "index.html", "text/html; charset=utf-8"},
                                PageFile{"/home.css", "home.css", "text/css; charset=utf-8"},
                                PageFile{"/home.js", "home.js", "text/javascript; charset=utf-8"},
+                               PageFile{"/elements.js", "elements.js", "text/javascript; charset=utf-8"},
                                PageFile{"/workbench.js", "workbench.js", "text/javascript; charset=utf-8"},
                                PageFile{"/icon.svg", "icon.svg", "image/svg+xml"}};
 

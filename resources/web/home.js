@@ -1,38 +1,13 @@
 // The home screen: draws what the host tells, and sends it what people do.
+import { ago, clock, element, make, nameOf, outlined, pictureScale } from "/elements.js";
 import { showDay, showInspector, showLedger, showLedgerSoon } from "/workbench.js";
 
 const gap = { across: 22, down: 38 };
 const unit = 158;
-const radius = 22;
-const element = (id) => document.getElementById(id);
 const india = new Intl.DateTimeFormat("en-GB", { dateStyle: "medium", timeStyle: "medium", timeZone: "Asia/Kolkata" });
 let state = null;
 let choices = { gallery: [], users: [], assets: [] };
 let isEditing = false;
-let clockHeard = 0;
-
-export function make(name, properties = {}, ...children) {
-  const made = Object.assign(document.createElement(name), properties);
-  made.append(...children);
-  return made;
-}
-
-// A rectangle whose corners bend in gradually, as a phone's do: the curve starts 1.53 radii before the corner.
-export function outlinePath(width, height) {
-  const r = radius;
-  const [a, b, c, d, e] = [1.528665, 1.0884930, 0.8684070, 0.6314941, 0.3728240].map((part) => part * r);
-  const [f, g, h, i] = [0.1690600, 0.0749114, 0.0749114, 0.1690600].map((part) => part * r);
-  const w = width, t = height;
-  return `path("M ${a} 0 L ${w - a} 0 C ${w - b} 0 ${w - c} 0 ${w - d} ${g} C ${w - e} ${f} ${w - f} ${e} ${w - h} ${d} ` +
-    `C ${w} ${c} ${w} ${b} ${w} ${a} L ${w} ${t - a} C ${w} ${t - b} ${w} ${t - c} ${w - g} ${t - d} ` +
-    `C ${w - i} ${t - e} ${w - e} ${t - f} ${w - d} ${t - h} C ${w - c} ${t} ${w - b} ${t} ${w - a} ${t} ` +
-    `L ${a} ${t} C ${b} ${t} ${c} ${t} ${d} ${t - g} C ${e} ${t - f} ${f} ${t - e} ${h} ${t - d} ` +
-    `C 0 ${t - c} 0 ${t - b} 0 ${t - a} L 0 ${a} C 0 ${b} 0 ${c} ${g} ${d} C ${f} ${e} ${e} ${f} ${d} ${h} C ${c} 0 ${b} 0 ${a} 0 Z")`;
-}
-
-export function pictureScale() {
-  return Math.min(3, Math.max(1, Math.ceil(window.devicePixelRatio || 1)));
-}
 
 async function act(action, details = {}) {
   const answer = await fetch("/act", { method: "POST", body: JSON.stringify({ action, ...details }) }).catch(() => null);
@@ -45,20 +20,6 @@ const write = (node, text) => { if (node.textContent !== text) node.textContent 
 
 const place = (style, frame) => Object.assign(style, { left: `${frame.x}px`, top: `${frame.y}px`, width: `${frame.width}px`, height: `${frame.height}px` });
 
-export function ago(instant, now) {
-  const seconds = Math.round((now - Date.parse(instant)) / 1000);
-  const size = Math.abs(seconds);
-  const text = size < 90 ? `${size} s` : size < 5400 ? `${Math.round(size / 60)} min` : `${Math.round(size / 3600)} h`;
-  return seconds >= 0 ? `${text} ago` : `in ${text}`;
-}
-
-/** A widget or a choice of the gallery: "Perch, small". */
-export const nameOf = (displayName, family) => `${displayName}, ${family.slice(6).toLowerCase()}`;
-
-export function shownNow() {
-  return Date.parse(state.clock.now) + (performance.now() - clockHeard) * state.clock.rate;
-}
-
 function openSheet(link) {
   element("sheet-destination").textContent = link.destination;
   element("sheet-url").textContent = link.url;
@@ -70,7 +31,7 @@ function openSheet(link) {
 function makeWidget(widget) {
   const box = make("section", { className: "widget", id: `widget-${widget.id}` });
   const outline = make("div", { className: "outline" });
-  outline.style.clipPath = outlinePath(widget.width, widget.height);
+  outlined(outline.style, widget.outline);
   const age = make("span", { className: "age" });
   const inspect = make("button", { type: "button", textContent: "Inspect" });
   const name = nameOf(widget.displayName, widget.family);
@@ -160,7 +121,7 @@ function updateWidgets() {
 
 function updateAges() {
   if (!state) return;
-  const now = shownNow();
+  const now = clock.now();
   const speed = state.clock.rate === 1 ? "" : state.clock.rate === 0 ? " · stopped" : ` · ${state.clock.rate} times as fast`;
   write(element("clock"), `${india.format(now)} in India${speed}`);
   state.widgets.forEach((widget) => {
@@ -233,7 +194,7 @@ function updateControls() {
 
 function update(text) {
   state = JSON.parse(text);
-  clockHeard = performance.now();
+  clock.heard(state.clock);
   updateWidgets();
   updateControls();
   updateAges();
@@ -258,14 +219,14 @@ function showSnapshotLater(placeholder, address) {
 }
 
 function openGallery() {
-  element("gallery-list").replaceChildren(...choices.gallery.flatMap((kind) => kind.families.map((family) => {
-    const [width, height] = { systemSmall: [158, 158], systemMedium: [338, 158], systemLarge: [338, 354] }[family];
+  element("gallery-list").replaceChildren(...choices.gallery.flatMap((kind) => kind.families.map(({ family, width, height, outline: path }) => {
     const name = nameOf(kind.displayName, family);
     const address = `/preview/${kind.kind}/${family}?scale=${pictureScale()}`;
     const placeholder = make("img", { alt: name, width, height, loading: "lazy", src: `${address}&request=placeholder` });
     placeholder.addEventListener("load", () => showSnapshotLater(placeholder, address));
     const outline = make("div", { className: "outline" }, placeholder);
-    Object.assign(outline.style, { width: `${width}px`, height: `${height}px`, clipPath: outlinePath(width, height) });
+    Object.assign(outline.style, { width: `${width}px`, height: `${height}px` });
+    outlined(outline.style, path);
     const add = make("button", { type: "button", textContent: "Add" });
     add.setAttribute("aria-label", `Add ${name}`);
     add.addEventListener("click", async () => { await act("place", { kind: kind.kind, family }); element("gallery").close(); });

@@ -1,7 +1,6 @@
 // The workbench: why the widgets do what they do.
-import { ago, make, nameOf, outlinePath, pictureScale, shownNow } from "/home.js";
+import { ago, clock as widgetClock, element, make, nameOf, outlined, pictureScale } from "/elements.js";
 
-const element = (id) => document.getElementById(id);
 const family = (name) => name.slice(6).toLowerCase();
 const clock = new Intl.DateTimeFormat("en-GB", { timeStyle: "medium", timeZone: "Asia/Kolkata" });
 const time = (instant) => clock.format(Date.parse(instant));
@@ -46,7 +45,7 @@ export async function showInspector(widget) {
   framed.replaceChildren();
   if (widget.picture) {
     const image = make("img", { alt: "", src: `/picture/${widget.id}?version=${widget.picture.version}&scale=${pictureScale()}` });
-    image.style.clipPath = outlinePath(widget.width, widget.height);
+    outlined(image.style, widget.outline);
     framed.append(image);
   }
   for (const frame of framesOf(inspection.tree)) {
@@ -58,8 +57,8 @@ export async function showInspector(widget) {
   const policy = inspection.policy;
   const facts = {
     Policy: policy === "atEnd" ? "at the end of its entries" : policy ? `after ${time(policy.after)}` : "none yet",
-    "Next reload": next ? `${time(next.at)}, ${ago(next.at, shownNow())}${next.hold ? ` (${next.hold})` : ""}` : widget.isRunning ? "under way" : "none",
-    "Picture": widget.picture ? `version ${widget.picture.version}, ${ago(widget.picture.since, shownNow())}` : "none",
+    "Next reload": next ? `${time(next.at)}, ${ago(next.at, widgetClock.now())}${next.hold ? ` (${next.hold})` : ""}` : widget.isRunning ? "under way" : "none",
+    "Picture": widget.picture ? `version ${widget.picture.version}, ${ago(widget.picture.since, widgetClock.now())}` : "none",
     "Last error": inspection.lastError || "none",
   };
   element("inspector-facts").replaceChildren(...Object.entries(facts).flatMap(([name, value]) => [make("dt", { textContent: name }), make("dd", { textContent: value })]));
