@@ -48,9 +48,8 @@ platform::Result<std::vector<std::string>> splitCallLine(std::string_view line) 
         const bool isValue = line[at] == '"' || line[at] == '{' || line[at] == '[';
         const std::size_t end =
             isValue ? endOfValue(line, at) : std::min(line.find_first_of(blanks, at), line.size());
-        if (end == std::string_view::npos) {
+        if (end == std::string_view::npos)
             return platform::failure("UsageError", 0, std::string(line.substr(at)) + " is not closed");
-        }
         if (end < line.size() && blanks.find(line[end]) == std::string_view::npos) {
             return platform::failure("UsageError", 0,
                                      "a blank is missing after " + std::string(line.substr(at, end - at)));

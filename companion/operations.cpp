@@ -269,9 +269,8 @@ PhoneApp::~PhoneApp() = default;
 Result<ordered_json> PhoneApp::call(std::string_view className, std::string_view selector,
                                     const std::vector<std::string>& arguments) {
     const auto& all = allOperations();
-    if (std::ranges::find(all, className, &Operation::className) == all.end()) {
+    if (std::ranges::find(all, className, &Operation::className) == all.end())
         return wrongUsage("unknown class " + std::string(className) + "; \"call\" lists all operations");
-    }
     const auto found = std::ranges::find_if(all, [&](const Operation& operation) {
         return operation.className == className && operation.selector == selector;
     });
@@ -279,9 +278,8 @@ Result<ordered_json> PhoneApp::call(std::string_view className, std::string_view
         return wrongUsage(std::string(className) + " has no operation " + std::string(selector) +
                           "; \"call\" lists all operations");
     }
-    if (arguments.size() != found->parameters.size()) {
+    if (arguments.size() != found->parameters.size())
         return wrongUsage("wrong number of arguments; write " + line(*found));
-    }
     return found->call(*state_, arguments);
 }
 

@@ -22,8 +22,6 @@ public:
     /// `runtime` must outlive it.
     explicit PhoneApp(const platform::Runtime& runtime);
     ~PhoneApp();
-    PhoneApp(const PhoneApp&) = delete;
-    PhoneApp& operator=(const PhoneApp&) = delete;
 
     /// Calls one operation and answers its result, null if it has none. A property is read by its name and
     /// set by `setName:`; an operation of a value takes the value first.

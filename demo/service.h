@@ -53,8 +53,6 @@ public:
     static platform::Result<std::unique_ptr<DemoService>> start(std::uint16_t port = 0,
                                                                 const platform::Clock* clock = nullptr);
     ~DemoService();
-    DemoService(const DemoService&) = delete;
-    DemoService& operator=(const DemoService&) = delete;
 
     /// "http://127.0.0.1:PORT": API host and web host at once.
     std::string origin() const;

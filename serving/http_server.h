@@ -95,8 +95,6 @@ public:
                                                                ServerLimits limits = {});
     /// Closes all connections and waits for handlers that are running.
     ~HttpServer();
-    HttpServer(const HttpServer&) = delete;
-    HttpServer& operator=(const HttpServer&) = delete;
 
     std::uint16_t port() const;
     /// "http://127.0.0.1:PORT".

@@ -55,9 +55,8 @@ bool NetworkManager::requestResponse(const std::string& urlString, RequestMethod
                                  .timeoutInterval = std::chrono::seconds(60),
                                  .maximumBodySize = largestAnswer};
     if (parameters) {
-        if (std::optional<std::string> body = prettyPrintedJson(*parameters)) {
+        if (std::optional<std::string> body = prettyPrintedJson(*parameters))
             request.body = Bytes(*std::move(body));
-        }
     }
     // Its own session, so that a slow completion does not hold up another one.
     platform::URLSession session(runtime_.urls());

@@ -3,7 +3,6 @@
 // Light, dark or by the clock: the user's choice in the store, and what it means at this moment.
 
 #include <cstdint>
-#include <string_view>
 #include "platform/runtime/runtime.h"
 
 namespace extension {

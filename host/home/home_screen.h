@@ -52,8 +52,6 @@ public:
     /// Places the widgets of last time, or a first choice. Fails when nothing can be drawn.
     static platform::Result<std::unique_ptr<HomeScreen>> start(HomeScreenOptions options);
     ~HomeScreen();
-    HomeScreen(const HomeScreen&) = delete;
-    HomeScreen& operator=(const HomeScreen&) = delete;
 
     /// Asks the extension nothing any more, so that everybody who waits for it is answered soon. For the end.
     void stop();

@@ -27,8 +27,6 @@ public:
     static platform::Result<std::unique_ptr<HostSocket>> open(const std::filesystem::path& path,
                                                               Answer answer);
     ~HostSocket();
-    HostSocket(const HostSocket&) = delete;
-    HostSocket& operator=(const HostSocket&) = delete;
 
 private:
     struct Connection;

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <vector>
 #include "platform/base/result.h"

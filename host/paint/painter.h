@@ -18,8 +18,6 @@ public:
     /// `resources` holds `assets/*.svg`. Fails (domain "PaintError") when a font or the assets are missing.
     static platform::Result<std::unique_ptr<Painter>> make(const std::filesystem::path& resources);
     ~Painter();
-    Painter(const Painter&) = delete;
-    Painter& operator=(const Painter&) = delete;
 
     /// Lives as long as the painter. `scale` is 1, 2 or 3 pixels per point.
     const Measurer& measurer(int scale);

@@ -304,9 +304,8 @@ void ExtensionChild::readReplies() {
     for (;;) {
         const Result<std::optional<std::string>> frame = frames_.next();
         wire::Reply reply;
-        if (!frame || (*frame && !reply.ParseFromString(**frame))) {
+        if (!frame || (*frame && !reply.ParseFromString(**frame)))
             return kill("the extension sent something that is not a message");
-        }
         if (!*frame) break;
         take(std::move(reply));
     }
@@ -333,9 +332,8 @@ void ExtensionChild::take(wire::Reply reply) {
         const auto question = questions_.find(reply.id());
         if (question == questions_.end()) return;  // too late, or never asked
         const ProcessMemory memory = memoryOf(processId_);
-        if (!reply.has_pong()) {
+        if (!reply.has_pong())
             note(reply, memory, millisecondsBetween(hasAnswered_ ? question->second.asked : started_, now));
-        }
         // However short the peak was: the answer is not used, and the child's end answers the question.
         endIfTooLarge(memory.peakResident);
         if (!killReason_.empty()) return;
@@ -362,9 +360,8 @@ void ExtensionChild::readLog() {
     const bool isOpen = drain(log_, [this](std::string_view bytes) {
         for (const char byte : bytes) {
             if (byte != '\n') partOfLogLine_.push_back(byte);
-            if (byte == '\n' || partOfLogLine_.size() == longestLogLine) {
+            if (byte == '\n' || partOfLogLine_.size() == longestLogLine)
                 takeLogLine(std::exchange(partOfLogLine_, {}));
-            }
         }
     });
     if (!isOpen) log_.reset();

@@ -10,7 +10,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 #include "host/process/extension_process.h"
@@ -32,8 +31,6 @@ public:
     ExtensionChild(const ExtensionOptions& options, std::vector<brightledger::wire::Request> first);
     /// Ends the child and waits for it.
     ~ExtensionChild();
-    ExtensionChild(const ExtensionChild&) = delete;
-    ExtensionChild& operator=(const ExtensionChild&) = delete;
 
     using Completion = std::function<void(platform::Result<brightledger::wire::Reply>)>;
 

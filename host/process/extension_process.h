@@ -3,7 +3,6 @@
 // The extension as a child process: starting it, asking it, watching it, ending it.
 
 #include <chrono>
-#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>

@@ -87,9 +87,7 @@ platform::Result<int> spawn(const SpawnOptions& options) {
     platform::FileDescriptor errorPipe = platform::aboveStandard(ends[1]);
     const pid_t parent = getpid();
     const pid_t child = fork();
-    if (child == 0) {
-        execInChild(options, parent, errorPipe.number(), arguments.data(), environment.data());
-    }
+    if (child == 0) execInChild(options, parent, errorPipe.number(), arguments.data(), environment.data());
     if (child < 0) return cannotStart(errno);
     errorPipe.reset();
     const int error = readError(trouble);

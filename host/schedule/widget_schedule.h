@@ -26,8 +26,6 @@ public:
                    std::function<void(int id)> changed);
     /// Waits for questions under way.
     ~WidgetSchedule();
-    WidgetSchedule(const WidgetSchedule&) = delete;
-    WidgetSchedule& operator=(const WidgetSchedule&) = delete;
 
     /// Asks nothing any more; questions under way go on. For closing the extension before this ends.
     void stopAsking();

@@ -25,8 +25,6 @@ public:
     static platform::Result<std::unique_ptr<PageServer>> start(HomeScreen& home, std::uint16_t port,
                                                                const std::filesystem::path& pages);
     ~PageServer();
-    PageServer(const PageServer&) = delete;
-    PageServer& operator=(const PageServer&) = delete;
 
     /// With the token.
     std::string address() const;

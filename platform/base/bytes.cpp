@@ -11,9 +11,8 @@ constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmno
 constexpr std::array<std::int8_t, 256> makeReverseAlphabet() {
     std::array<std::int8_t, 256> reverse{};
     for (auto& value : reverse) value = -1;
-    for (std::size_t i = 0; i < alphabet.size(); ++i) {
+    for (std::size_t i = 0; i < alphabet.size(); ++i)
         reverse[static_cast<unsigned char>(alphabet[i])] = static_cast<std::int8_t>(i);
-    }
     return reverse;
 }
 
@@ -26,9 +25,8 @@ std::string base64Encoded(std::string_view bytes) {
     text.reserve((bytes.size() + 2) / 3 * 4);
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
         std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 3; ++k) {
+        for (std::size_t k = 0; k < 3; ++k)
             group = group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
-        }
         for (std::size_t k = 0; k < 4; ++k) {
             const bool isPadding = i + k > bytes.size();
             text += isPadding ? '=' : alphabet[group >> (18 - 6 * k) & 0x3F];
@@ -52,9 +50,8 @@ std::optional<std::string> base64Decoded(std::string_view text) {
             if (value < 0) return std::nullopt;
             group = group << 6 | static_cast<std::uint32_t>(value);
         }
-        for (std::size_t k = 0; k < 3 - padding; ++k) {
+        for (std::size_t k = 0; k < 3 - padding; ++k)
             bytes += static_cast<char>(group >> (16 - 8 * k) & 0xFF);
-        }
     }
     return bytes;
 }

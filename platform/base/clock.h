@@ -3,7 +3,6 @@
 // Moments, and the one place where a process learns the current time.
 
 #include <chrono>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -28,9 +27,6 @@ public:
     Clock() = default;
     /// Stands still at `instant`.
     explicit Clock(Instant instant) { set(instant, 0.0); }
-
-    Clock(const Clock&) = delete;
-    Clock& operator=(const Clock&) = delete;
 
     Instant now() const;
 

@@ -19,9 +19,6 @@ public:
     DebugLog() = default;
     explicit DebugLog(Sink sink);
 
-    DebugLog(const DebugLog&) = delete;
-    DebugLog& operator=(const DebugLog&) = delete;
-
     bool isEnabled() const { return static_cast<bool>(sink_); }
     void write(std::string_view line);
 

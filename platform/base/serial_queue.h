@@ -24,8 +24,6 @@ public:
         changed_.notify_all();
         thread_.join();
     }
-    SerialQueue(const SerialQueue&) = delete;
-    SerialQueue& operator=(const SerialQueue&) = delete;
 
     void add(std::function<void()> task) {
         {

@@ -49,9 +49,8 @@ UUID IdSource::next() {
         const std::lock_guard lock(mutex_);
         for (std::size_t half = 0; half < 2; ++half) {
             std::uint64_t bits = generator_();
-            for (std::size_t i = 0; i < 8; ++i, bits >>= 8) {
+            for (std::size_t i = 0; i < 8; ++i, bits >>= 8)
                 uuid.bytes[half * 8 + i] = static_cast<std::uint8_t>(bits & 0xFF);
-            }
         }
     }
     uuid.bytes[6] = static_cast<std::uint8_t>((uuid.bytes[6] & 0x0F) | 0x40);

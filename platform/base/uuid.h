@@ -30,9 +30,6 @@ public:
     IdSource();
     explicit IdSource(std::uint64_t seed);
 
-    IdSource(const IdSource&) = delete;
-    IdSource& operator=(const IdSource&) = delete;
-
     UUID next();
 
 private:

@@ -104,9 +104,8 @@ URLLoader& Runtime::urls() const {
 
 Result<std::shared_ptr<UserDefaults>> Runtime::defaults(std::string_view suiteName) const {
     const std::lock_guard lock(state_->suitesMutex);
-    if (const auto found = state_->suites.find(suiteName); found != state_->suites.end()) {
+    if (const auto found = state_->suites.find(suiteName); found != state_->suites.end())
         return found->second;
-    }
     Result<std::shared_ptr<UserDefaults>> opened =
         UserDefaults::open(state_->dataDirectory, suiteName,
                            [log = state_->log](const Error& error) { log->write(error.message); });

@@ -39,8 +39,6 @@ class Runtime {
 public:
     explicit Runtime(RuntimeOptions options);
     ~Runtime();
-    Runtime(const Runtime&) = delete;
-    Runtime& operator=(const Runtime&) = delete;
 
     Clock& clock() const;
     Instant now() const { return clock().now(); }

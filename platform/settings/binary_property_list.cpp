@@ -2,7 +2,6 @@
 
 #include <bit>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -118,9 +117,8 @@ private:
         std::string_view number;
         if (!slice(1, marker)) return false;
         const auto byte = static_cast<unsigned char>(marker[0]);
-        if (byte >> 4 != static_cast<unsigned>(Type::integer) || (byte & 0xF) > 3) {
+        if (byte >> 4 != static_cast<unsigned>(Type::integer) || (byte & 0xF) > 3)
             return fail("the length of an object is not an integer");
-        }
         if (!slice(1U << (byte & 0xF), number)) return false;
         length = readNumber(number);
         return true;

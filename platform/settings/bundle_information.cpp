@@ -1,6 +1,5 @@
 #include "platform/settings/bundle_information.h"
 
-#include <utility>
 #include "platform/base/files.h"
 #include "platform/settings/property_list_limits.h"
 

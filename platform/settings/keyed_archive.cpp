@@ -1,6 +1,5 @@
 #include "platform/settings/keyed_archive.h"
 
-#include <algorithm>
 #include <cmath>
 #include <map>
 #include <optional>
@@ -107,9 +106,8 @@ private:
         if (!budget_.take()) return refused("holds too much");
         const Dictionary& fields = *object.dictionary();
         const std::optional<std::size_t> type = identifier(find(fields, "$class"));
-        if (!type || *type >= objects_.size() || objects_[*type].dictionary() == nullptr) {
+        if (!type || *type >= objects_.size() || objects_[*type].dictionary() == nullptr)
             return refused("holds an object without a class");
-        }
         switch (kindOfClass(*objects_[*type].dictionary())) {
             case Kind::text:
                 return field(fields, "NS.string", [](const PropertyList& v) { return v.text() != nullptr; });
@@ -136,9 +134,8 @@ private:
     Result<PropertyList> date(const Dictionary& fields) {
         const PropertyList* time = find(fields, "NS.time");
         if (time == nullptr) return refused("holds a date without NS.time");
-        if (time->integer() != nullptr) {
+        if (time->integer() != nullptr)
             return property_list::instantFromReferenceDate(static_cast<double>(*time->integer()));
-        }
         if (time->real() == nullptr || std::isnan(*time->real()))
             return refused("holds a date that is not a number");
         return property_list::instantFromReferenceDate(*time->real());
@@ -154,9 +151,8 @@ private:
             for (const PropertyList& reference : *list->array()) found.push_back(&reference);
             return found;
         }
-        while (const PropertyList* reference = find(fields, olderName + "." + std::to_string(found.size()))) {
+        while (const PropertyList* reference = find(fields, olderName + "." + std::to_string(found.size())))
             found.push_back(reference);
-        }
         return found;
     }
 
@@ -272,14 +268,12 @@ Result<PropertyList> unarchivedObject(std::string_view archive) {
     const PropertyList* archiver = find(fields, "$archiver");
     const PropertyList* version = find(fields, "$version");
     if (archiver == nullptr || *archiver != PropertyList(archiverName) || version == nullptr ||
-        *version != PropertyList(archiveVersion)) {
+        *version != PropertyList(archiveVersion))
         return refused("was not written by a keyed archiver of a known version");
-    }
     const PropertyList* objects = find(fields, "$objects");
     if (objects == nullptr || objects->array() == nullptr || objects->array()->empty() ||
-        objects->array()->front() != PropertyList(nothing)) {
+        objects->array()->front() != PropertyList(nothing))
         return refused("has no objects");
-    }
     const PropertyList* top = find(fields, "$top");
     const PropertyList* root =
         top == nullptr || top->dictionary() == nullptr ? nullptr : find(*top->dictionary(), "root");

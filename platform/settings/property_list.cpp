@@ -21,9 +21,8 @@ PropertyList& PropertyList::operator=(PropertyList&&) noexcept = default;
 PropertyList::~PropertyList() = default;
 
 Result<PropertyList> parsePropertyList(std::string_view bytes) {
-    if (bytes.size() > property_list::maximumSize) {
+    if (bytes.size() > property_list::maximumSize)
         return property_list::refused("the property list is longer than 64 MiB");
-    }
     return property_list::parse(bytes, property_list::Budget());
 }
 
@@ -31,9 +30,7 @@ Result<PropertyList> property_list::parse(std::string_view bytes, Budget budget)
     if (bytes.starts_with(binaryHeader)) return readBinary(bytes, budget);
     const std::string_view text = withoutByteOrderMark(bytes);
     const std::size_t first = text.find_first_not_of(" \t\r\n");
-    if (first != std::string_view::npos && text[first] == '<') {
-        return readXml(text.substr(first), budget);
-    }
+    if (first != std::string_view::npos && text[first] == '<') return readXml(text.substr(first), budget);
     return refused("neither an XML nor a binary property list");
 }
 

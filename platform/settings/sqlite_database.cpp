@@ -83,9 +83,8 @@ Result<Database> Database::open(const std::filesystem::path& file, Access access
 Result<Statement> Database::prepare(const char* sql) {
     sqlite3_stmt* statement = nullptr;
     if (sqlite3_prepare_v3(handle_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) !=
-        SQLITE_OK) {
+        SQLITE_OK)
         return lastError();
-    }
     return Statement(statement);
 }
 

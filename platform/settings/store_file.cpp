@@ -98,9 +98,8 @@ Result<void> readFirstPages(Database& database) {
     if (!version) return tl::unexpected(version.error());
     if (*version == "0")
         return settingsFailure(SQLITE_CORRUPT, "settings store: the file is empty or not a settings store");
-    if (*version != storeVersion) {
+    if (*version != storeVersion)
         return settingsFailure(SQLITE_MISMATCH, "settings store: the file was written by a newer version");
-    }
     return {};
 }
 
@@ -157,17 +156,15 @@ Result<fs::path> storeFolder(const fs::path& directory) {
     std::error_code error;
     fs::path folder = fs::canonical(directory, error);
     if (!error && !fs::is_directory(folder)) error = std::make_error_code(std::errc::not_a_directory);
-    if (error) {
+    if (error)
         return settingsFailure(SQLITE_CANTOPEN, "cannot use " + directory.string() + ": " + error.message());
-    }
     return folder;
 }
 
 std::string_view objectionToSuiteName(std::string_view name) {
     if (name.empty() || name == "NSGlobalDomain") return "a settings store cannot have this name";
-    if (name.find_first_of(std::string_view("/\0", 2)) != std::string_view::npos) {
+    if (name.find_first_of(std::string_view("/\0", 2)) != std::string_view::npos)
         return "the name of a settings store cannot be a path";
-    }
     return {};
 }
 

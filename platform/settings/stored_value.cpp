@@ -105,9 +105,8 @@ public:
                 if (auto bits = number()) return std::bit_cast<double>(*bits);
                 break;
             case dateTag:
-                if (auto bits = number()) {
+                if (auto bits = number())
                     return Instant(std::chrono::nanoseconds(static_cast<std::int64_t>(*bits)));
-                }
                 break;
             case arrayTag: return depthLeft == 0 ? std::nullopt : array(depthLeft - 1);
             case dictionaryTag: return depthLeft == 0 ? std::nullopt : dictionary(depthLeft - 1);
@@ -153,9 +152,8 @@ private:
         for (std::uint64_t i = 0; i < *count; ++i) {
             const auto key = content();
             std::optional<PropertyList> element = key ? value(depthLeft) : std::nullopt;
-            if (!element || !entries.try_emplace(std::string(*key), std::move(*element)).second) {
+            if (!element || !entries.try_emplace(std::string(*key), std::move(*element)).second)
                 return std::nullopt;
-            }
         }
         return entries;
     }

@@ -161,9 +161,8 @@ std::invoke_result_t<Work, UserDefaults::Connection&> UserDefaults::withConnecti
 
 Result<std::shared_ptr<UserDefaults>> UserDefaults::open(const fs::path& directory,
                                                          std::string_view suiteName, Complaint complain) {
-    if (const auto objection = objectionToSuiteName(suiteName); !objection.empty()) {
+    if (const auto objection = objectionToSuiteName(suiteName); !objection.empty())
         return settingsFailure(SQLITE_CANTOPEN, std::string(objection));
-    }
     const Result<fs::path> folder = storeFolder(directory);
     if (!folder) return tl::unexpected(folder.error());
     const fs::path file = storeFile(*folder, suiteName);
@@ -241,9 +240,8 @@ fs::path storeFile(const fs::path& directory, std::string_view suiteName) {
 }
 
 Result<std::optional<fs::path>> repairStore(const fs::path& directory, std::string_view suiteName) {
-    if (const auto objection = objectionToSuiteName(suiteName); !objection.empty()) {
+    if (const auto objection = objectionToSuiteName(suiteName); !objection.empty())
         return settingsFailure(SQLITE_CANTOPEN, std::string(objection));
-    }
     std::error_code missing;
     const fs::path folder = fs::canonical(directory, missing);
     if (missing == std::errc::no_such_file_or_directory) return std::nullopt;
@@ -260,9 +258,8 @@ Result<std::optional<fs::path>> repairStore(const fs::path& directory, std::stri
         return settingsFailure(SQLITE_BUSY,
                                "the settings store is in use by another process: " + file.string());
     }
-    if (const auto health = examineStore(file); health || !isDamage(health.error())) {
+    if (const auto health = examineStore(file); health || !isDamage(health.error()))
         return health ? Result<std::optional<fs::path>>(std::nullopt) : tl::unexpected(health.error());
-    }
     Result<fs::path> aside = setStoreAside(file);
     if (!aside) return tl::unexpected(aside.error());
     return std::move(*aside);

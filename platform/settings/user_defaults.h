@@ -40,8 +40,6 @@ public:
                                                       std::string_view suiteName, Complaint complain = {});
 
     ~UserDefaults();
-    UserDefaults(const UserDefaults&) = delete;
-    UserDefaults& operator=(const UserDefaults&) = delete;
 
     /// The value as stored, whatever its type.
     Result<std::optional<PropertyList>> object(std::string_view key) const;

@@ -1,7 +1,6 @@
 #include "platform/settings/xml_property_list.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -43,9 +42,8 @@ public:
         while ((at_ = xml_.find_first_of("<&=", at_)) != std::string_view::npos) {
             if (!(xml_[at_] == '<'   ? inspectMarkup()
                   : xml_[at_] == '&' ? inspectReference()
-                                     : inspectEquals())) {
+                                     : inspectEquals()))
                 return false;
-            }
         }
         return true;
     }
@@ -86,9 +84,8 @@ private:
         if (end == std::string_view::npos) return false;
         std::string_view name = xml_.substr(at_ + 1, end - at_ - 1);
         at_ = end + 1;
-        if (!name.starts_with('#')) {
+        if (!name.starts_with('#'))
             return name == "amp" || name == "lt" || name == "gt" || name == "quot" || name == "apos";
-        }
         const bool isHexadecimal = name.starts_with("#x");
         name.remove_prefix(isHexadecimal ? 2 : 1);
         const auto codePoint = parsedNumber<std::uint32_t>(name, isHexadecimal ? 16 : 10);
@@ -281,9 +278,8 @@ private:
     void indent(std::size_t depth) { xml_.append(depth, '\t'); }
 
     bool appendText(std::string_view element, std::string_view text) {
-        if (holdsForbidden(text)) {
+        if (holdsForbidden(text))
             return fail("holds a character that XML cannot hold", element == "key" ? "key" : "value under");
-        }
         xml_.append("<").append(element).append(">");
         appendEscaped(xml_, text);
         xml_.append("</").append(element).append(">\n");

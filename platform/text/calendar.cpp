@@ -5,7 +5,6 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -69,9 +68,8 @@ std::string environmentVariable(const char* name) {
 int takeNumber(std::string_view& text, std::size_t atLeast, std::size_t atMost) {
     int number = 0;
     std::size_t count = 0;
-    for (; count < atMost && count < text.size() && text[count] >= '0' && text[count] <= '9'; ++count) {
+    for (; count < atMost && count < text.size() && text[count] >= '0' && text[count] <= '9'; ++count)
         number = number * 10 + (text[count] - '0');
-    }
     if (count < atLeast) return -1;
     text.remove_prefix(count);
     return number;
@@ -90,9 +88,8 @@ std::optional<Instant> Calendar::dateByAddingSeconds(std::int64_t seconds, Insta
     std::int64_t ticks = 0;
     std::int64_t sum = 0;
     if (__builtin_mul_overflow(seconds, ticksPerSecond, &ticks) ||
-        __builtin_add_overflow(to.time_since_epoch().count(), ticks, &sum)) {
+        __builtin_add_overflow(to.time_since_epoch().count(), ticks, &sum))
         return std::nullopt;
-    }
     return Instant(Instant::duration(sum));
 }
 

@@ -16,8 +16,6 @@ class NumberFormatter {
 public:
     explicit NumberFormatter(const Locale& locale);
     ~NumberFormatter();
-    NumberFormatter(const NumberFormatter&) = delete;
-    NumberFormatter& operator=(const NumberFormatter&) = delete;
 
     /// Empty when the number is not finite or the formatter fails.
     std::string twoDecimals(double value) const;

@@ -187,9 +187,8 @@ void Transfer::redirectTo(URL target, int status) {
         request_.body.reset();
     }
     std::string origin = originOf(target);
-    if (origin != origin_) {
+    if (origin != origin_)
         std::erase_if(request_.headers, [](const auto& header) { return isCredential(header.first); });
-    }
     request_.url = std::move(target);
     origin_ = std::move(origin);
 }

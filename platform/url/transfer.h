@@ -5,11 +5,8 @@
 #include <curl/curl.h>
 
 #include <chrono>
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include "platform/base/result.h"
 #include "platform/url/url_session.h"
 

@@ -16,9 +16,8 @@ std::optional<URL> URL::parse(std::string_view text) {
     if (text.empty()) return std::nullopt;
     UriUriA parts;
     const char* errorPosition = nullptr;
-    if (uriParseSingleUriExA(&parts, text.data(), text.data() + text.size(), &errorPosition) != URI_SUCCESS) {
+    if (uriParseSingleUriExA(&parts, text.data(), text.data() + text.size(), &errorPosition) != URI_SUCCESS)
         return std::nullopt;
-    }
     URL url;
     url.text_ = text;
     if (parts.scheme.first != nullptr) url.scheme_ = lowerCased(parts.scheme);

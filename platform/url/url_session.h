@@ -105,8 +105,6 @@ public:
     explicit URLLoader(std::string acceptLanguage = "en-US, en;q=0.9");
     /// Ends all transfers (their completions are dropped) and waits for completions that are running.
     ~URLLoader();
-    URLLoader(const URLLoader&) = delete;
-    URLLoader& operator=(const URLLoader&) = delete;
 
     /// A session for all callers that need none of their own.
     URLSession& sharedSession();

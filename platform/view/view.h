@@ -4,7 +4,6 @@
 // message, laid out and drawn by a host.
 
 #include <concepts>
-#include <cstdint>
 #include <limits>
 #include <memory>
 #include <optional>

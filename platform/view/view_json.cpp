@@ -420,9 +420,8 @@ Result<Value> valueOrProblem(Value value, const Reader& reader) {
 Json numberJson(double value) {
     constexpr double largestExactWhole = 9007199254740992.0;
     if (!std::isfinite(value)) return nullptr;
-    if (value == std::trunc(value) && std::abs(value) < largestExactWhole) {
+    if (value == std::trunc(value) && std::abs(value) < largestExactWhole)
         return static_cast<std::int64_t>(value);
-    }
     return value;
 }
 

@@ -2,7 +2,6 @@
 
 // Timelines: dated entries, and when to ask for more.
 
-#include <functional>
 #include <vector>
 #include "platform/base/clock.h"
 #include "platform/view/widget_family.h"

@@ -148,9 +148,8 @@ wire::Reply galleryReply(std::uint64_t id, const PerchWidgetBundle& bundle) {
         message.set_display_name(widget->description().displayName);
         message.set_description(widget->description().description);
         message.set_content_margins_disabled(widget->description().contentMarginsDisabled);
-        for (const platform::WidgetFamily family : widget->description().families) {
+        for (const platform::WidgetFamily family : widget->description().families)
             message.add_families(std::string(platform::description(family)));
-        }
     }
     return reply;
 }
@@ -165,15 +164,12 @@ public:
         replies_->send(std::move(hello));
     }
     ~Conversation() { replies_->close(); }
-    Conversation(const Conversation&) = delete;
-    Conversation& operator=(const Conversation&) = delete;
 
     /// Handles one message from the host.
     Result<void> handleMessage(std::string_view message) {
         wire::Request request;
-        if (!request.ParseFromArray(message.data(), static_cast<int>(message.size()))) {
+        if (!request.ParseFromArray(message.data(), static_cast<int>(message.size())))
             return platform::failure("WireError", 3, "the host sent something that is not a message");
-        }
         if (request.has_hello()) return greet(request.hello());
         if (!isGreeted_) return platform::failure("WireError", 5, "the host did not say its version first");
         if (request.has_ping()) {
@@ -186,9 +182,8 @@ public:
 
 private:
     Result<void> greet(const wire::Hello& hello) {
-        if (hello.version() != platform::wireVersion) {
+        if (hello.version() != platform::wireVersion)
             return platform::failure("WireError", 4, "the host speaks another version");
-        }
         isGreeted_ = true;
         return {};
     }
@@ -211,9 +206,8 @@ private:
 
     void handleAsk(std::uint64_t id, const wire::Ask& message) {
         WidgetConfiguration* widget = bundle_.widget(message.kind());
-        if (widget == nullptr) {
+        if (widget == nullptr)
             return replies_->send(wrongUsageReply(id, kindComplaint(bundle_, message.kind())));
-        }
         const auto& families = widget->description().families;
         const auto family = platform::widgetFamily(message.family());
         if (!family || std::find(families.begin(), families.end(), *family) == families.end()) {

@@ -24,9 +24,8 @@ std::string quotesAddress(const platform::Runtime& runtime, const std::vector<st
 
 Result<MarketPackage_MultiAssetInfo> quotesOf(const Result<HTTPResponse>& response) {
     if (!response) return tl::unexpected(response.error());
-    if (response->statusCode != 200 || !response->body) {
+    if (response->statusCode != 200 || !response->body)
         return tl::unexpected(platform::urlError(platform::url_error::badServerResponse));
-    }
     return decodeMultiAssetInfo(response->body->view());
 }
 

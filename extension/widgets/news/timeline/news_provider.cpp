@@ -1,7 +1,6 @@
 #include "extension/widgets/news/timeline/news_provider.h"
 
 #include <memory>
-#include <optional>
 #include <utility>
 #include "extension/app/settings/next_reload.h"
 

@@ -87,9 +87,8 @@ std::string NewsViewModel::newsAddress() const {
         const PropertyList::Dictionary* dictionary = links->dictionary();
         if (dictionary != nullptr && holdsOnlyTexts(*dictionary)) {
             const auto replacement = dictionary->find(keys::newsWidgetApiUrl);
-            if (replacement != dictionary->end() && !replacement->second.text()->empty()) {
+            if (replacement != dictionary->end() && !replacement->second.text()->empty())
                 return *replacement->second.text();
-            }
         }
     }
     return webHost(runtime_).append(rankingPath);

@@ -48,9 +48,8 @@ void PWProvider::getTimeline(const platform::TimelineProviderContext&,
             done(Timeline<PWTimelineEntry>{{std::move(entry)}, policy});
         });
     };
-    if (isInRefreshWindow(runtime.calendar(), now)) {
+    if (isInRefreshWindow(runtime.calendar(), now))
         return fetchWithPolicy(reloadIn30Seconds(runtime), std::move(completion));
-    }
     if (auto rows = pwViewModel->loadRows()) {
         completion({{PWTimelineEntry(runtime, now, std::move(*rows), PWAPIError::success)},
                     TimelineReloadPolicy::atEnd()});

@@ -23,9 +23,8 @@ View HeaderView::body() const {
     const double iconSize = isCompact ? 18.0 : 22.0;
     std::vector<View> parts{Image(pwTimelineEntry.portfolioIcon, {.isResizable = true})
                                 .frame({.width = iconSize, .height = iconSize})};
-    if (!isCompact) {
+    if (!isCompact)
         parts.push_back(Text("Portfolio", Font::system(16.0)).foregroundColor(pwTimelineEntry.textColor));
-    }
     parts.push_back(Spacer(0.0));
     parts.push_back(Image("logo", {.isResizable = true}).frame({.width = iconSize, .height = iconSize}));
     return HStack({.alignment = VerticalAlignment::center, .spacing = 8.0}, std::move(parts));
@@ -65,9 +64,8 @@ View PortfolioMediumView::body() const {
                                       .index = index});
         const bool isLast = index + 1 == portfolioWidgetVM.size();
         if (!row.isTrailing && !isLast && portfolioWidgetVM[index + 1].isTrailing) continue;
-        if (!lines.empty()) {
+        if (!lines.empty())
             lines.push_back(PWDivider{.color = pwTimelineEntry.textColor, .isCompact = isCompact});
-        }
         lines.push_back(HStack({.alignment = VerticalAlignment::top, .spacing = 0.0}, std::move(line)));
         line.clear();
     }
