@@ -21,19 +21,43 @@ using nlohmann::ordered_json;
 using serving::Request;
 using serving::Response;
 
-constexpr std::array<std::pair<Fault, std::string_view>, 11> faultNames{{
-    {Fault::none, "none"},
-    {Fault::down, "down"},
-    {Fault::slow, "slow"},
-    {Fault::reset, "reset"},
-    {Fault::notModified, "304"},
-    {Fault::serverError, "500"},
-    {Fault::empty, "empty"},
-    {Fault::noise, "noise"},
-    {Fault::cut, "cut"},
-    {Fault::unknownStoryType, "unknown-story-type"},
-    {Fault::huge, "huge"},
-}};
+/// A way to spoil what the service answers to the extension.
+struct Fault {
+    std::string_view name;
+    void (*spoil)(Response& response);
+};
+
+/// Half a document that says that it is whole.
+void cutDocument(Response& response) {
+    const std::string_view whole = response.body.view();
+    response.body = platform::Bytes(std::string(whole.substr(0, whole.size() / 2)));
+}
+
+void renameTypeOfLastStory(Response& response) {
+    ordered_json document = ordered_json::parse(response.body.view(), nullptr, /*allow_exceptions=*/false);
+    if (!document.is_object() || !document.contains("list") || document["list"].empty()) return;
+    document["list"].back()["story_type"] = "hologram";
+    response.body = platform::Bytes(document.dump());
+}
+
+constexpr std::array faults{
+    Fault{"none", [](Response&) {}},
+    // Nothing of the answer is sent.
+    Fault{"down", [](Response& response) { response.ending = Response::Ending::reset; }},
+    Fault{"slow", [](Response& response) { response.delay = std::chrono::seconds(12); }},
+    // The connection breaks in the middle of the body.
+    Fault{"reset", [](Response& response) { response.ending = Response::Ending::cut; }},
+    Fault{"304", [](Response& response) { response.status = 304; }},
+    Fault{"500", [](Response& response) { response.status = 500; }},
+    Fault{"empty", [](Response& response) { response.body = {}; }},
+    Fault{"noise",
+          [](Response& response) {
+              response.body = platform::Bytes("\x07\xFF\x00\x13 this is neither a quote nor a story \xC3"s);
+          }},
+    Fault{"cut", cutDocument},
+    Fault{"unknown-story-type", renameTypeOfLastStory},
+    Fault{"huge", [](Response& response) { response.body = platform::Bytes(std::string(80U << 20, ' ')); }},
+};
 
 constexpr std::string_view newsPath = "/newsapi/app/get_news_ranking/main_home_page/allnews/";
 constexpr std::string_view quotesPath = "/swiftapi/v1/markets/multi-asset-info";
@@ -69,7 +93,7 @@ constexpr std::array stories{
 // The stories move up slowly, so that somebody who watches the widget sees new ones.
 constexpr std::chrono::minutes turnover{30};
 
-Response news(const Request& request, platform::Instant now, const std::string& origin, Fault fault) {
+Response news(const Request& request, platform::Instant now, const std::string& origin) {
     const auto wanted = [&](std::string_view name, std::size_t otherwise) {
         const std::string text = serving::queryValue(request.query, name).value_or("");
         return text.empty() || text.size() > 3 ? otherwise : std::strtoul(text.c_str(), nullptr, 10);
@@ -91,7 +115,6 @@ Response news(const Request& request, platform::Instant now, const std::string& 
                         {"share_url", "https://www.brightledger.invalid/" + std::string(story.address)},
                         {"story_type", story.type}});
     }
-    if (fault == Fault::unknownStoryType && !list.empty()) list.back()["story_type"] = "hologram";
     return jsonResponse({{"status", "success"}, {"list", list}});
 }
 
@@ -189,42 +212,16 @@ Response catalogueResponse(platform::Instant now) {
     return jsonResponse(records);
 }
 
-Response withFault(Response response, Fault fault) {
-    switch (fault) {
-        case Fault::none:
-        case Fault::unknownStoryType: break;
-        case Fault::down: response.ending = Response::Ending::reset; break;
-        case Fault::slow: response.delay = std::chrono::seconds(12); break;
-        case Fault::reset: response.ending = Response::Ending::cut; break;
-        case Fault::notModified: response.status = 304; break;
-        case Fault::serverError: response.status = 500; break;
-        case Fault::empty: response.body = {}; break;
-        case Fault::noise:
-            response.body = platform::Bytes("\x07\xFF\x00\x13 this is neither a quote nor a story \xC3"s);
-            break;
-        case Fault::cut:
-            response.body =
-                platform::Bytes(std::string(response.body.view().substr(0, response.body.size() / 2)));
-            break;
-        case Fault::huge: response.body = platform::Bytes(std::string(80U << 20, ' ')); break;
-    }
-    return response;
-}
-
 }  // namespace
-
-std::string_view faultName(Fault fault) {
-    return std::ranges::find(faultNames, fault, &std::pair<Fault, std::string_view>::first)->second;
-}
 
 struct DemoService::Implementation {
     Response answer(const Request& request);
     Response control(const Request& request);
-    Response extensionAnswer(const Request& request, Fault current);
+    Response extensionAnswer(const Request& request);
 
     platform::Clock systemClock;
     const platform::Clock* clock = &systemClock;
-    std::atomic<Fault> fault{Fault::none};
+    std::atomic<const Fault*> fault{&faults.front()};
     /// Guards `origin`: the server knows its port only when it listens, and may be asked at once.
     std::mutex mutex;
     std::string origin;
@@ -239,11 +236,13 @@ Response DemoService::Implementation::answer(const Request& request) {
         const std::lock_guard lock(mutex);
         return sceneAnswer(request, origin);
     }
-    const Fault current = fault;
-    return withFault(extensionAnswer(request, current), current);
+    const Fault* current = fault;
+    Response response = extensionAnswer(request);
+    current->spoil(response);
+    return response;
 }
 
-Response DemoService::Implementation::extensionAnswer(const Request& request, Fault current) {
+Response DemoService::Implementation::extensionAnswer(const Request& request) {
     const platform::Instant now = clock->now();
     if (request.path == quotesPath) {
         return quotesResponse(request, now, [now](const Instrument& instrument, std::size_t) {
@@ -254,19 +253,19 @@ Response DemoService::Implementation::extensionAnswer(const Request& request, Fa
     if (request.path.starts_with(thumbnailPath)) return thumbnail(request);
     if (request.path != newsPath) return missing();
     const std::lock_guard lock(mutex);
-    return news(request, now, origin, current);
+    return news(request, now, origin);
 }
 
 Response DemoService::Implementation::control(const Request& request) {
     if (request.isMethod("POST") && request.path == "/demo/fault") {
-        const auto named = std::ranges::find(faultNames, std::string_view(request.body),
-                                             &std::pair<Fault, std::string_view>::second);
-        if (named == faultNames.end()) return {.status = 400, .body = platform::Bytes("no such fault\n")};
-        fault = named->first;
-        return {.body = platform::Bytes(std::string(named->second) + "\n")};
+        const auto named = std::ranges::find(faults, std::string_view(request.body), &Fault::name);
+        if (named == faults.end()) return {.status = 400, .body = platform::Bytes("no such fault\n")};
+        fault = &*named;
+        return {.body = platform::Bytes(std::string(named->name) + "\n")};
     }
     if (!request.isMethod("GET")) return missing();
-    if (request.path == "/demo/fault") return {.body = platform::Bytes(std::string(faultName(fault)) + "\n")};
+    if (request.path == "/demo/fault")
+        return {.body = platform::Bytes(std::string(fault.load()->name) + "\n")};
     if (request.path == "/demo/catalogue") return catalogueResponse(clock->now());
     if (request.path != "/demo/users") return missing();
     ordered_json list = ordered_json::array();
@@ -314,9 +313,5 @@ const std::vector<DemoUser>& DemoService::users() {
 std::string DemoService::portfolioAddress() const {
     return origin() + std::string(portfolioPath) + "?format=json";
 }
-
-void DemoService::setFault(Fault fault) { implementation_->fault = fault; }
-
-Fault DemoService::fault() const { return implementation_->fault; }
 
 }  // namespace demo

@@ -13,24 +13,6 @@
 
 namespace demo {
 
-/// How the service answers the extension's requests: quotes, news, thumbnails and portfolios.
-enum class Fault {
-    none,
-    down,              // connections are reset before a byte is sent
-    slow,              // right, but after 12 seconds
-    reset,             // the connection breaks halfway through the body
-    notModified,       // status 304
-    serverError,       // status 500
-    empty,             // status 200 without a body
-    noise,             // status 200 with bytes that are nothing
-    cut,               // a document that stops halfway but says that it is whole
-    unknownStoryType,  // news with one story of a new type
-    huge,              // a body of 80 MB
-};
-
-/// "none", "down", "slow", "reset", "304", "500", "empty", "noise", "cut", "unknown-story-type", "huge".
-std::string_view faultName(Fault fault);
-
 /// Somebody who can sign in.
 struct DemoUser {
     std::string name;
@@ -46,7 +28,7 @@ struct DemoUser {
 /// Under "/scene/NAME" its answers never change, see demo/scenes.h.
 ///
 /// It also answers GET /demo/users and GET /demo/catalogue (JSON, for a program that plays the phone app) and
-/// POST /demo/fault with the name of a fault as its body.
+/// POST /demo/fault with the name of a fault as its body, which is in force from the next request on.
 class DemoService {
 public:
     /// `port` 0 takes any free one. `clock` must outlive the service; null: the system's clock.
@@ -59,10 +41,6 @@ public:
     static const std::vector<DemoUser>& users();
     /// What the phone app stores under "userPortfolio".
     std::string portfolioAddress() const;
-
-    /// From the next request on. Any thread.
-    void setFault(Fault fault);
-    Fault fault() const;
 
 private:
     struct Implementation;

@@ -23,6 +23,8 @@ BUILDINGS = {
     "host": {"platform", "serving", "companion"},
     "demo": {"platform", "serving", "extension"},
 }
+# These may use every building.
+BESIDE = ["tests/support", "bench"]
 # The process's own runtime is for doors that the phone app calls without naming one.
 DOOR = re.compile(r"^\s*static \S+ \w+\(platform::Runtime::process\(\)\);$|= buildFlags\(platform::Runtime::process\(\)")
 
@@ -39,8 +41,10 @@ class Room:
 def read_rooms(root):
     """The rooms by their names. A folder's schema and its program are rooms of their own."""
     rooms = {}
-    for listing in sorted(file for name in BUILDINGS for file in (root / name).rglob("CMakeLists.txt")):
-        for kind, words in re.findall(r"brightledger_(room|messages|program)\(([^)]*)\)", listing.read_text()):
+    folders = [*BUILDINGS, *BESIDE]
+    for listing in sorted(file for name in folders for file in (root / name).rglob("CMakeLists.txt")):
+        calls = r"(?:brightledger_(room|messages|program)|target_link_libraries)\(([^)]*)\)"
+        for kind, words in re.findall(calls, listing.read_text()):
             name, *rest = words.split()
             declared = {word for word in rest if "USES" not in word}
             rooms[name] = Room(kind, listing.parent, declared)
@@ -73,13 +77,27 @@ def wall_complaints(root, rooms):
             other = rooms[used].folder.relative_to(root).parts[0]
             if used not in room.declared:
                 yield f"{name} includes {used} and does not declare it: {min(files)}"
-            if other != building and other not in BUILDINGS[building]:
+            if other != building and other not in BUILDINGS.get(building, [other]):
                 yield f"{building}/ may not use {other}/: {min(files)}"
+            is_app = room.folder.is_relative_to(root / "extension/app")
+            if is_app and used == "extension_perch_proto" and name != "extension_prices":
+                yield f"{name} may not use the quote message's schema; have extension_prices ask: {min(files)}"
             ours, theirs = part(room, root), part(rooms[used], root)
             if ours and theirs and (ours[0] != theirs[0] or theirs[1] not in {"model", "proto"}):
                 yield f"{name} may not use {used}: a widget knows no other, and its views no timeline"
         for declared in room.declared & rooms.keys() - room.includes.keys():
             yield f"{name} declares {declared} and includes nothing of it"
+
+
+def drawing_complaints(rooms):
+    """What the extension declares, and what that declares in turn, draws nothing."""
+    reached, open_names = set(), {"brightledger-extension"}
+    while open_names:
+        reached |= open_names
+        open_names = {used for name in open_names for used in rooms[name].declared & rooms.keys()} - reached
+    for name in sorted(reached):
+        for library in sorted(library for library in rooms[name].declared if re.search("cairo|pango", library, re.I)):
+            yield f"{name} declares {library}, so the extension would draw"
 
 
 def circles(arrows):
@@ -109,15 +127,15 @@ def script_arrows(root):
 
 
 def door_complaints(root):
-    for file in sorted((root / "extension").rglob("*.cpp")):
+    for file in sorted(file for name in BUILDINGS for file in (root / name).rglob("*.cpp")):
         for number, line in enumerate(file.read_text().splitlines(), 1):
-            if "Runtime::process()" in line and not DOOR.search(line) and file.name != "main.cpp":
+            if re.search(r"(?<!& )Runtime::process\(\)", line) and not DOOR.search(line):
                 yield f"{file.relative_to(root)}:{number} takes the process's runtime; let the caller name one"
 
 
 def main(root, extension=None):
     rooms = read_rooms(root)
-    complaints = [*read_includes(root, rooms), *wall_complaints(root, rooms)]
+    complaints = [*read_includes(root, rooms), *wall_complaints(root, rooms), *drawing_complaints(rooms)]
     complaints += circles({name: set(room.includes) for name, room in rooms.items()})
     complaints += [*circles(script_arrows(root)), *door_complaints(root)]
     if extension:

@@ -28,6 +28,9 @@ import urllib.request
 NOW = "2026-11-20T06:30:00Z"
 WIDGETS = [("PerchWidget", "systemSmall"), ("PerchWidget", "systemMedium"), ("PerchWidget", "systemLarge"),
            ("NewsWidget", "systemLarge"), ("PortfolioWidget", "systemSmall"), ("PortfolioWidget", "systemMedium")]
+VERSIONS = ("18", "17", "16")
+# Every tree is laid out for these screens' widgets too.
+SIZES = ("141x141", "292x141", "364x382")
 THEME = "call ThemeManager setCurrentSelectedThemeTypeWithType: {}"
 # Each state: its name, what the service does, and the commands that make it.
 STATES = [
@@ -123,11 +126,16 @@ class Side:
         """Every answer of this state by its title."""
         found = {}
         for kind, family in WIDGETS:
-            for version in ("18", "16"):
+            for version in VERSIONS:
                 widget = [kind, "--family", family, "--os-version", version]
                 title = f"{kind} {family} on {version}"
                 found[f"entries, {title}"] = self.run(["timeline", *widget], store)
-                found[f"view tree, {title}"] = self.run(["view", *widget], store)
+                tree = found[f"view tree, {title}"] = self.run(["view", *widget], store)
+                file = self.folder / "tree.json"
+                file.write_text(tree.removesuffix("exit code 0\n"))
+                for size in SIZES:
+                    words = ["layout", str(file), "--size", size, "--os-version", version]
+                    found[f"display list, {size}, {title}"] = self.run(words, store)
                 for request in ("timeline", "snapshot", "placeholder"):
                     file = self.folder / "list.json"
                     file.unlink(missing_ok=True)
@@ -144,7 +152,8 @@ def masked(text, side):
 def chosen_assets(recorder, folder):
     """A property list with every fourth asset of the demo's catalogue."""
     keys = {"indices": "INDICES_WIDGET", "stock": "STOCK_WIDGET", "future": "FUTURE_WIDGET", "crypto": "CRYPTO_WIDGET"}
-    lists = {key: [] for key in keys.values()}
+    # Without the mark the extension would put its own indices in place of the chosen ones.
+    lists = {"firstTimeAppInstalledForWidget": True, **{key: [] for key in keys.values()}}
     for asset in json.loads(recorder.answer("GET", "/demo/catalogue", b"")[2])[::4]:
         lists[keys[asset["type"]]].append(asset)
     file = folder / "assets.plist"

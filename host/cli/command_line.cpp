@@ -37,7 +37,7 @@ constexpr const char* commonOptionsHelp =
     "  --time-zone ID       BRIGHTLEDGER_TIME_ZONE   device time zone, such as Asia/Kolkata\n"
     "  --verbose                                     debug log on standard error";
 
-constexpr const char* kindHelp = "NewsWidget, PerchWidget or PortfolioWidget";
+constexpr const char* kindHelp = "a widget's kind; \"brightledger gallery\" lists them";
 constexpr const char* familyHelp = "systemSmall, systemMedium or systemLarge";
 constexpr const char* statisticsHelp = "print memory and times on standard error";
 constexpr const char* scaleHelp = "pixels per point: 1, 2 or 3 (default)";
