@@ -32,7 +32,7 @@ platform::View card(WidgetFamily family, const platform::Runtime& runtime) {
 }
 
 host::LayoutOptions optionsFor(WidgetFamily family) {
-    return {.size = platform::widgetSize(family),
+    return {.size = platform::Screen().widgetSize(family),
             .osVersion = 18,
             .kind = "PerchWidget",
             .family = std::string(platform::description(family)),

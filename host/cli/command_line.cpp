@@ -33,6 +33,7 @@ constexpr const char* commonOptionsHelp =
     "  --now INSTANT        BRIGHTLEDGER_NOW         stops the extension's clock (ISO 8601 with offset or "
     "Z)\n"
     "  --os-version N       BRIGHTLEDGER_OS_VERSION  the system's major version, as the extension sees it\n"
+    "  --screen WxH         BRIGHTLEDGER_SCREEN      the device's screen in points (390x844)\n"
     "  --locale ID          BRIGHTLEDGER_LOCALE      device locale, such as en_IN\n"
     "  --time-zone ID       BRIGHTLEDGER_TIME_ZONE   device time zone, such as Asia/Kolkata\n"
     "  --verbose                                     debug log on standard error";

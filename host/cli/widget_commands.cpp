@@ -38,7 +38,7 @@ struct Answered {
     platform::WidgetFamily family{};
     EntryAnswer answer;
     ExtensionStatistics statistics;
-    int osVersion = 18;
+    platform::RuntimeOptions options;
 };
 
 enum class Wanted { entries, views };
@@ -63,7 +63,7 @@ Result<Answered> askExtension(const ProcessOptions& process, const WidgetQuestio
     if (answer->entries.empty()) {
         return platform::failure("ExtensionError", 3, question.kind + " answered without an entry");
     }
-    return Answered{*family, std::move(*answer), extension.statistics(), resolved->osVersion};
+    return Answered{*family, std::move(*answer), extension.statistics(), *resolved};
 }
 
 /// To a thousandth.
@@ -212,8 +212,8 @@ Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& que
     if (!answered) return tl::unexpected(answered.error());
     const Result<DrawingTiming> timing =
         draw(answered->answer.entries.front().view.value_or(platform::View()),
-             {.size = platform::widgetSize(answered->family),
-              .osVersion = answered->osVersion,
+             {.size = answered->options.screen.widgetSize(answered->family),
+              .osVersion = answered->options.osVersion,
               .kind = question.kind,
               .family = question.family,
               .isRedacted = question.request == EntryRequest::placeholder},

@@ -3,13 +3,12 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include "host/paint/widget_outline.h"
-#include "platform/view/widget_family.h"
 
 namespace host {
 
-std::string sheetPage(std::string page, nlohmann::ordered_json data) {
+std::string sheetPage(std::string page, nlohmann::ordered_json data, const platform::Screen& screen) {
     for (const platform::WidgetFamily family : platform::allWidgetFamilies) {
-        const platform::Size size = platform::widgetSize(family);
+        const platform::Size size = screen.widgetSize(family);
         data["families"][std::string(description(family))] = {
             {"width", size.width}, {"height", size.height}, {"outline", widgetOutline(size)}};
     }

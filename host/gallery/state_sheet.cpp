@@ -98,6 +98,7 @@ std::string optionOr(const std::optional<std::string>& option, const char* varia
 /// The same surroundings on every machine, unless somebody asks for others.
 platform::ProcessOptions surroundings(platform::ProcessOptions options) {
     options.now = optionOr(options.now, "BRIGHTLEDGER_NOW", "2026-11-23T12:00:00+05:30");
+    options.screen = optionOr(options.screen, "BRIGHTLEDGER_SCREEN", platform::Screen().name.data());
     options.locale = optionOr(options.locale, "BRIGHTLEDGER_LOCALE", "en_IN");
     options.timeZone = optionOr(options.timeZone, "BRIGHTLEDGER_TIME_ZONE", "Asia/Kolkata");
     return options;
@@ -130,7 +131,7 @@ public:
     }
 
     ExtensionProcess& extension() { return extension_; }
-    int osVersion() const { return runtime_.osVersion(); }
+    const platform::Runtime& runtime() const { return runtime_; }
 
 private:
     SheetRun(const SheetOptions& options, const platform::ProcessOptions& process,
@@ -175,6 +176,8 @@ public:
 
     Result<void> draw(const fs::path& folder, const std::string& origin) {
         const platform::ProcessOptions process = surroundings(options_.process);
+        // A name that is not known is refused when the first state is set up.
+        screen_ = platform::screenNamed(*process.screen).value_or(platform::Screen());
         subtitle_ = *process.now + ", " + *process.locale + ", " + *process.timeZone;
         // The next state's questions are answered while this one's pictures are drawn.
         const auto asked = [&](const SheetState& state) {
@@ -238,8 +241,8 @@ private:
                                           waitingLimit);
         if (!answer) return tl::unexpected(answer.error());
         if (answer->entries.empty()) return failure(picture.kind + " answered without an entry");
-        LayoutOptions layout{.size = platform::widgetSize(picture.family),
-                             .osVersion = run.osVersion(),
+        LayoutOptions layout{.size = run.runtime().screen().widgetSize(picture.family),
+                             .osVersion = run.runtime().osVersion(),
                              .kind = picture.kind,
                              .family = std::string(description(picture.family)),
                              .isRedacted = request == EntryRequest::placeholder};
@@ -306,7 +309,8 @@ private:
         return write(
             options_.folder / "index.html",
             sheetPage(std::move(page),
-                      {{"subtitle", subtitle_}, {"verdict", verdict()}, {"sections", std::move(sections)}}));
+                      {{"subtitle", subtitle_}, {"verdict", verdict()}, {"sections", std::move(sections)}},
+                      screen_));
     }
 
     std::string verdict() const {
@@ -358,6 +362,7 @@ private:
     const std::vector<SheetState> states_ = sheetStates();
     const std::unique_ptr<Painter> painter_;
     const std::optional<PicturesByName> earlier_;
+    platform::Screen screen_;
     std::string subtitle_;
     /// Set by the first state's answer; until the last answer only the asking thread may read it.
     std::vector<WidgetListing> widgets_;

@@ -58,7 +58,7 @@ Result<std::unique_ptr<HomeScreen>> HomeScreen::start(HomeScreenOptions options)
 HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> painter)
     : options_(std::move(options)),
       placements_(options_.runtime.dataDirectory / "home-screen.json"),
-      renderer_(std::move(painter), options_.runtime.osVersion) {
+      renderer_(std::move(painter), options_.runtime.screen, options_.runtime.osVersion) {
     if (options_.runtime.bundle.text("ENVIRONMENT") == "staging") environment_ = "staging";
     options_.runtime.widgetCenter = std::make_shared<Center>(*this);
     runtime_ = std::make_unique<platform::Runtime>(options_.runtime);

@@ -61,8 +61,8 @@ ordered_json nextJson(const std::optional<NextReload>& next, ReloadMode mode) {
 }
 
 /// What a widget of that family looks like from outside.
-ordered_json shapeJson(platform::WidgetFamily family) {
-    const platform::Size size = platform::widgetSize(family);
+ordered_json shapeJson(platform::WidgetFamily family, const platform::Screen& screen) {
+    const platform::Size size = screen.widgetSize(family);
     return {{"family", platform::description(family)},
             {"width", size.width},
             {"height", size.height},
@@ -111,7 +111,7 @@ ordered_json PageState::cachedPictureJson(int id, const std::shared_ptr<const Sh
 }
 
 ordered_json PageState::widgetJson(const WidgetState& state, const GridPlace& place, ReloadMode mode) {
-    ordered_json json = shapeJson(state.family);
+    ordered_json json = shapeJson(state.family, home_.runtime().screen());
     json.update({{"id", state.id},
                  {"kind", state.kind},
                  {"displayName", displayName(state.kind)},
@@ -187,7 +187,8 @@ std::string PageState::choices() const {
     ordered_json kinds = ordered_json::array();
     for (const WidgetListing& widget : home_.gallery()) {
         ordered_json families = ordered_json::array();
-        for (const auto family : widget.families) families.push_back(shapeJson(family));
+        for (const auto family : widget.families)
+            families.push_back(shapeJson(family, home_.runtime().screen()));
         kinds.push_back({{"kind", widget.kind},
                          {"displayName", widget.displayName},
                          {"description", widget.description},

@@ -6,8 +6,8 @@ namespace host {
 
 namespace {
 
-LayoutOptions layoutOptions(const DrawnWidget& widget, int osVersion) {
-    return {.size = platform::widgetSize(widget.family),
+LayoutOptions layoutOptions(const DrawnWidget& widget, const platform::Screen& screen, int osVersion) {
+    return {.size = screen.widgetSize(widget.family),
             .osVersion = osVersion,
             .kind = widget.kind,
             .family = std::string(platform::description(widget.family)),
@@ -16,11 +16,13 @@ LayoutOptions layoutOptions(const DrawnWidget& widget, int osVersion) {
 
 }  // namespace
 
-WidgetRenderer::WidgetRenderer(std::unique_ptr<Painter> painter, int osVersion)
-    : painter_(std::move(painter)), osVersion_(osVersion) {}
+WidgetRenderer::WidgetRenderer(std::unique_ptr<Painter> painter, const platform::Screen& screen,
+                               int osVersion)
+    : painter_(std::move(painter)), screen_(screen), osVersion_(osVersion) {}
 
 DisplayList WidgetRenderer::list(const DrawnWidget& widget, int scale) {
-    return makeDisplayList(widget.view, layoutOptions(widget, osVersion_), painter_->measurer(scale));
+    return makeDisplayList(widget.view, layoutOptions(widget, screen_, osVersion_),
+                           painter_->measurer(scale));
 }
 
 DisplayList WidgetRenderer::displayList(const DrawnWidget& widget, int scale) {
@@ -35,7 +37,7 @@ platform::Result<std::string> WidgetRenderer::png(const DrawnWidget& widget, int
 
 std::string WidgetRenderer::laidOutText(const DrawnWidget& widget) {
     const std::lock_guard lock(mutex_);
-    return laidOutJson(widget.view, layoutOptions(widget, osVersion_), painter_->measurer(3))
+    return laidOutJson(widget.view, layoutOptions(widget, screen_, osVersion_), painter_->measurer(3))
         .dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 

@@ -8,6 +8,7 @@
 #include "host/layout/display_list.h"
 #include "host/paint/painter.h"
 #include "platform/base/result.h"
+#include "platform/view/screen.h"
 #include "platform/view/view.h"
 #include "platform/view/widget_family.h"
 
@@ -27,7 +28,7 @@ struct DrawnWidget {
 /// Any thread may use it.
 class WidgetRenderer {
 public:
-    WidgetRenderer(std::unique_ptr<Painter> painter, int osVersion);
+    WidgetRenderer(std::unique_ptr<Painter> painter, const platform::Screen& screen, int osVersion);
 
     /// `scale` is 1, 2 or 3 pixels per point.
     DisplayList displayList(const DrawnWidget& widget, int scale);
@@ -40,6 +41,7 @@ private:
 
     std::mutex mutex_;
     std::unique_ptr<Painter> painter_;
+    platform::Screen screen_;
     int osVersion_;
 };
 

@@ -22,6 +22,7 @@ std::vector<std::string> extensionArguments(const platform::ProcessOptions& opti
         .infoPlist = optionOrVariable(options.infoPlist, "BRIGHTLEDGER_INFO_PLIST"),
         .now = optionOrVariable(options.now, "BRIGHTLEDGER_NOW"),
         .osVersion = std::to_string(resolved.osVersion),
+        .screen = std::string(resolved.screen.name),
         .locale = resolved.locale.identifier,
         .timeZone = resolved.timeZone.identifier,
         .isVerbose = options.isVerbose,

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include "platform/base/alternatives.h"
 #include "platform/base/ascii.h"
 
 namespace platform {
@@ -83,6 +84,17 @@ Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::p
     if (version.value) {
         result.osVersion = parsedNumber<int>(*version.value).value_or(0);
         if (result.osVersion < 1) return wrongUsage(version, "is not a version number");
+    }
+
+    const Setting screen = choose(options, &ProcessOptions::screen);
+    if (screen.value) {
+        const auto known = screenNamed(*screen.value);
+        if (!known) {
+            std::vector<std::string> names;
+            for (const Screen& each : screens) names.emplace_back(each.name);
+            return wrongUsage(screen, "is not a known screen; choose " + alternatives(names));
+        }
+        result.screen = *known;
     }
 
     const Setting locale = choose(options, &ProcessOptions::locale);

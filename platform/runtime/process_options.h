@@ -18,6 +18,7 @@ struct ProcessOptions {
     std::optional<std::string> infoPlist = {};
     std::optional<std::string> now = {};
     std::optional<std::string> osVersion = {};
+    std::optional<std::string> screen = {};
     std::optional<std::string> locale = {};
     std::optional<std::string> timeZone = {};
     bool isVerbose = false;
@@ -36,6 +37,7 @@ inline constexpr std::array commonOptions{
     CommonOption{"--info-plist", "BRIGHTLEDGER_INFO_PLIST", &ProcessOptions::infoPlist, true},
     CommonOption{"--now", "BRIGHTLEDGER_NOW", &ProcessOptions::now},
     CommonOption{"--os-version", "BRIGHTLEDGER_OS_VERSION", &ProcessOptions::osVersion},
+    CommonOption{"--screen", "BRIGHTLEDGER_SCREEN", &ProcessOptions::screen},
     CommonOption{"--locale", "BRIGHTLEDGER_LOCALE", &ProcessOptions::locale},
     CommonOption{"--time-zone", "BRIGHTLEDGER_TIME_ZONE", &ProcessOptions::timeZone},
 };
@@ -45,7 +47,7 @@ inline constexpr std::array commonOptions{
 /// when the installed file is not there. The widget center and the seed of identifiers stay unset.
 ///
 /// Errors of the domain "UsageError" are wrong usage: an instant without an offset, a version that is
-/// not a number, an unknown zone. A file that cannot be read is a "PropertyListError".
+/// not a number, an unknown screen or zone. A file that cannot be read is a "PropertyListError".
 Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options,
                                       const std::filesystem::path& installedInfoPlist);
 

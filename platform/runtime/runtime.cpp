@@ -40,6 +40,7 @@ struct Runtime::State {
           calendar(timeZone),
           bundle(std::move(options.bundle)),
           osVersion(options.osVersion),
+          screen(options.screen),
           dataDirectory(std::move(options.dataDirectory)),
           ids(options.idSeed ? IdSource(*options.idSeed) : IdSource()),
           log(std::make_shared<DebugLog>(std::move(options.log))),
@@ -57,6 +58,7 @@ struct Runtime::State {
     Calendar calendar;
     BundleInformation bundle;
     int osVersion;
+    Screen screen;
     std::filesystem::path dataDirectory;
     IdSource ids;
     // Shared with the suites' stores, which may outlive this.
@@ -85,6 +87,7 @@ const TimeZone& Runtime::timeZone() const { return state_->timeZone; }
 const Calendar& Runtime::calendar() const { return state_->calendar; }
 const BundleInformation& Runtime::bundle() const { return state_->bundle; }
 int Runtime::osVersion() const { return state_->osVersion; }
+const Screen& Runtime::screen() const { return state_->screen; }
 const std::filesystem::path& Runtime::dataDirectory() const { return state_->dataDirectory; }
 IdSource& Runtime::ids() const { return state_->ids; }
 DebugLog& Runtime::log() const { return *state_->log; }

@@ -13,6 +13,7 @@
 #include "platform/text/calendar.h"
 #include "platform/text/number_formatter.h"
 #include "platform/url/url_session.h"
+#include "platform/view/screen.h"
 #include "platform/widget/widget_center.h"
 
 namespace platform {
@@ -23,6 +24,7 @@ struct RuntimeOptions {
     BundleInformation bundle = {};
     std::optional<Instant> now = {};
     int osVersion = 18;
+    Screen screen = {};
     Locale locale = {};
     TimeZone timeZone = {};
     DebugLog::Sink log = {};
@@ -49,6 +51,7 @@ public:
     const NumberFormatter& numberFormatter() const;
     const BundleInformation& bundle() const;
     int osVersion() const;
+    const Screen& screen() const;
     const std::filesystem::path& dataDirectory() const;
     URLLoader& urls() const;
     IdSource& ids() const;

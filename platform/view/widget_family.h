@@ -37,14 +37,4 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
-/// In points, on a screen of 390 × 844.
-constexpr Size widgetSize(WidgetFamily family) {
-    switch (family) {
-        case WidgetFamily::systemSmall: return {158.0, 158.0};
-        case WidgetFamily::systemMedium: return {338.0, 158.0};
-        case WidgetFamily::systemLarge: return {338.0, 354.0};
-    }
-    return {};
-}
-
 }  // namespace platform

@@ -30,7 +30,8 @@ struct Timeline {
 /// The widget for which a provider is asked.
 struct TimelineProviderContext {
     WidgetFamily family = WidgetFamily::systemSmall;
-    Size displaySize = widgetSize(WidgetFamily::systemSmall);
+    /// In points.
+    Size displaySize = {};
     bool isPreview = false;
 };
 

@@ -121,11 +121,10 @@ std::string kindComplaint(const PerchWidgetBundle& bundle, const std::string& ki
     return "unknown widget \"" + kind + "\"; choose " + platform::alternatives(names);
 }
 
-void ask(WidgetConfiguration& widget, platform::WidgetFamily family,
+void ask(WidgetConfiguration& widget, platform::WidgetFamily family, platform::Size displaySize,
          const std::shared_ptr<const Question>& question) {
-    const platform::TimelineProviderContext context{.family = family,
-                                                    .displaySize = platform::widgetSize(family),
-                                                    .isPreview = question->ask.is_preview()};
+    const platform::TimelineProviderContext context{
+        .family = family, .displaySize = displaySize, .isPreview = question->ask.is_preview()};
     switch (question->ask.request()) {
         case wire::SNAPSHOT:
             widget.getSnapshot(context, [question](const AnyEntry& entry) { question->answer({entry}); });
@@ -214,7 +213,7 @@ private:
             return replies_->send(
                 wrongUsageReply(id, familyComplaint(widget->description(), message.family())));
         }
-        ask(*widget, *family,
+        ask(*widget, *family, runtime_.screen().widgetSize(*family),
             std::make_shared<const Question>(Question{
                 .id = id,
                 .ask = message,

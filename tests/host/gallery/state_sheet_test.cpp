@@ -90,7 +90,7 @@ TEST(StateSheet, ShowsEveryPictureInItsFamilysSizeOnThePage) {
 TEST(StateSheet, NoTextEndsTheElementThatHoldsThePagesData) {
     const std::string text = "</script><b>\"&'<!--";
     const std::string page =
-        sheetPage(contentOf(programs / "resources/gallery/index.html"), {{"subtitle", text}});
+        sheetPage(contentOf(programs / "resources/gallery/index.html"), {{"subtitle", text}}, {});
     EXPECT_THAT(page, Not(HasSubstr(text)));
     EXPECT_EQ(dataOf(page)["subtitle"], text);
 }

@@ -26,8 +26,8 @@ class Variables {
 public:
     explicit Variables(const std::vector<std::pair<std::string, std::string>>& values = {}) {
         for (const char* name : {"BRIGHTLEDGER_DATA_DIR", "BRIGHTLEDGER_INFO_PLIST", "BRIGHTLEDGER_NOW",
-                                 "BRIGHTLEDGER_OS_VERSION", "BRIGHTLEDGER_LOCALE", "BRIGHTLEDGER_TIME_ZONE",
-                                 "XDG_DATA_HOME", "HOME", "LC_ALL", "LANG", "TZ"}) {
+                                 "BRIGHTLEDGER_OS_VERSION", "BRIGHTLEDGER_SCREEN", "BRIGHTLEDGER_LOCALE",
+                                 "BRIGHTLEDGER_TIME_ZONE", "XDG_DATA_HOME", "HOME", "LC_ALL", "LANG", "TZ"}) {
             const char* value = std::getenv(name);
             before_.emplace_back(name, value == nullptr ? std::nullopt : std::optional<std::string>(value));
             unsetenv(name);
@@ -63,7 +63,8 @@ TEST(ProcessOptions, BeatTheirVariablesWhichBeatTheSystem) {
         const auto made = runtimeOptions(*takeProcessOptions(words), "");
         if (!made) return made.error().domain + ": " + made.error().message;
         return made->dataDirectory.string() + ", version " + std::to_string(made->osVersion) + ", " +
-               made->locale.identifier + ", " + made->timeZone.identifier + ", " +
+               std::string(made->screen.name) + ", " + made->locale.identifier + ", " +
+               made->timeZone.identifier + ", " +
                (made->now ? formatInstant(*made->now) : "the system's clock") + (made->log ? ", log" : "");
     }));
 }

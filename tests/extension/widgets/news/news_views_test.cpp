@@ -37,7 +37,7 @@ std::string textOf(std::vector<NewsUIVM> stories, WidgetFamily family) {
         NewsWidgetEntryView{.entry = entry, .moreNewsLink = "brightledgerwidget://news/"}.body(
             {.widgetFamily = family});
     return host::displayListText(host::makeDisplayList(view,
-                                                       {.size = platform::widgetSize(family),
+                                                       {.size = platform::Screen().widgetSize(family),
                                                         .kind = "NewsWidget",
                                                         .family = std::string(description(family))},
                                                        Measurer()));
