@@ -12,12 +12,10 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <system_error>
 #include <utility>
 #include "host/process/process_status.h"
 #include "host/process/spawn.h"
-#include "platform/wire/conversion.h"
 
 namespace host {
 namespace {
@@ -25,31 +23,13 @@ namespace {
 namespace wire = brightledger::wire;
 using platform::Result;
 using std::chrono::milliseconds;
-using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-// How the child is watched while it owes an answer.
-constexpr milliseconds watchInterval{250};
-constexpr seconds silenceBeforePing{1};
-constexpr seconds pingLimit{2};
-constexpr seconds startLimit{15};
-constexpr seconds endLimit{1};
 constexpr std::size_t longestLogLine = 16384;
-
-platform::Error extensionError(std::string message) { return {"ExtensionError", 1, std::move(message)}; }
 
 /// A descriptor that becomes readable when the process ends. The C library's function is not declared for
 /// C++.
 int openProcess(int processId) { return static_cast<int>(syscall(SYS_pidfd_open, processId, 0)); }
-
-std::string timeText(milliseconds time) {
-    if (time.count() % 1000 != 0) return std::to_string(time.count()) + " ms";
-    return std::to_string(time.count() / 1000) + " seconds";
-}
-
-double millisecondsBetween(ExtensionChild::SteadyTime from, ExtensionChild::SteadyTime to) {
-    return std::chrono::duration<double, std::milli>(to - from).count();
-}
 
 /// Reads what is there without waiting; false at the end of the stream.
 template <typename Take>
@@ -68,7 +48,9 @@ bool drain(const platform::FileDescriptor& descriptor, const Take& take) {
 }  // namespace
 
 ExtensionChild::ExtensionChild(const ExtensionOptions& options, std::vector<wire::Request> first)
-    : options_(options), started_(steady_clock::now()), heard_(started_), lastUse_(started_) {
+    : options_(options),
+      watch_(
+          options, [this] { return memoryOf(processId_); }, steady_clock::now()) {
     std::array<int, 2> ends{-1, -1};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0) {
         messages_ = platform::aboveStandard(ends[0]);
@@ -82,7 +64,7 @@ ExtensionChild::ExtensionChild(const ExtensionOptions& options, std::vector<wire
     for (const platform::FileDescriptor* end : {&messages_, &log_}) {
         if (end->isOpen()) fcntl(end->number(), F_SETFL, fcntl(end->number(), F_GETFL) | O_NONBLOCK);
     }
-    for (wire::Request& request : first) tell(std::move(request));
+    for (const wire::Request& request : first) tell(request);
 
     // Signals to the host are for its other threads.
     sigset_t all;
@@ -102,28 +84,26 @@ bool ExtensionChild::ask(wire::Request request, milliseconds limit, Completion c
     Result<void> sent;
     {
         const std::lock_guard lock(mutex_);
-        if (isLeaving()) return false;
-        const std::uint64_t id = ++lastId_;
-        request.set_id(id);
-        lastUse_ = steady_clock::now();
+        if (watch_.isLeaving()) return false;
+        watch_.ask(request, limit, std::move(completion), steady_clock::now());
         if (messages_.isOpen()) sent = send(request);
         // A broken pipe is left to the end of the child, which says more about it.
         if (sent || sent.error().code == EPIPE || sent.error().code == ECONNRESET) {
-            questions_.emplace(id, Question{lastUse_, limit, std::move(completion)});
             wake();
             return true;
         }
+        completion = watch_.withdraw(request.id());
     }
     completion(tl::unexpected(sent.error()));
     return true;
 }
 
-Result<void> ExtensionChild::tell(wire::Request request) {
+Result<void> ExtensionChild::tell(const wire::Request& request) {
     const std::lock_guard lock(mutex_);
     return send(request);
 }
 
-Result<void> ExtensionChild::send(wire::Request& request) {
+Result<void> ExtensionChild::send(const wire::Request& request) {
     const Result<std::string> frame = platform::framedMessage(request);
     if (!frame) return tl::unexpected(frame.error());
     // All or nothing: questions are small, and a child that leaves so many unread is stuck.
@@ -137,10 +117,8 @@ Result<void> ExtensionChild::send(wire::Request& request) {
 
 bool ExtensionChild::isOpen() const {
     const std::lock_guard lock(mutex_);
-    return !isLeaving() && messages_.isOpen();
+    return !watch_.isLeaving() && messages_.isOpen();
 }
-
-bool ExtensionChild::isLeaving() const { return endBegun_ || !ending_.empty(); }
 
 bool ExtensionChild::isGone() const {
     const std::lock_guard lock(mutex_);
@@ -149,7 +127,7 @@ bool ExtensionChild::isGone() const {
 
 std::string ExtensionChild::ending() const {
     const std::lock_guard lock(mutex_);
-    return ending_;
+    return watch_.ending();
 }
 
 int ExtensionChild::processId() const {
@@ -159,21 +137,17 @@ int ExtensionChild::processId() const {
 
 ExtensionStatistics ExtensionChild::statistics() const {
     const std::lock_guard lock(mutex_);
-    return statistics_;
+    return watch_.statistics();
 }
 
 void ExtensionChild::beginEnd() {
     {
         const std::lock_guard lock(mutex_);
-        if (isLeaving()) return;
-        closeInput();
+        if (watch_.isLeaving()) return;
+        watch_.beginEnd(steady_clock::now());
+        shutdown(messages_.number(), SHUT_WR);
     }
     wake();
-}
-
-void ExtensionChild::closeInput() {
-    endBegun_ = steady_clock::now();
-    shutdown(messages_.number(), SHUT_WR);
 }
 
 void ExtensionChild::waitUntilGone() {
@@ -193,29 +167,30 @@ void ExtensionChild::live() {
 }
 
 bool ExtensionChild::start() {
-    if (!messages_.isOpen() || !log_.isOpen() || !wakeUp_.isOpen()) {
-        killReason_ = "the extension cannot be started: too many open files";
-        return false;
+    Result<int> child = platform::failure("ExtensionError", EMFILE, "cannot be started: too many open files");
+    if (messages_.isOpen() && log_.isOpen() && wakeUp_.isOpen()) {
+        child = spawn({.program = options_.program,
+                       .arguments = options_.arguments,
+                       .messages = childMessages_.number(),
+                       .log = childLog_.number()});
     }
-    const Result<int> child = spawn({.program = options_.program,
-                                     .arguments = options_.arguments,
-                                     .messages = childMessages_.number(),
-                                     .log = childLog_.number()});
     childMessages_.reset();
     childLog_.reset();
+    const std::lock_guard lock(mutex_);
     if (!child) {
-        killReason_ = "the extension " + options_.program.string() + " " + child.error().message;
+        watch_.kill("the extension " + options_.program.string() + " " + child.error().message);
         return false;
     }
-    const std::lock_guard lock(mutex_);
     processId_ = *child;
     process_ = platform::FileDescriptor(openProcess(*child));
-    return true;
+    if (process_.isOpen()) return true;
+    watch_.kill("the extension cannot be watched");
+    ::kill(processId_, SIGKILL);
+    return false;
 }
 
 void ExtensionChild::converse() {
-    if (!process_.isOpen()) kill("the extension cannot be watched");
-    for (bool isAlive = process_.isOpen(); isAlive;) {
+    for (bool isAlive = true; isAlive;) {
         std::array<pollfd, 4> events{{{messages_.number(), POLLIN, 0},
                                       {log_.number(), POLLIN, 0},
                                       {wakeUp_.number(), POLLIN, 0},
@@ -226,134 +201,37 @@ void ExtensionChild::converse() {
         isAlive = events[3].revents == 0;
         if (log_.isOpen()) readLog();
         if (messages_.isOpen()) readReplies();
-        giveUpLateQuestions();
-        if (isAlive) watch();
+        if (isAlive) advance();
     }
 }
 
-void ExtensionChild::giveUpLateQuestions() {
-    std::vector<Question> late;
+int ExtensionChild::pollTimeout() const {
+    const std::lock_guard lock(mutex_);
+    const auto now = steady_clock::now();
+    const auto pause = std::chrono::ceil<milliseconds>(watch_.nextLook(now) - now);
+    return std::max(0, static_cast<int>(pause.count()));
+}
+
+void ExtensionChild::advance() {
+    ChildWatch::Steps steps;
     {
-        const SteadyTime now = steady_clock::now();
         const std::lock_guard lock(mutex_);
-        std::erase_if(questions_, [&](auto& each) {
-            const bool isLate = each.second.deadline() <= now;
-            if (isLate) late.push_back(std::move(each.second));
-            return isLate;
-        });
+        steps = watch_.advance(steady_clock::now());
+        // One that takes no ping is killed for not answering it.
+        if (steps.ping) static_cast<void>(send(*steps.ping));
+        if (steps.closeInput) shutdown(messages_.number(), SHUT_WR);
+        if (steps.kill && processId_ > 0) ::kill(processId_, SIGKILL);
     }
-    for (const Question& question : late) {
-        question.completion(
-            tl::unexpected(extensionError("the extension did not answer in " + timeText(question.limit))));
-    }
-}
-
-int ExtensionChild::pollTimeout() {
-    const std::lock_guard lock(mutex_);
-    const SteadyTime now = steady_clock::now();
-    SteadyTime next = lastUse_ + options_.idleLimit;
-    if (!questions_.empty() || endBegun_ || silent_) next = now + watchInterval;
-    for (const auto& [id, question] : questions_) next = std::min(next, question.deadline());
-    return std::max(0, static_cast<int>(std::chrono::ceil<milliseconds>(next - now).count()));
-}
-
-void ExtensionChild::watch() {
-    const SteadyTime now = steady_clock::now();
-    const std::lock_guard lock(mutex_);
-    if (endBegun_) {
-        if (now - *endBegun_ > endLimit) kill("the extension was ended");
-    } else if (silent_) {
-        if (now - *silent_ > endLimit) kill("the extension closed its output");
-    } else if (questions_.empty()) {
-        pinged_.reset();
-        heard_ = now;
-        if (now - lastUse_ >= options_.idleLimit) closeInput();
-    } else {
-        watchAsked(now);
-    }
-}
-
-void ExtensionChild::watchAsked(SteadyTime now) {
-    if (!isGreeted_) {
-        if (now - started_ > startLimit) kill("the extension did not start in " + timeText(startLimit));
-    } else if (pinged_) {
-        if (now - *pinged_ > pingLimit) kill("the extension answered no ping for " + timeText(pingLimit));
-    } else if (now - heard_ > silenceBeforePing) {
-        wire::Request ping;
-        ping.set_id(++lastId_);
-        ping.mutable_ping();
-        if (send(ping)) pinged_ = now;
-    }
-    endIfTooLarge(memoryOf(processId_).peakResident);
-}
-
-void ExtensionChild::endIfTooLarge(long peakResidentKiB) {
-    const long limit = options_.residentLimitKiB;
-    if (limit > 0 && peakResidentKiB > limit) {
-        kill("the extension's memory passed " + std::to_string(limit / 1024) + " MB");
-    }
-}
-
-void ExtensionChild::kill(std::string reason) {
-    if (killReason_.empty()) killReason_ = std::move(reason);
-    ::kill(processId_, SIGKILL);
+    for (const auto& complete : steps.completions) complete();
 }
 
 void ExtensionChild::readReplies() {
-    const bool isOpen = drain(messages_, [this](std::string_view bytes) { frames_.append(bytes); });
-    for (;;) {
-        const Result<std::optional<std::string>> frame = frames_.next();
-        wire::Reply reply;
-        if (!frame || (*frame && !reply.ParseFromString(**frame)))
-            return kill("the extension sent something that is not a message");
-        if (!*frame) break;
-        take(std::move(reply));
-    }
-    // Usually it is about to die; one that lives on cannot answer any more.
-    if (!isOpen) {
-        const std::lock_guard lock(mutex_);
-        messages_.reset();
-        silent_ = steady_clock::now();
-    }
-}
-
-void ExtensionChild::take(wire::Reply reply) {
-    const SteadyTime now = steady_clock::now();
-    heard_ = now;
-    pinged_.reset();
-    if (!isGreeted_) {
-        isGreeted_ = reply.has_hello() && reply.hello().version() == platform::wireVersion;
-        if (!isGreeted_) kill("the extension speaks another version");
-        return;
-    }
-    Completion completion;
-    {
-        const std::lock_guard lock(mutex_);
-        const auto question = questions_.find(reply.id());
-        if (question == questions_.end()) return;  // too late, or never asked
-        const ProcessMemory memory = memoryOf(processId_);
-        if (!reply.has_pong())
-            note(reply, memory, millisecondsBetween(hasAnswered_ ? question->second.asked : started_, now));
-        // However short the peak was: the answer is not used, and the child's end answers the question.
-        endIfTooLarge(memory.peakResident);
-        if (!killReason_.empty()) return;
-        lastUse_ = now;
-        completion = std::move(question->second.completion);
-        questions_.erase(question);
-    }
-    completion(std::move(reply));
-}
-
-void ExtensionChild::note(const wire::Reply& reply, const ProcessMemory& memory, double wallMs) {
-    statistics_ = {
-        .peakRssKiB = memory.peakResident,
-        .privateKiB = memory.anonymous,
-        .userMs = static_cast<double>(reply.user_microseconds()) / 1000.0,
-        .systemMs = static_cast<double>(reply.system_microseconds()) / 1000.0,
-        .wallMs = wallMs,
-        .networkMs = static_cast<double>(reply.network_microseconds()) / 1000.0,
-    };
-    hasAnswered_ = true;
+    const std::lock_guard lock(mutex_);
+    const bool isOpen =
+        drain(messages_, [this](std::string_view bytes) { watch_.received(bytes, steady_clock::now()); });
+    if (isOpen) return;
+    messages_.reset();
+    watch_.closedOutput(steady_clock::now());
 }
 
 void ExtensionChild::readLog() {
@@ -368,25 +246,11 @@ void ExtensionChild::readLog() {
 }
 
 void ExtensionChild::takeLogLine(std::string line) {
-    constexpr std::string_view fatal = "fatal error: ";
-    if (!hasFatalLine_) {
-        hasFatalLine_ = line.starts_with(fatal);
-        lastLogLine_ = hasFatalLine_ ? line.substr(fatal.size()) : line;
+    {
+        const std::lock_guard lock(mutex_);
+        watch_.logged(line);
     }
     if (options_.log) options_.log(std::move(line));
-}
-
-std::string ExtensionChild::endingOf(int status) const {
-    if (!killReason_.empty()) return killReason_;
-    if (endBegun_) return "the extension was ended while it was asked";
-    if (WIFSIGNALED(status)) {
-        const char* name = sigabbrev_np(WTERMSIG(status));
-        std::string text = "the extension was ended by signal " + std::to_string(WTERMSIG(status));
-        if (name != nullptr) text += std::string(" (SIG") + name + ")";
-        return hasFatalLine_ ? text + ": " + lastLogLine_ : text;
-    }
-    const std::string text = "the extension ended with exit code " + std::to_string(WEXITSTATUS(status));
-    return lastLogLine_.empty() ? text : text + ": " + lastLogLine_;
 }
 
 void ExtensionChild::finish() {
@@ -396,19 +260,15 @@ void ExtensionChild::finish() {
         }
     }
     if (!partOfLogLine_.empty()) takeLogLine(std::move(partOfLogLine_));
-
-    std::map<std::uint64_t, Question> unanswered;
     {
         const std::lock_guard lock(mutex_);
-        ending_ = endingOf(status);
-        unanswered.swap(questions_);
+        watch_.ended(status);
         processId_ = 0;
         messages_.reset();
         log_.reset();
         process_.reset();
     }
-    for (const auto& [id, question] : unanswered)
-        question.completion(tl::unexpected(extensionError(ending_)));
+    advance();
     // Last: whoever sees it gone may destroy it, and that waits for this thread.
     const std::lock_guard lock(mutex_);
     isGone_ = true;

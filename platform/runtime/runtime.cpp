@@ -45,7 +45,8 @@ struct Runtime::State {
           ids(options.idSeed ? IdSource(*options.idSeed) : IdSource()),
           log(std::make_shared<DebugLog>(std::move(options.log))),
           widgetCenter(options.widgetCenter ? std::move(options.widgetCenter)
-                                            : std::make_shared<NoWidgetCenter>()) {
+                                            : std::make_shared<NoWidgetCenter>()),
+          carrier(std::move(options.carrier)) {
         if (options.now) clock.set(*options.now, 0.0);
     }
 
@@ -71,6 +72,8 @@ struct Runtime::State {
     std::mutex suitesMutex;
     std::map<std::string, std::shared_ptr<UserDefaults>, std::less<>> suites;
     std::set<std::string, std::less<>> complainedSuites;
+
+    std::shared_ptr<URLCarrier> carrier;
 
     // Declared last, so that it is destroyed first: a running completion may use everything above.
     std::once_flag loaderOnce;
@@ -100,8 +103,9 @@ const NumberFormatter& Runtime::numberFormatter() const {
 }
 
 URLLoader& Runtime::urls() const {
-    std::call_once(state_->loaderOnce,
-                   [this] { state_->loader = std::make_unique<URLLoader>(acceptLanguage(state_->locale)); });
+    std::call_once(state_->loaderOnce, [this] {
+        state_->loader = std::make_unique<URLLoader>(acceptLanguage(state_->locale), state_->carrier);
+    });
     return *state_->loader;
 }
 

@@ -32,6 +32,8 @@ struct RuntimeOptions {
     std::optional<std::uint64_t> idSeed = {};
     /// When absent, no host shows our widgets, and asking which ones are placed is an error.
     std::shared_ptr<WidgetCenter> widgetCenter = {};
+    /// Set by a simulation; when absent, requests go to the network.
+    std::shared_ptr<URLCarrier> carrier = {};
 };
 
 /// What a process runs in. `main()` builds one, and services keep a reference to it; tests build their own.

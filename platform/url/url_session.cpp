@@ -114,6 +114,7 @@ struct URLLoader::Implementation {
 
     const std::shared_ptr<RunningThreads> completionThreads = std::make_shared<RunningThreads>();
     std::string acceptLanguage;
+    std::shared_ptr<URLCarrier> carrier;
     std::optional<URLSession> sharedSession;
 
     mutable std::mutex mutex;
@@ -283,8 +284,10 @@ void URLLoader::Implementation::cancelAll() {
     transfers.clear();
 }
 
-URLLoader::URLLoader(std::string acceptLanguage) : implementation_(std::make_unique<Implementation>()) {
+URLLoader::URLLoader(std::string acceptLanguage, std::shared_ptr<URLCarrier> carrier)
+    : implementation_(std::make_unique<Implementation>()) {
     implementation_->acceptLanguage = std::move(acceptLanguage);
+    implementation_->carrier = std::move(carrier);
     implementation_->sharedSession.emplace(*this);
 }
 
@@ -293,6 +296,7 @@ URLLoader::~URLLoader() = default;
 URLSession& URLLoader::sharedSession() { return *implementation_->sharedSession; }
 
 Result<HTTPResponse> URLLoader::load(URLRequest request, steady_clock::time_point deadline) {
+    if (implementation_->carrier) return implementation_->carrier->load(std::move(request));
     const auto promise = std::make_shared<std::promise<Result<HTTPResponse>>>();
     std::future<Result<HTTPResponse>> answer = promise->get_future();
     implementation_->submit(std::make_unique<Transfer>(
@@ -317,6 +321,8 @@ URLSession::URLSession(URLLoader& loader)
 URLSession::~URLSession() = default;
 
 void URLSession::dataTask(URLRequest request, DataTaskCompletion completion) {
+    if (const auto& carrier = loader_.implementation_->carrier)
+        return carrier->start(std::move(request), std::move(completion));
     auto finish = [queue = queue_, completion = std::move(completion)](Result<HTTPResponse> result) {
         queue->push([completion, result = std::move(result)]() mutable { completion(std::move(result)); });
     };

@@ -70,6 +70,16 @@ struct HTTPResponse {
 /// Runs exactly once on the session's queue; dropped when the loader is destroyed first.
 using DataTaskCompletion = std::function<void(Result<HTTPResponse>)>;
 
+/// Answers requests in place of the network, for a program that simulates it. Any thread.
+class URLCarrier {
+public:
+    virtual ~URLCarrier() = default;
+    /// `completion` must be called exactly once, after this has returned.
+    virtual void start(URLRequest request, DataTaskCompletion completion) = 0;
+    /// For a caller that waits for the answer.
+    virtual Result<HTTPResponse> load(URLRequest request) = 0;
+};
+
 class URLLoader;
 
 /// A group of transfers whose completions run one at a time on a background queue of their own.
@@ -101,8 +111,9 @@ private:
 /// request goes to the server. Proxies of the environment are not used.
 class URLLoader {
 public:
-    /// `acceptLanguage` is the header of that name (see below).
-    explicit URLLoader(std::string acceptLanguage = "en-US, en;q=0.9");
+    /// `acceptLanguage` is the header of that name (see below). With a carrier the network is not used.
+    explicit URLLoader(std::string acceptLanguage = "en-US, en;q=0.9",
+                       std::shared_ptr<URLCarrier> carrier = nullptr);
     /// Ends all transfers (their completions are dropped) and waits for completions that are running.
     ~URLLoader();
 

@@ -45,7 +45,8 @@ wire::Reply wrongUsageReply(std::uint64_t id, std::string message) {
 /// Writes the answers. Any thread; after `close` nothing more is written.
 class Replies {
 public:
-    Replies(const Runtime& runtime, int output) : runtime_(runtime), output_(output) {}
+    Replies(const Runtime& runtime, Conversation::Write write)
+        : runtime_(runtime), write_(std::move(write)) {}
 
     std::chrono::microseconds networkTime() const { return runtime_.urls().statistics().busy; }
 
@@ -64,7 +65,7 @@ public:
         Result<std::string> frame = platform::framedMessage(reply);
         if (!frame) frame = platform::framedMessage(failureReply(reply.id(), frame.error().message));
         // A host that is gone needs no answer; the loop notices at the end of its input.
-        if (!platform::writeAll(output_, *frame)) isClosed_ = true;
+        if (!write_(*frame)) isClosed_ = true;
     }
 
     void close() {
@@ -74,7 +75,7 @@ public:
 
 private:
     const Runtime& runtime_;
-    const int output_;
+    const Conversation::Write write_;
     std::mutex mutex_;
     bool isClosed_ = false;
 };
@@ -153,37 +154,27 @@ wire::Reply galleryReply(std::uint64_t id, const PerchWidgetBundle& bundle) {
     return reply;
 }
 
-/// Both ends of the pipe, as the extension sees them.
-class Conversation {
-public:
-    Conversation(const Runtime& runtime, const PerchWidgetBundle& bundle, int output)
-        : runtime_(runtime), bundle_(bundle), replies_(std::make_shared<Replies>(runtime, output)) {
-        wire::Reply hello;
-        hello.mutable_hello()->set_version(platform::wireVersion);
-        replies_->send(std::move(hello));
-    }
-    ~Conversation() { replies_->close(); }
+}  // namespace
 
-    /// Handles one message from the host.
+struct Conversation::State {
     Result<void> handleMessage(std::string_view message) {
         wire::Request request;
         if (!request.ParseFromArray(message.data(), static_cast<int>(message.size())))
             return platform::failure("WireError", 3, "the host sent something that is not a message");
         if (request.has_hello()) return greet(request.hello());
-        if (!isGreeted_) return platform::failure("WireError", 5, "the host did not say its version first");
+        if (!isGreeted) return platform::failure("WireError", 5, "the host did not say its version first");
         if (request.has_ping()) {
             pong(request.id());
         } else {
-            queue_.add([this, taken = std::move(request)] { handle(taken); });
+            begin([this, taken = std::move(request)] { handle(taken); });
         }
         return {};
     }
 
-private:
     Result<void> greet(const wire::Hello& hello) {
         if (hello.version() != platform::wireVersion)
             return platform::failure("WireError", 4, "the host speaks another version");
-        isGreeted_ = true;
+        isGreeted = true;
         return {};
     }
 
@@ -191,70 +182,86 @@ private:
         wire::Reply reply;
         reply.set_id(id);
         reply.mutable_pong();
-        replies_->send(std::move(reply));
+        replies->send(std::move(reply));
     }
 
     void handle(const wire::Request& request) {
         switch (request.what_case()) {
-            case wire::Request::kGallery: return replies_->send(galleryReply(request.id(), bundle_));
+            case wire::Request::kGallery: return replies->send(galleryReply(request.id(), bundle));
             case wire::Request::kAsk: return handleAsk(request.id(), request.ask());
             case wire::Request::kSetClock: return setClock(request.set_clock());
-            default: return replies_->send(failureReply(request.id(), "unknown question"));
+            default: return replies->send(failureReply(request.id(), "unknown question"));
         }
     }
 
     void handleAsk(std::uint64_t id, const wire::Ask& message) {
-        WidgetConfiguration* widget = bundle_.widget(message.kind());
+        WidgetConfiguration* widget = bundle.widget(message.kind());
         if (widget == nullptr)
-            return replies_->send(wrongUsageReply(id, kindComplaint(bundle_, message.kind())));
+            return replies->send(wrongUsageReply(id, kindComplaint(bundle, message.kind())));
         const auto& families = widget->description().families;
         const auto family = platform::widgetFamily(message.family());
         if (!family || std::find(families.begin(), families.end(), *family) == families.end()) {
-            return replies_->send(
+            return replies->send(
                 wrongUsageReply(id, familyComplaint(widget->description(), message.family())));
         }
-        ask(*widget, *family, runtime_.screen().widgetSize(*family),
+        ask(*widget, *family, runtime.screen().widgetSize(*family),
             std::make_shared<const Question>(Question{
                 .id = id,
                 .ask = message,
-                .environment = {.widgetFamily = *family, .osVersion = runtime_.osVersion()},
-                .replies = replies_,
-                .networkBefore = replies_->networkTime(),
+                .environment = {.widgetFamily = *family, .osVersion = runtime.osVersion()},
+                .replies = replies,
+                .networkBefore = replies->networkTime(),
             }));
     }
 
     void setClock(const wire::SetClock& message) {
         if (message.has_instant()) {
-            runtime_.clock().set(platform::instantFromNanoseconds(message.instant()), message.rate());
+            runtime.clock().set(platform::instantFromNanoseconds(message.instant()), message.rate());
         } else {
-            runtime_.clock().followSystem();
+            runtime.clock().followSystem();
         }
     }
 
-    const Runtime& runtime_;
-    const PerchWidgetBundle& bundle_;
-    const std::shared_ptr<Replies> replies_;
-    bool isGreeted_ = false;
-    // Last, so that its thread ends before the members that it uses.
-    platform::SerialQueue queue_;
+    const Runtime& runtime;
+    const PerchWidgetBundle& bundle;
+    const std::shared_ptr<Replies> replies;
+    const Begin begin;
+    platform::FrameReader reader = {};
+    bool isGreeted = false;
 };
 
-}  // namespace
+Conversation::Conversation(const Runtime& runtime, const PerchWidgetBundle& bundle, Write write, Begin begin)
+    : state_(new State{runtime, bundle, std::make_shared<Replies>(runtime, std::move(write)),
+                       std::move(begin)}) {
+    wire::Reply hello;
+    hello.mutable_hello()->set_version(platform::wireVersion);
+    state_->replies->send(std::move(hello));
+}
+
+Conversation::~Conversation() { state_->replies->close(); }
+
+Result<void> Conversation::receive(std::string_view bytes) {
+    state_->reader.append(bytes);
+    for (;;) {
+        const Result<std::optional<std::string>> message = state_->reader.next();
+        if (!message) return tl::unexpected(message.error());
+        if (!*message) return {};
+        if (const Result<void> taken = state_->handleMessage(**message); !taken) return taken;
+    }
+}
 
 Result<void> runMessageLoop(const Runtime& runtime, const PerchWidgetBundle& bundle, int input, int output) {
-    Conversation conversation(runtime, bundle, output);
-    platform::FrameReader reader;
+    // The queue's thread ends before the conversation that its work belongs to.
+    std::optional<Conversation> conversation;
+    platform::SerialQueue queue;
+    conversation.emplace(
+        runtime, bundle,
+        [output](std::string_view frame) { return platform::writeAll(output, frame).has_value(); },
+        [&queue](std::function<void()> work) { queue.add(std::move(work)); });
     for (;;) {
         const Result<std::string> bytes = platform::readSome(input);
         if (!bytes || bytes->empty()) return {};
-        reader.append(*bytes);
-        for (;;) {
-            const Result<std::optional<std::string>> message = reader.next();
-            if (!message) return tl::unexpected(message.error());
-            if (!*message) break;
-            const Result<void> taken = conversation.handleMessage(**message);
-            if (!taken) return taken;
-        }
+        if (const Result<void> taken = conversation->receive(*bytes); !taken) return taken;
     }
 }
 
