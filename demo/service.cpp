@@ -214,10 +214,20 @@ Response catalogueResponse(platform::Instant now) {
 
 }  // namespace
 
+Response serviceAnswer(const Request& request, platform::Instant now, const std::string& origin) {
+    if (request.path == quotesPath) {
+        return quotesResponse(request, now, [now](const Instrument& instrument, std::size_t) {
+            return priceAt(instrument, now);
+        });
+    }
+    if (request.path == portfolioPath) return portfolio(request, now);
+    if (request.path.starts_with(thumbnailPath)) return thumbnail(request);
+    return request.path == newsPath ? news(request, now, origin) : missing();
+}
+
 struct DemoService::Implementation {
     Response answer(const Request& request);
     Response control(const Request& request);
-    Response extensionAnswer(const Request& request);
 
     platform::Clock systemClock;
     const platform::Clock* clock = &systemClock;
@@ -232,28 +242,15 @@ Response DemoService::Implementation::answer(const Request& request) {
     if (request.path.starts_with("/demo/")) return control(request);
     // The extension sends its method in lower case.
     if (!request.isMethod("GET")) return {.status = 405, .body = platform::Bytes("only GET is supported\n")};
-    if (request.path.starts_with(scenePrefix)) {
-        const std::lock_guard lock(mutex);
-        return sceneAnswer(request, origin);
-    }
     const Fault* current = fault;
-    Response response = extensionAnswer(request);
+    const auto [now, ownOrigin] = [&] {
+        const std::lock_guard lock(mutex);
+        return std::pair(clock->now(), origin);
+    }();
+    if (request.path.starts_with(scenePrefix)) return sceneAnswer(request, ownOrigin);
+    Response response = serviceAnswer(request, now, ownOrigin);
     current->spoil(response);
     return response;
-}
-
-Response DemoService::Implementation::extensionAnswer(const Request& request) {
-    const platform::Instant now = clock->now();
-    if (request.path == quotesPath) {
-        return quotesResponse(request, now, [now](const Instrument& instrument, std::size_t) {
-            return priceAt(instrument, now);
-        });
-    }
-    if (request.path == portfolioPath) return portfolio(request, now);
-    if (request.path.starts_with(thumbnailPath)) return thumbnail(request);
-    if (request.path != newsPath) return missing();
-    const std::lock_guard lock(mutex);
-    return news(request, now, origin);
 }
 
 Response DemoService::Implementation::control(const Request& request) {

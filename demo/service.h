@@ -10,6 +10,7 @@
 #include <vector>
 #include "platform/base/clock.h"
 #include "platform/base/result.h"
+#include "serving/http_server.h"
 
 namespace demo {
 
@@ -21,6 +22,10 @@ struct DemoUser {
     /// What the user's portfolio is like, to be shown.
     std::string description;
 };
+
+/// What the service answers to the extension at that moment. `origin` is the service's own address.
+serving::Response serviceAnswer(const serving::Request& request, platform::Instant now,
+                                const std::string& origin);
 
 /// Listens as long as it lives. Prices depend only on the clock, so that two services give the same prices at
 /// the same moment.

@@ -3,6 +3,7 @@
 #include <future>
 #include <mutex>
 #include <utility>
+#include "host/process/entry_messages.h"
 #include "host/process/extension_child.h"
 #include "platform/wire/conversion.h"
 
@@ -12,15 +13,6 @@ namespace {
 namespace wire = brightledger::wire;
 using platform::Result;
 using std::chrono::milliseconds;
-
-wire::RequestKind requestKind(EntryRequest request) {
-    switch (request) {
-        case EntryRequest::placeholder: return wire::PLACEHOLDER;
-        case EntryRequest::snapshot: return wire::SNAPSHOT;
-        case EntryRequest::timeline: return wire::TIMELINE;
-    }
-    return wire::TIMELINE;
-}
 
 wire::Request helloRequest() {
     wire::Request request;
@@ -34,48 +26,6 @@ wire::Request clockRequest(std::optional<platform::Instant> instant, double rate
     if (instant) clock.set_instant(platform::nanoseconds(*instant));
     clock.set_rate(rate);
     return request;
-}
-
-tl::unexpected<platform::Error> brokenReply(std::string what) {
-    return platform::failure("ExtensionError", 2,
-                             "the extension's answer cannot be used: " + std::move(what));
-}
-
-Result<EntryAnswer> entryAnswer(const wire::Reply& reply, EntryRequest request) {
-    if (reply.has_failure()) {
-        return platform::failure(reply.failure().is_wrong_usage() ? "UsageError" : "ExtensionError", 2,
-                                 reply.failure().message());
-    }
-    if (!reply.has_answer()) return brokenReply("it has no entries");
-    EntryAnswer answer;
-    answer.networkMs = static_cast<double>(reply.network_microseconds()) / 1000.0;
-    for (const wire::Answer::Entry& message : reply.answer().entries()) {
-        Result<std::optional<platform::View>> view = platform::archivedView(message);
-        if (!view) return brokenReply(view.error().message);
-        answer.entries.push_back({.date = platform::instantFromNanoseconds(message.date()),
-                                  .json = message.entry(),
-                                  .view = std::move(*view)});
-    }
-    if (request == EntryRequest::timeline) answer.policy = platform::policyOf(reply.answer());
-    return answer;
-}
-
-Result<std::vector<WidgetListing>> listings(const wire::Bundle& bundle) {
-    std::vector<WidgetListing> widgets;
-    for (const wire::Bundle::Widget& message : bundle.widgets()) {
-        WidgetListing& widget =
-            widgets.emplace_back(WidgetListing{.kind = message.kind(),
-                                               .displayName = message.display_name(),
-                                               .description = message.description(),
-                                               .families = {},
-                                               .contentMarginsDisabled = message.content_margins_disabled()});
-        for (const std::string& name : message.families()) {
-            const auto family = platform::widgetFamily(name);
-            if (!family) return brokenReply("unknown family \"" + name + "\"");
-            widget.families.push_back(*family);
-        }
-    }
-    return widgets;
 }
 
 /// Calls `ask` with a completion and waits until it has been called.
@@ -142,8 +92,7 @@ Result<std::vector<WidgetListing>> ExtensionProcess::gallery(milliseconds limit)
     const Result<wire::Reply> reply =
         waitFor<wire::Reply>([&](auto completion) { state_->ask(request, limit, completion); });
     if (!reply) return tl::unexpected(reply.error());
-    if (!reply->has_bundle()) return brokenReply("it does not list the widgets");
-    return listings(reply->bundle());
+    return widgetListings(*reply);
 }
 
 Result<EntryAnswer> ExtensionProcess::ask(const EntryQuestion& question, milliseconds limit) {
@@ -151,15 +100,7 @@ Result<EntryAnswer> ExtensionProcess::ask(const EntryQuestion& question, millise
 }
 
 void ExtensionProcess::ask(const EntryQuestion& question, milliseconds limit, Completion completion) {
-    wire::Request request;
-    wire::Ask& message = *request.mutable_ask();
-    message.set_kind(question.kind);
-    message.set_family(std::string(platform::description(question.family)));
-    message.set_request(requestKind(question.request));
-    message.set_is_preview(question.isPreview);
-    message.set_wants_entries(question.wantsEntries);
-    message.set_wants_views(question.wantsViews);
-    state_->ask(request, limit,
+    state_->ask(askRequest(question), limit,
                 [completion = std::move(completion), kind = question.request](Result<wire::Reply> reply) {
                     completion(reply.and_then(
                         [kind](const wire::Reply& answer) { return entryAnswer(answer, kind); }));

@@ -6,8 +6,16 @@
 #include "platform/base/fatal.h"
 
 namespace platform {
+namespace {
+
+void (*fatalErrorHandler)(std::string_view message) = nullptr;
+
+}  // namespace
+
+void handleFatalErrors(void (*handler)(std::string_view message)) { fatalErrorHandler = handler; }
 
 void fatalError(std::string_view message) {
+    if (fatalErrorHandler != nullptr) fatalErrorHandler(message);
     const std::string line = "fatal error: " + std::string(message) + "\n";
     std::fputs(line.c_str(), stderr);
     std::fflush(stderr);

@@ -10,4 +10,8 @@ namespace platform {
 /// SIGABRT. Only for the few failures that the widgets' contract calls fatal.
 [[noreturn]] void fatalError(std::string_view message);
 
+/// From now on `handler` is called instead, for a program that simulates processes. It must not return: it
+/// leaves by an exception.
+void handleFatalErrors(void (*handler)(std::string_view message));
+
 }  // namespace platform
