@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 #include "platform/base/ascii.h"
+#include "platform/json/json_document.h"
 #include "platform/settings/utf8.h"
 #include "platform/text/number_formatter.h"
 #include "platform/view/view_json.h"
@@ -65,7 +66,7 @@ Result<bool> Argument<bool>::read(const std::string& text) {
 }
 
 Result<Color> Argument<Color>::read(const std::string& text) {
-    const ordered_json json = ordered_json::parse(text, nullptr, /*allow_exceptions=*/false);
+    const ordered_json json = platform::parsedJson(text).value_or(nullptr);
     if (json.is_object() && json.contains("components")) {
         const auto color = json["components"].is_array() ? colorOf(json["components"]) : std::nullopt;
         return color ? Result<Color>(*color)

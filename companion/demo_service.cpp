@@ -2,12 +2,13 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <utility>
+#include "platform/json/json_document.h"
 
 namespace companion {
 
 namespace {
 
-using nlohmann::json;
+using json = nlohmann::ordered_json;
 using platform::PropertyList;
 using platform::Result;
 
@@ -33,7 +34,7 @@ Result<std::vector<Item>> listOf(const Result<std::string>& text, Item (*itemOf)
     if (!text) return tl::unexpected(text.error());
     std::vector<Item> items;
     try {
-        const json list = json::parse(*text);
+        const json list = platform::parsedJson(*text).value_or(nullptr);
         if (!list.is_array()) return demoError("the demo service's answer is not a list");
         for (const json& item : list) items.push_back(itemOf(item));
     } catch (const json::exception&) {

@@ -12,6 +12,7 @@
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
 #include "host/paint/picture_formats.h"
+#include "platform/json/json_document.h"
 #include "platform/view/view_json.h"
 
 namespace host {
@@ -76,10 +77,10 @@ ordered_json statisticsJson(const ExtensionStatistics& statistics) {
 }
 
 Result<ordered_json> entryJson(const AnsweredEntry& entry) {
-    ordered_json json = ordered_json::parse(entry.json, nullptr, /*allow_exceptions=*/false);
-    if (json.is_discarded())
-        return platform::failure("ExtensionError", 2, "the extension sent an entry that is not JSON");
-    return json;
+    Result<ordered_json> json = platform::parsedJson(entry.json);
+    if (json) return json;
+    return platform::failure("ExtensionError", 2,
+                             "the extension sent an entry that cannot be read: " + json.error().message);
 }
 
 ordered_json policyJson(const platform::TimelineReloadPolicy& policy) {

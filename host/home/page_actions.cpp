@@ -9,7 +9,7 @@ namespace host {
 
 namespace {
 
-using nlohmann::json;
+using json = nlohmann::ordered_json;
 using platform::Result;
 
 std::string textOf(const json& request, const char* key) {

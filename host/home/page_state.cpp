@@ -6,6 +6,7 @@
 #include "companion/deep_link.h"
 #include "companion/user_choices.h"
 #include "host/paint/widget_outline.h"
+#include "platform/json/json_document.h"
 
 namespace host {
 
@@ -217,9 +218,9 @@ std::optional<std::string> PageState::inspection(int id) const {
                             {"next", nextJson(state->next, home_.mode())},
                             {"lastError", state->lastError}};
     if (state->picture) {
-        inspection["entry"] = ordered_json::parse(state->picture->entryJson, nullptr, false);
+        inspection["entry"] = platform::parsedJson(state->picture->entryJson).value_or(nullptr);
         inspection["tree"] =
-            ordered_json::parse(home_.renderer().laidOutText(state->picture->widget), nullptr, false);
+            platform::parsedJson(home_.renderer().laidOutText(state->picture->widget)).value_or(nullptr);
     }
     inspection["log"] = home_.log();
     return dumped(inspection);

@@ -5,6 +5,7 @@
 #include <tuple>
 #include <utility>
 #include "platform/base/files.h"
+#include "platform/json/json_document.h"
 
 namespace host {
 
@@ -57,7 +58,7 @@ platform::Result<std::vector<Placement>> placementsIn(const std::filesystem::pat
     if (!text) return placementError(text.error().message);
     std::vector<Placement> placements;
     try {
-        const auto saved = nlohmann::json::parse(*text);
+        const auto saved = platform::parsedJson(*text).value_or(nullptr);
         for (const auto& record : saved.at("widgets")) {
             const auto family = platform::widgetFamily(record.at("family").get<std::string>());
             if (!family || placements.size() == mostPlacements)

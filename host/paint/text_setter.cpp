@@ -52,28 +52,34 @@ struct SetText {
     std::vector<SetLine> lines;
 };
 
-std::string validText(std::string_view text) {
-    const Owned<char, g_free> valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-    if (g_utf8_strlen(valid.get(), -1) <= longestText) return valid.get();
-    return std::string(valid.get(), g_utf8_offset_to_pointer(valid.get(), longestText)).append(ellipsis);
-}
-
+/// Texts that are too long for any widget end in an ellipsis, whatever runs they come in.
 FlatText flatten(const std::vector<TextRun>& runs) {
     FlatText flat;
+    glong left = longestText;
     for (const TextRun& run : runs) {
+        const std::string_view text = run.image ? objectReplacement : std::string_view(run.text);
+        // A character takes four bytes at most, and what follows is cut anyway.
+        const auto looked = std::min(text.size(), static_cast<std::size_t>(left + 1) * 4);
+        const Owned<char, g_free> valid(g_utf8_make_valid(text.data(), static_cast<gssize>(looked)));
+        const glong length = g_utf8_strlen(valid.get(), -1);
         const std::size_t begin = flat.text.size();
-        flat.text += run.image ? std::string(objectReplacement) : validText(run.text);
+        if (length <= left) {
+            flat.text += valid.get();
+        } else {
+            flat.text.append(valid.get(), g_utf8_offset_to_pointer(valid.get(), left)).append(ellipsis);
+        }
         flat.pieces.push_back({.begin = begin, .end = flat.text.size(), .run = &run});
+        if (length > left) break;
+        left -= length;
     }
     return flat;
 }
 
 /// The run at a place in the text; at its end, the last one. Null when the text has no runs.
 const TextRun* runAt(const FlatText& flat, std::size_t place) {
-    for (const Piece& piece : flat.pieces) {
-        if (place < piece.end) return piece.run;
-    }
-    return flat.pieces.empty() ? nullptr : flat.pieces.back().run;
+    if (flat.pieces.empty()) return nullptr;
+    const auto piece = std::ranges::upper_bound(flat.pieces, place, {}, &Piece::end);
+    return piece == flat.pieces.end() ? flat.pieces.back().run : piece->run;
 }
 
 struct Paragraph {

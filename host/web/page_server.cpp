@@ -8,6 +8,7 @@
 #include "platform/base/ascii.h"
 #include "platform/base/bytes.h"
 #include "platform/base/files.h"
+#include "platform/json/json_document.h"
 
 namespace host {
 
@@ -231,9 +232,9 @@ Response PageServer::get(const Request& request) {
 Response PageServer::post(const Request& request) {
     if (request.header("Origin") != "http://" + authority()) return plain(403, "not from our own page\n");
     if (request.path != "/act") return plain(404, "nothing here\n");
-    const auto action = nlohmann::json::parse(request.body, nullptr, false);
-    if (!action.is_object()) return plain(400, "not an action\n");
-    if (const auto done = act(home_, action); !done) return plain(409, done.error().message + "\n");
+    const auto action = platform::parsedJson(request.body);
+    if (!action || !action->is_object()) return plain(400, "not an action\n");
+    if (const auto done = act(home_, *action); !done) return plain(409, done.error().message + "\n");
     return plain(200, "done\n");
 }
 

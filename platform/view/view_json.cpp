@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <span>
 #include <type_traits>
+#include "platform/json/json_document.h"
 
 namespace platform {
 namespace {
@@ -445,19 +446,11 @@ Json viewJson(const View& view) { return written(view, nullptr); }
 
 Json viewJson(const View& view, std::vector<Bytes>& attachments) { return written(view, &attachments); }
 
-Result<View> viewFromJson(const Json& json, const std::vector<Bytes>& attachments) {
+Result<View> viewFromJson(std::string_view text, const std::vector<Bytes>& attachments) {
+    const Result<Json> json = parsedJson(text);
+    if (!json) return failure("ViewError", 0, json.error().message);
     Reader reader(attachments);
-    return valueOrProblem(reader.view(json), reader);
-}
-
-Result<View> viewFromJson(std::string_view text) {
-    // The parser takes a NUL for the end and would let anything pass behind it.
-    if (text.find('\0') != text.npos) return failure("ViewError", 0, "the text holds a NUL character");
-    try {
-        return viewFromJson(Json::parse(text), {});
-    } catch (const Json::exception& error) {
-        return failure("ViewError", 0, std::string("not JSON: ") + error.what());
-    }
+    return valueOrProblem(reader.view(*json), reader);
 }
 
 }  // namespace platform

@@ -35,9 +35,6 @@ nlohmann::ordered_json viewJson(const View& view, std::vector<Bytes>& attachment
 /// finite (but "infinity" where it is allowed), fonts of at most 1000 points. Members that are not known,
 /// such as "frame", are ignored; a type that is not known, or a value of the wrong kind, is an error (domain
 /// "ViewError") that says where.
-Result<View> viewFromJson(const nlohmann::ordered_json& json, const std::vector<Bytes>& attachments = {});
-/// Parses and reads; never throws.
-Result<View> viewFromJson(std::string_view text);
-inline Result<View> viewFromJson(const std::string& text) { return viewFromJson(std::string_view(text)); }
+Result<View> viewFromJson(std::string_view text, const std::vector<Bytes>& attachments = {});
 
 }  // namespace platform

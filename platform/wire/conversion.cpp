@@ -26,12 +26,12 @@ void archive(const View& view, wire::Answer::Entry& message) {
 
 Result<std::optional<View>> archivedView(const wire::Answer::Entry& message) {
     if (message.view().empty()) return std::nullopt;
-    const auto tree = nlohmann::ordered_json::parse(message.view(), nullptr, /*allow_exceptions=*/false);
-    if (tree.is_discarded()) return failure("ViewError", 1, "the view tree is no JSON");
     std::vector<Bytes> attachments;
     attachments.reserve(static_cast<std::size_t>(message.attachments_size()));
     for (const std::string& bytes : message.attachments()) attachments.emplace_back(bytes);
-    return viewFromJson(tree, attachments).map([](View view) { return std::optional(std::move(view)); });
+    return viewFromJson(message.view(), attachments).map([](View view) {
+        return std::optional(std::move(view));
+    });
 }
 
 void setPolicy(const TimelineReloadPolicy& policy, wire::Answer& message) {

@@ -69,11 +69,11 @@ TEST(ViewJson, KeepsPicturesBesideTheTreeWhenAskedTo) {
     EXPECT_EQ(json["children"][1].dump(),
               R"({"type":"image","attachment":1,"fallback":"B","resizable":true})");
 
-    const Result<View> read = viewFromJson(json, attachments);
+    const Result<View> read = viewFromJson(json.dump(), attachments);
     ASSERT_TRUE(read);
     EXPECT_EQ(viewJson(*read), viewJson(tree));
     attachments.pop_back();
-    EXPECT_FALSE(viewFromJson(json, attachments)) << "an attachment is missing";
+    EXPECT_FALSE(viewFromJson(json.dump(), attachments)) << "an attachment is missing";
 }
 
 TEST(ViewJson, IsRefusedWithBytesThatNoTextHas) {
