@@ -4,21 +4,15 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
 #include <vector>
 #include "demo/service.h"
-#include "extension/widgets/perch/proto/market_package.h"
 #include "platform/settings/property_list.h"
 #include "tests/support/expected_text.h"
-#include "tests/support/loopback_server.h"
+#include "tests/support/files.h"
 #include "tests/support/temporary_directory.h"
 
 namespace {
@@ -27,24 +21,15 @@ using nlohmann::ordered_json;
 using platform::PropertyList;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
-using testing::StartsWith;
+using tests::contentOf;
+using tests::written;
 
 struct Outcome {
     int exitCode = -1;
     std::string output;
     std::string complaint;
 };
-
-std::string contentOf(const std::filesystem::path& file) {
-    std::ifstream input(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(input), {}};
-}
-
-void write(const std::filesystem::path& file, const std::string& content) {
-    std::ofstream(file, std::ios::binary) << content;
-}
 
 std::vector<std::string> keysOf(const ordered_json& object) {
     std::vector<std::string> keys;
@@ -59,13 +44,13 @@ protected:
     CommandLineTest() { serve("http://127.0.0.1:1"); }
 
     void serve(const std::string& origin) {
-        write(directory_.path() / "Info.plist",
-              *platform::xmlPropertyList(
-                  PropertyList::Dictionary{{"ProductionAPIHost", origin}, {"ProductionWebHost", origin}}));
+        written(directory_.path() / "Info.plist",
+                *platform::xmlPropertyList(
+                    PropertyList::Dictionary{{"ProductionAPIHost", origin}, {"ProductionWebHost", origin}}));
     }
 
     Outcome shell(const std::string& command) const {
-        write(path("command"), command);
+        written(path("command"), command);
         const std::string line =
             "cd '" + directory_.path().string() +
             "' && PATH='" BRIGHTLEDGER_PROGRAM_DIR
@@ -78,7 +63,7 @@ protected:
     }
 
     Outcome run(const std::string& words, const std::string& input = {}) const {
-        write(path("input"), input);
+        written(path("input"), input);
         return shell("brightledger " + words + " <input");
     }
 
@@ -181,43 +166,6 @@ TEST_F(CommandLineTest, AUserIsSignedInAndOutAndTheirRowsGoWithThem) {
         EXPECT_EQ(run(std::string("store get ") + key).exitCode, 1) << key;
     }
     EXPECT_EQ(json("timeline PortfolioWidget --family systemMedium")["entries"][0]["apiError"], "nonLogin");
-}
-
-/// Quotes for one index whose link contains a blank, so that it is not an address.
-class BrokenLinkTest : public CommandLineTest {
-protected:
-    BrokenLinkTest() {
-        extension::MarketPackage_MultiAssetInfo quotes;
-        extension::MarketPackage_MultiAssetDataListItem& quote = *quotes.mutable_data()->add_datalist();
-        quote.set_assetid("4 4");
-        quote.set_symbol("in;SEN");
-        service_.answer({.body = quotes.SerializeAsString()});
-        serve(service_.origin());
-        write(path("chosen.plist"), *platform::xmlPropertyList(PropertyList::Dictionary{
-                                        {"firstTimeAppInstalledForWidget", true},
-                                        {"INDICES_WIDGET", PropertyList::Array{PropertyList::Dictionary{
-                                                               {"id", "4 4"},
-                                                               {"ind_id", "4 4"},
-                                                               {"symbol", "in;SEN"},
-                                                               {"type", "indices"},
-                                                               {"exchg", "bse"},
-                                                               {"title", "SENSEX"},
-                                                               {"priceIdentifier", "in;SEN-II"}}}}}));
-        EXPECT_EQ(run("store import " + path("chosen.plist")).exitCode, 0);
-    }
-
-    tests::LoopbackServer service_;
-};
-
-TEST_F(BrokenLinkTest, ACompactRowWithoutAnAddressEndsTheExtensionAndOnlyTheCommandFails) {
-    const ordered_json timeline = json("timeline PerchWidget --family systemSmall");
-    ASSERT_EQ(timeline["entries"][0]["multiAssetDataListItem"].size(), 1U) << timeline.dump();
-
-    const Outcome drawn = run("draw PerchWidget --family systemSmall");
-    EXPECT_EQ(drawn.exitCode, 1);
-    EXPECT_THAT(drawn.output, IsEmpty());
-    EXPECT_THAT(drawn.complaint,
-                MatchesRegex("brightledger: the extension was ended by signal 6 \\(SIGABRT\\): [^\n]+\n"));
 }
 
 }  // namespace
