@@ -19,7 +19,6 @@ namespace {
 
 using nlohmann::ordered_json;
 using platform::PropertyList;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using tests::contentOf;
@@ -30,12 +29,6 @@ struct Outcome {
     std::string output;
     std::string complaint;
 };
-
-std::vector<std::string> keysOf(const ordered_json& object) {
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : object.items()) keys.push_back(key);
-    return keys;
-}
 
 /// A shell in a folder of its own, in which `brightledger` has a data directory, a stopped clock and a
 /// service.
@@ -111,36 +104,6 @@ TEST_F(Transcript, OfFailures) { expectTranscript("programs/failures.txt"); }
 TEST_F(Transcript, OfTheStore) { expectTranscript("programs/store.txt"); }
 
 TEST_F(Transcript, OfAnswers) { expectTranscript("programs/answers.txt"); }
-
-TEST_F(CommandLineTest, AFreshDataDirectoryShowsThreeIndicesOfTheServiceAndAsksAgainIn30Seconds) {
-    const auto service = demo::DemoService::start();
-    ASSERT_TRUE(service);
-    serve((*service)->origin());
-
-    const ordered_json timeline = json("timeline PerchWidget --family systemMedium");
-    EXPECT_THAT(keysOf(timeline), ElementsAre("kind", "family", "request", "entries", "policy"));
-    EXPECT_EQ(timeline["policy"]["after"], "2026-11-23T06:30:30.000Z");
-    std::vector<std::string> titles;
-    for (const auto& row : timeline["entries"][0]["multiAssetDataListItem"]) titles.push_back(row["title"]);
-    EXPECT_THAT(titles, ElementsAre("SENSEX", "NIFTY 50", "NIFTY BANK"));
-
-    for (const std::string request : {"placeholder", "snapshot"}) {
-        const ordered_json answer = json(request + " PerchWidget --family systemMedium");
-        EXPECT_THAT(keysOf(answer), ElementsAre("kind", "family", "request", "entry"));
-        EXPECT_EQ(answer["request"], request);
-    }
-}
-
-TEST_F(CommandLineTest, StatisticsAreOneLineOnStandardError) {
-    const Outcome drawn = run("draw PerchWidget --family systemSmall --stats");
-    ASSERT_EQ(drawn.exitCode, 0) << drawn.complaint;
-    const ordered_json line = ordered_json::parse(drawn.complaint);
-    EXPECT_THAT(keysOf(line), ElementsAre("extension", "host"));
-    EXPECT_THAT(keysOf(line["extension"]),
-                ElementsAre("peakRssKiB", "privateKiB", "userMs", "systemMs", "wallMs", "networkMs"));
-    EXPECT_THAT(keysOf(line["host"]), ElementsAre("layoutMs", "paintMs", "encodeMs"));
-    EXPECT_GT(line["extension"]["peakRssKiB"].get<int>(), line["extension"]["privateKiB"].get<int>());
-}
 
 TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndLogsWhenAskedTo) {
     const Outcome outcome = run("run --for 1 --verbose");

@@ -20,6 +20,7 @@
 #include "platform/wire/framing.h"
 #include "platform/wire/host_channel.h"
 #include "platform/wire/host_widget_center.h"
+#include "tests/support/raw_client.h"
 #include "tests/support/temporary_directory.h"
 
 namespace host {
@@ -220,9 +221,9 @@ struct House {
 
     /// The answer to one request on a connection of its own.
     std::string ask(const std::string& request) const {
-        boost::asio::ip::tcp::iostream connection("127.0.0.1", host().substr(10));
-        connection << request << std::flush;
-        return {std::istreambuf_iterator<char>(connection), {}};
+        tests::RawClient client(std::stoi(host().substr(10)));
+        client.send(request);
+        return client.read();
     }
     std::string host() const { return page->address().substr(7, page->address().find("/?") - 7); }
 
