@@ -89,6 +89,17 @@ def wall_complaints(root, rooms):
             yield f"{name} declares {declared} and includes nothing of it"
 
 
+def drawing_complaints(rooms):
+    """What the extension declares, and what that declares in turn, draws nothing."""
+    reached, open_names = set(), {"brightledger-extension"}
+    while open_names:
+        reached |= open_names
+        open_names = {used for name in open_names for used in rooms[name].declared & rooms.keys()} - reached
+    for name in sorted(reached):
+        for library in sorted(library for library in rooms[name].declared if re.search("cairo|pango", library, re.I)):
+            yield f"{name} declares {library}, so the extension would draw"
+
+
 def circles(arrows):
     """One complaint for each arrow that closes a circle."""
     state = {}
@@ -124,7 +135,7 @@ def door_complaints(root):
 
 def main(root, extension=None):
     rooms = read_rooms(root)
-    complaints = [*read_includes(root, rooms), *wall_complaints(root, rooms)]
+    complaints = [*read_includes(root, rooms), *wall_complaints(root, rooms), *drawing_complaints(rooms)]
     complaints += circles({name: set(room.includes) for name, room in rooms.items()})
     complaints += [*circles(script_arrows(root)), *door_complaints(root)]
     if extension:

@@ -83,9 +83,6 @@ TEST_F(ExtensionTest, OneChildServesAllWidgetsAndStaysWarm) {
     ASSERT_EQ(widgets->size(), 3U);
     EXPECT_TRUE(widgets->front().contentMarginsDisabled);
 
-    const auto placeholder = extension.ask(perch(EntryRequest::placeholder), patience);
-    ASSERT_TRUE(placeholder) << placeholder.error().message;
-    EXPECT_FALSE(placeholder->policy);
     const auto timeline = extension.ask(perch(EntryRequest::timeline), patience);
     ASSERT_TRUE(timeline) << timeline.error().message;
     ASSERT_EQ(timeline->entries.size(), 1U);
@@ -150,11 +147,7 @@ TEST_F(ExtensionTest, AnIdleChildGoesButNotWhileItIsAsked) {
     ASSERT_TRUE(answer) << answer.error().message;
     EXPECT_GE(answer->networkMs, 600.0);
 
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (extension.processId() != 0 && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(5ms);
-    }
-    EXPECT_EQ(extension.processId(), 0);
+    while (extension.processId() != 0) std::this_thread::sleep_for(5ms);
     EXPECT_TRUE(hasNoChild());
     EXPECT_TRUE(extension.gallery(patience));
 }

@@ -39,10 +39,7 @@ std::shared_ptr<UserDefaults> opened(const fs::path& folder) {
     return *store;
 }
 
-mode_t modeOf(const fs::path& file) {
-    struct stat status = {};
-    return stat(file.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
+unsigned modeOf(const fs::path& file) { return static_cast<unsigned>(fs::status(file).permissions()); }
 
 fs::path beside(const fs::path& file, const char* suffix) { return fs::path(file) += suffix; }
 
