@@ -13,6 +13,8 @@ import argparse
 import atexit
 import concurrent.futures
 import difflib
+import filecmp
+import http.client
 import http.server
 import json
 import pathlib
@@ -22,8 +24,6 @@ import subprocess
 import sys
 import tempfile
 import threading
-import urllib.error
-import urllib.request
 
 NOW = "2026-11-20T06:30:00Z"
 WIDGETS = [("PerchWidget", "systemSmall"), ("PerchWidget", "systemMedium"), ("PerchWidget", "systemLarge"),
@@ -62,12 +62,10 @@ class Recorder(http.server.ThreadingHTTPServer):
         with self.lock:
             key = (method, path, body)
             if key not in self.answers:
-                request = urllib.request.Request(self.demo + path, data=body or None, method=method)
-                try:
-                    with urllib.request.urlopen(request) as reply:
-                        status, kind, content = reply.status, reply.headers["Content-Type"], reply.read()
-                except urllib.error.HTTPError as error:
-                    status, kind, content = error.code, error.headers["Content-Type"], error.read()
+                connection = http.client.HTTPConnection(self.demo.removeprefix("http://"))
+                connection.request(method, path, body or None)
+                reply = connection.getresponse()
+                status, kind, content = reply.status, reply.headers["Content-Type"], reply.read()
                 self.answers[key] = status, kind, content.replace(self.demo.encode(), self.origin.encode())
             return self.answers[key]
 
@@ -109,10 +107,10 @@ class Side:
             information[name] = origin
         (folder / "Info.plist").write_bytes(plistlib.dumps(information))
 
-    def run(self, words, store):
+    def run(self, words, store, given=None):
         command = [self.program, *words, "--data-dir", self.folder / store, "--info-plist", self.folder / "Info.plist",
                    "--now", NOW, "--locale", "en_IN", "--time-zone", "Asia/Kolkata"]
-        done = subprocess.run(command, capture_output=True, text=True, timeout=120)
+        done = subprocess.run(command, input=given, capture_output=True, text=True, timeout=120)
         return f"{done.stdout}{done.stderr}exit code {done.returncode}\n"
 
     def prepare(self, steps, assets, store):
@@ -131,17 +129,12 @@ class Side:
                 title = f"{kind} {family} on {version}"
                 found[f"entries, {title}"] = self.run(["timeline", *widget], store)
                 tree = found[f"view tree, {title}"] = self.run(["view", *widget], store)
-                file = self.folder / "tree.json"
-                file.write_text(tree.removesuffix("exit code 0\n"))
                 for size in SIZES:
-                    words = ["layout", str(file), "--size", size, "--os-version", version]
-                    found[f"display list, {size}, {title}"] = self.run(words, store)
+                    words = ["layout", "-", "--size", size, "--os-version", version]
+                    found[f"display list, {size}, {title}"] = self.run(words, store, tree.removesuffix("exit code 0\n"))
                 for request in ("timeline", "snapshot", "placeholder"):
-                    file = self.folder / "list.json"
-                    file.unlink(missing_ok=True)
-                    said = self.run(["draw", *widget, "--request", request, "-o", str(file)], store)
-                    lines = json.dumps(json.loads(file.read_text()), indent=1) + "\n" if file.exists() else ""
-                    found[f"display list, {request}, {title}"] = lines + said
+                    words = ["draw", *widget, "--request", request]
+                    found[f"display list, {request}, {title}"] = self.run(words, store)
         return found
 
 
@@ -169,10 +162,9 @@ def compare_pictures(before, after):
         said = side.run(["gallery", "-o", str(folders[-1])], "empty")
         if not said.endswith("exit code 0\n"):
             raise SystemExit(f"{side.program} gallery: {said}")
-    names = sorted({file.name for folder in folders for file in folder.glob("*.png")})
-    content = [lambda name, folder=folder: (folder / name).read_bytes() if (folder / name).exists() else None
-               for folder in folders]
-    return [f"picture {name}" for name in names if content[0](name) != content[1](name)], len(names)
+    names = {file.name for folder in folders for file in folder.glob("*.png")}
+    _, different, missing = filecmp.cmpfiles(*folders, names, shallow=False)
+    return [f"picture {name}" for name in sorted(different + missing)], len(names)
 
 
 def main():

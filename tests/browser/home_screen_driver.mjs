@@ -2,7 +2,6 @@
 
 import { spawn, execFileSync } from "node:child_process";
 import { mkdtempSync, rmSync } from "node:fs";
-import { request } from "node:http";
 import { tmpdir } from "node:os";
 import path from "node:path";
 import { createInterface } from "node:readline";
@@ -51,18 +50,6 @@ export class HomeScreen {
   async stop() {
     this.process.kill("SIGTERM");
     return this.ended;
-  }
-
-  /** A bare request, whose headers no browser corrects. */
-  ask(target, { method = "GET", headers = {}, body } = {}) {
-    return new Promise((done, failed) => {
-      const asked = request(new URL(target, this.origin), { method, headers, agent: false }, (answer) => {
-        let text = "";
-        answer.setEncoding("utf8").on("data", (part) => { text += part; })
-          .on("end", () => done({ status: answer.statusCode, headers: answer.headers, text }));
-      });
-      asked.on("error", failed).end(body);
-    });
   }
 }
 

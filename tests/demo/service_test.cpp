@@ -1,14 +1,11 @@
 #include "demo/service.h"
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 #include <nlohmann/json.hpp>
 #include <set>
 #include "demo/market.h"
 #include "demo/pictures.h"
 #include "extension/widgets/perch/proto/market_package.h"
+#include "tests/support/raw_client.h"
 
 namespace demo {
 namespace {
@@ -27,22 +24,10 @@ struct Answer {
 /// One request on a connection of its own, read to the connection's end.
 Answer ask(const DemoService& service, const std::string& method, const std::string& target,
            const std::string& content = {}) {
-    const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(service.origin().substr(17))));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    EXPECT_EQ(::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    const std::string request =
-        method + " " + target +
-        " HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: " + std::to_string(content.size()) +
-        "\r\n\r\n" + content;
-    ::send(socket, request.data(), request.size(), MSG_NOSIGNAL);
-    std::string text;
-    char piece[65536];
-    for (ssize_t got = 0; (got = ::recv(socket, piece, sizeof piece, 0)) > 0;)
-        text.append(piece, static_cast<std::size_t>(got));
-    ::close(socket);
+    tests::RawClient client(std::stoi(service.origin().substr(17)));
+    client.send(method + " " + target + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: " +
+                std::to_string(content.size()) + "\r\n\r\n" + content);
+    const std::string text = client.read();
     const std::size_t end = text.find("\r\n\r\n");
     if (end == std::string::npos) return {};
     return {text.substr(0, end), text.substr(end + 4)};

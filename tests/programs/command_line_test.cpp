@@ -1,122 +1,69 @@
 // The programs as users and scripts call them: exit codes, the shape of the output, and bad input.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <memory>
-#include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
-#include <vector>
 #include "demo/service.h"
-#include "extension/widgets/perch/proto/market_package.h"
 #include "platform/settings/property_list.h"
 #include "tests/support/expected_text.h"
-#include "tests/support/loopback_server.h"
+#include "tests/support/files.h"
 #include "tests/support/temporary_directory.h"
 
 namespace {
 
-using nlohmann::ordered_json;
 using platform::PropertyList;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::MatchesRegex;
-using testing::StartsWith;
+using tests::contentOf;
+using tests::written;
 
-struct Outcome {
-    int exitCode = -1;
-    std::string output;
-    std::string complaint;
-};
-
-std::string contentOf(const std::filesystem::path& file) {
-    std::ifstream input(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(input), {}};
-}
-
-void write(const std::filesystem::path& file, const std::string& content) {
-    std::ofstream(file, std::ios::binary) << content;
-}
-
-std::vector<std::string> keysOf(const ordered_json& object) {
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : object.items()) keys.push_back(key);
-    return keys;
-}
-
-/// A shell in a folder of its own, in which `brightledger` has a data directory, a stopped clock and a
-/// service.
-class CommandLineTest : public testing::Test {
+/// A shell in a folder of its own, in which `brightledger` has a data directory, a stopped clock and an
+/// address at which no service listens. $SERVICE is the address of one that does.
+class Transcript : public testing::Test {
 protected:
-    CommandLineTest() { serve("http://127.0.0.1:1"); }
-
-    void serve(const std::string& origin) {
-        write(directory_.path() / "Info.plist",
-              *platform::xmlPropertyList(
-                  PropertyList::Dictionary{{"ProductionAPIHost", origin}, {"ProductionWebHost", origin}}));
+    Transcript() {
+        const PropertyList nobody("http://127.0.0.1:1");
+        written(path("Info.plist"), *platform::xmlPropertyList(PropertyList::Dictionary{
+                                        {"ProductionAPIHost", nobody}, {"ProductionWebHost", nobody}}));
     }
 
-    Outcome shell(const std::string& command) const {
-        write(path("command"), command);
+    /// The file of tests/expected/ with the answer of every command ("$ ...") below it: its output, its
+    /// complaints ("! ...") and its exit code when that is not 0.
+    void expectTranscript(const std::string& file) const {
+        std::string text;
+        for (const std::string& line : tests::linesOf(tests::expectedText(file))) {
+            if (line.empty() || line.starts_with("# ")) text += line + "\n";
+            if (!line.starts_with("$ ")) continue;
+            const int exitCode = shell(line.substr(2));
+            text += line + "\n" + contentOf(path("output"));
+            for (const std::string& complaint : tests::linesOf(contentOf(path("complaint"))))
+                text += "! " + complaint + "\n";
+            if (exitCode != 0) text += "=> " + std::to_string(exitCode) + "\n";
+        }
+        static const std::regex identifier("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
+        const std::regex directory(directory_.path().string());
+        text = std::regex_replace(std::regex_replace(text, identifier, "ID"), directory, "DIR");
+        EXPECT_TRUE(tests::isAsExpected(file, text));
+    }
+
+private:
+    int shell(const std::string& command) const {
+        written(path("command"), command);
         const std::string line =
-            "cd '" + directory_.path().string() +
-            "' && PATH='" BRIGHTLEDGER_PROGRAM_DIR
+            "cd '" + directory_.path().string() + "' && SERVICE=" + service_->origin() +
+            " PATH='" BRIGHTLEDGER_PROGRAM_DIR
             "':\"$PATH\" BRIGHTLEDGER_DATA_DIR=$PWD/data "
             "BRIGHTLEDGER_INFO_PLIST=$PWD/Info.plist BRIGHTLEDGER_NOW=2026-11-23T06:30:00Z "
             "BRIGHTLEDGER_TIME_ZONE=Asia/Kolkata BRIGHTLEDGER_LOCALE=en_IN "
             "sh command >output 2>complaint";
-        const int status = std::system(line.c_str());
-        return {WEXITSTATUS(status), contentOf(path("output")), contentOf(path("complaint"))};
-    }
-
-    Outcome run(const std::string& words, const std::string& input = {}) const {
-        write(path("input"), input);
-        return shell("brightledger " + words + " <input");
-    }
-
-    ordered_json json(const std::string& words, const std::string& input = {}) const {
-        const Outcome outcome = run(words, input);
-        EXPECT_EQ(outcome.exitCode, 0) << words << ": " << outcome.complaint;
-        return ordered_json::parse(outcome.output);
+        return WEXITSTATUS(std::system(line.c_str()));
     }
 
     std::string path(const std::string& name) const { return directory_.path() / name; }
 
     tests::TemporaryDirectory directory_;
-};
-
-/// The file of tests/expected/ with the answer of every command ("$ ...") below it: its output, its
-/// complaints
-/// ("! ...") and its exit code when that is not 0.
-class Transcript : public CommandLineTest {
-protected:
-    std::string transcriptOf(const std::string& file) const {
-        std::string text;
-        for (const std::string& line : tests::linesOf(tests::expectedText(file))) {
-            if (line.empty() || line.starts_with("# ")) text += line + "\n";
-            if (!line.starts_with("$ ")) continue;
-            const Outcome outcome = shell(line.substr(2));
-            text += line + "\n" + outcome.output;
-            for (const std::string& complaint : tests::linesOf(outcome.complaint))
-                text += "! " + complaint + "\n";
-            if (outcome.exitCode != 0) text += "=> " + std::to_string(outcome.exitCode) + "\n";
-        }
-        static const std::regex identifier("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
-        const std::regex directory(directory_.path().string());
-        return std::regex_replace(std::regex_replace(text, identifier, "ID"), directory, "DIR");
-    }
-
-    void expectTranscript(const std::string& file) const {
-        EXPECT_TRUE(tests::isAsExpected(file, transcriptOf(file)));
-    }
+    std::unique_ptr<demo::DemoService> service_ = std::move(*demo::DemoService::start());
 };
 
 TEST_F(Transcript, OfWrongUsage) { expectTranscript("programs/wrong_usage.txt"); }
@@ -127,97 +74,6 @@ TEST_F(Transcript, OfTheStore) { expectTranscript("programs/store.txt"); }
 
 TEST_F(Transcript, OfAnswers) { expectTranscript("programs/answers.txt"); }
 
-TEST_F(CommandLineTest, AFreshDataDirectoryShowsThreeIndicesOfTheServiceAndAsksAgainIn30Seconds) {
-    const auto service = demo::DemoService::start();
-    ASSERT_TRUE(service);
-    serve((*service)->origin());
-
-    const ordered_json timeline = json("timeline PerchWidget --family systemMedium");
-    EXPECT_THAT(keysOf(timeline), ElementsAre("kind", "family", "request", "entries", "policy"));
-    EXPECT_EQ(timeline["policy"]["after"], "2026-11-23T06:30:30.000Z");
-    std::vector<std::string> titles;
-    for (const auto& row : timeline["entries"][0]["multiAssetDataListItem"]) titles.push_back(row["title"]);
-    EXPECT_THAT(titles, ElementsAre("SENSEX", "NIFTY 50", "NIFTY BANK"));
-
-    for (const std::string request : {"placeholder", "snapshot"}) {
-        const ordered_json answer = json(request + " PerchWidget --family systemMedium");
-        EXPECT_THAT(keysOf(answer), ElementsAre("kind", "family", "request", "entry"));
-        EXPECT_EQ(answer["request"], request);
-    }
-}
-
-TEST_F(CommandLineTest, StatisticsAreOneLineOnStandardError) {
-    const Outcome drawn = run("draw PerchWidget --family systemSmall --stats");
-    ASSERT_EQ(drawn.exitCode, 0) << drawn.complaint;
-    const ordered_json line = ordered_json::parse(drawn.complaint);
-    EXPECT_THAT(keysOf(line), ElementsAre("extension", "host"));
-    EXPECT_THAT(keysOf(line["extension"]),
-                ElementsAre("peakRssKiB", "privateKiB", "userMs", "systemMs", "wallMs", "networkMs"));
-    EXPECT_THAT(keysOf(line["host"]), ElementsAre("layoutMs", "paintMs", "encodeMs"));
-    EXPECT_GT(line["extension"]["peakRssKiB"].get<int>(), line["extension"]["privateKiB"].get<int>());
-}
-
-TEST_F(CommandLineTest, AHomeScreenEndsWhenItsTimeIsUpAndLogsWhenAskedTo) {
-    const Outcome outcome = run("run --for 1 --verbose");
-    EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_THAT(outcome.output, MatchesRegex("http://127.0.0.1:[0-9]+/.token=[0-9a-f]+\n"));
-    EXPECT_THAT(outcome.complaint, HasSubstr("debug: "));
-}
-
-TEST_F(CommandLineTest, AUserIsSignedInAndOutAndTheirRowsGoWithThem) {
-    EXPECT_EQ(run("user asha").exitCode, 1);  // no service knows them
-    const auto service = demo::DemoService::start();
-    ASSERT_TRUE(service);
-    serve((*service)->origin());
-    EXPECT_EQ(run("user nobody").exitCode, 1);
-    ASSERT_EQ(run("user asha").exitCode, 0);
-
-    const ordered_json timeline = json("timeline PortfolioWidget --family systemMedium");
-    EXPECT_EQ(timeline["entries"][0]["apiError"], "success");
-    EXPECT_EQ(run("store get portfolioArray").exitCode, 0);
-
-    ASSERT_EQ(run("user none").exitCode, 0);
-    for (const char* key : {"token", "userId", "userPortfolio", "portfolioArray"}) {
-        EXPECT_EQ(run(std::string("store get ") + key).exitCode, 1) << key;
-    }
-    EXPECT_EQ(json("timeline PortfolioWidget --family systemMedium")["entries"][0]["apiError"], "nonLogin");
-}
-
-/// Quotes for one index whose link contains a blank, so that it is not an address.
-class BrokenLinkTest : public CommandLineTest {
-protected:
-    BrokenLinkTest() {
-        extension::MarketPackage_MultiAssetInfo quotes;
-        extension::MarketPackage_MultiAssetDataListItem& quote = *quotes.mutable_data()->add_datalist();
-        quote.set_assetid("4 4");
-        quote.set_symbol("in;SEN");
-        service_.answer({.body = quotes.SerializeAsString()});
-        serve(service_.origin());
-        write(path("chosen.plist"), *platform::xmlPropertyList(PropertyList::Dictionary{
-                                        {"firstTimeAppInstalledForWidget", true},
-                                        {"INDICES_WIDGET", PropertyList::Array{PropertyList::Dictionary{
-                                                               {"id", "4 4"},
-                                                               {"ind_id", "4 4"},
-                                                               {"symbol", "in;SEN"},
-                                                               {"type", "indices"},
-                                                               {"exchg", "bse"},
-                                                               {"title", "SENSEX"},
-                                                               {"priceIdentifier", "in;SEN-II"}}}}}));
-        EXPECT_EQ(run("store import " + path("chosen.plist")).exitCode, 0);
-    }
-
-    tests::LoopbackServer service_;
-};
-
-TEST_F(BrokenLinkTest, ACompactRowWithoutAnAddressEndsTheExtensionAndOnlyTheCommandFails) {
-    const ordered_json timeline = json("timeline PerchWidget --family systemSmall");
-    ASSERT_EQ(timeline["entries"][0]["multiAssetDataListItem"].size(), 1U) << timeline.dump();
-
-    const Outcome drawn = run("draw PerchWidget --family systemSmall");
-    EXPECT_EQ(drawn.exitCode, 1);
-    EXPECT_THAT(drawn.output, IsEmpty());
-    EXPECT_THAT(drawn.complaint,
-                MatchesRegex("brightledger: the extension was ended by signal 6 \\(SIGABRT\\): [^\n]+\n"));
-}
+TEST_F(Transcript, OfUsers) { expectTranscript("programs/users.txt"); }
 
 }  // namespace

@@ -1,13 +1,9 @@
 #include "serving/http_server.h"
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <sys/time.h>
-#include <unistd.h>
 #include <deque>
 #include <future>
 #include <thread>
+#include "tests/support/raw_client.h"
 
 namespace serving {
 namespace {
@@ -15,43 +11,7 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-/// One connection, in the raw: what is sent goes out as it stands.
-class Client {
-public:
-    explicit Client(const HttpServer& server) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(server.port());
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const timeval limit{5, 0};
-        ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-        EXPECT_EQ(::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    }
-    ~Client() { ::close(socket_); }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
-
-    void send(std::string_view text) { ::send(socket_, text.data(), text.size(), MSG_NOSIGNAL); }
-
-    /// Reads until `ending` has come, or to the end of the connection.
-    std::string read(std::string_view ending = {}) {
-        std::string text;
-        char piece[4096];
-        while (ending.empty() || !text.ends_with(ending)) {
-            const ssize_t count = ::recv(socket_, piece, sizeof piece, 0);
-            error_ = count < 0 ? errno : 0;
-            if (count <= 0) break;
-            text.append(piece, static_cast<std::size_t>(count));
-        }
-        return text;
-    }
-    int error() const { return error_; }
-
-private:
-    int socket_;
-    int error_ = 0;
-};
+using tests::RawClient;
 
 std::unique_ptr<HttpServer> serverWith(HttpServer::Handler handler, ServerLimits limits = {}) {
     auto server = HttpServer::start(0, std::move(handler), limits);
@@ -66,7 +26,7 @@ Response echo(const Request& request) {
 
 TEST(HttpServer, HandsTheMethodOnLetterByLetterAndKeepsTheConnection) {
     const auto server = serverWith(echo);
-    Client client(*server);
+    RawClient client(server->port());
     client.send("get /a?b=c HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_THAT(client.read("get /a b=c "), StartsWith("HTTP/1.1 200 OK\r\n"));
     client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 3\r\nConnection: close\r\n\r\nabc");
@@ -85,7 +45,7 @@ TEST(HttpServer, AnswersWhatIsTooLargeOrNoRequestAndCloses) {
     };
     const auto server = serverWith(echo, {.headerBytes = 4096, .bodyBytes = 100});
     for (const auto& [sent, status] : cases) {
-        Client client(*server);
+        RawClient client(server->port());
         client.send(sent);
         EXPECT_THAT(client.read(), StartsWith(status));
     }
@@ -93,16 +53,16 @@ TEST(HttpServer, AnswersWhatIsTooLargeOrNoRequestAndCloses) {
 
 TEST(HttpServer, ClosesAConnectionThatIsSilentOrOneTooMany) {
     const auto server = serverWith(echo, {.connections = 1, .idle = std::chrono::milliseconds(200)});
-    Client first(*server);
+    RawClient first(server->port());
     first.send("GET / HTTP/1.1\r\nHost: x\r\n\r\n");
     ASSERT_THAT(first.read("GET /  "), StartsWith("HTTP/1.1 200"));
-    Client second(*server);
+    RawClient second(server->port());
     second.send("GET / HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_EQ(second.read(), "");
 
     first.send("GET / HT");
     EXPECT_EQ(first.read(), "");
-    EXPECT_EQ(first.error(), 0);
+    EXPECT_EQ(first.error(), boost::asio::error::eof);
 }
 
 TEST(HttpServer, AHandlerThatThrowsCostsOneAnswer) {
@@ -110,7 +70,7 @@ TEST(HttpServer, AHandlerThatThrowsCostsOneAnswer) {
         if (request.path == "/bad") throw std::runtime_error("no");
         return echo(request);
     });
-    Client client(*server);
+    RawClient client(server->port());
     client.send("GET /bad HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_THAT(client.read("answered\n"), StartsWith("HTTP/1.1 500"));
     client.send("GET /good HTTP/1.1\r\nHost: x\r\n\r\n");
@@ -124,13 +84,13 @@ TEST(HttpServer, BreaksTheConnectionWhenItIsAskedTo) {
         response.ending = request.path == "/cut" ? Response::Ending::cut : Response::Ending::reset;
         return response;
     });
-    Client cut(*server);
+    RawClient cut(server->port());
     cut.send("GET /cut HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_THAT(cut.read(), testing::AllOf(HasSubstr("Content-Length: 10\r\n"), EndsWith("\r\n\r\n01234")));
-    Client reset(*server);
+    RawClient reset(server->port());
     reset.send("GET /reset HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_EQ(reset.read(), "");
-    EXPECT_EQ(reset.error(), ECONNRESET);
+    EXPECT_EQ(reset.error(), boost::asio::error::connection_reset);
 }
 
 TEST(HttpServer, PushesEventsFromAnyThreadUntilTheStreamGoes) {
@@ -138,7 +98,7 @@ TEST(HttpServer, PushesEventsFromAnyThreadUntilTheStreamGoes) {
     const auto server = serverWith(
         [&](const Request&) { return Response{.contentType = "text/event-stream", .stream = stream}; });
     stream->send("early", "before the reader came");
-    Client client(*server);
+    RawClient client(server->port());
     client.send("GET / HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_THAT(client.read("came\n\n"), EndsWith("event: early\ndata: before the reader came\n\n"));
     std::thread([&] { stream->send("lines", "one\ntwo"); }).join();
@@ -148,7 +108,7 @@ TEST(HttpServer, PushesEventsFromAnyThreadUntilTheStreamGoes) {
 TEST(HttpServer, EndsAtOnceWhileReadersAreConnected) {
     auto stream = std::make_shared<EventStream>();
     auto server = serverWith([&](const Request&) { return Response{.stream = stream}; });
-    Client client(*server);
+    RawClient client(server->port());
     client.send("GET / HTTP/1.1\r\nHost: x\r\n\r\n");
     client.read("\r\n\r\n");
     const auto start = std::chrono::steady_clock::now();
@@ -167,15 +127,15 @@ TEST(HttpServer, AnswersOthersWhileWhatTakesLongIsUnderWay) {
             return Response{.status = 202};
         }};
     });
-    std::deque<Client> slow;
+    std::deque<RawClient> slow;
     for (int i = 0; i < 10; ++i) {
-        slow.emplace_back(*server).send("GET /slow HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+        slow.emplace_back(server->port()).send("GET /slow HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
     }
-    Client quick(*server);
+    RawClient quick(server->port());
     quick.send("GET /quick HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
     EXPECT_THAT(quick.read(), StartsWith("HTTP/1.1 200"));
     release.set_value();
-    for (Client& client : slow) EXPECT_THAT(client.read(), StartsWith("HTTP/1.1 202"));
+    for (RawClient& client : slow) EXPECT_THAT(client.read(), StartsWith("HTTP/1.1 202"));
 }
 
 TEST(HttpServer, SaysThatAPortIsTaken) {

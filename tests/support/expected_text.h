@@ -6,10 +6,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
+#include "tests/support/files.h"
 
 namespace tests {
 
@@ -35,10 +34,7 @@ inline std::filesystem::path expectedFile(const std::string& name) {
     return std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "tests/expected" / name;
 }
 
-inline std::string expectedText(const std::string& name) {
-    std::ifstream stream(expectedFile(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
+inline std::string expectedText(const std::string& name) { return contentOf(expectedFile(name)); }
 
 /// Whether BRIGHTLEDGER_RECORD=1 stands in the environment: then tests write what they expect, and fail, so
 /// that no run that records passes.
@@ -50,7 +46,7 @@ inline bool isRecording() {
 inline testing::AssertionResult recorded(const std::string& name, const std::string& content) {
     const std::filesystem::path file = expectedFile(name);
     std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << content;
+    written(file, content);
     return testing::AssertionFailure() << name << " is recorded; read the difference and run again";
 }
 

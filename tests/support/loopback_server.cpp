@@ -7,10 +7,8 @@
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
 #include <condition_variable>
-#include <cstdio>
 #include <deque>
 #include <mutex>
-#include <stdexcept>
 #include <string_view>
 #include <thread>
 #include "platform/base/ascii.h"
@@ -25,7 +23,7 @@ using asio::ip::tcp;
 
 constexpr std::chrono::seconds longWait{20};
 
-std::optional<ReceivedRequest> receive(tcp::socket& socket, beast::flat_buffer& buffer, int connection) {
+std::optional<ReceivedRequest> receive(tcp::socket& socket, beast::flat_buffer& buffer) {
     http::request_parser<http::string_body> parser;
     beast::error_code error;
     http::read(socket, buffer, parser, error);
@@ -34,18 +32,15 @@ std::optional<ReceivedRequest> receive(tcp::socket& socket, beast::flat_buffer& 
     ReceivedRequest request{.method = std::string(message.method_string()),
                             .target = std::string(message.target()),
                             .headers = {},
-                            .body = message.body(),
-                            .connection = connection};
+                            .body = message.body()};
     for (const auto& field : message)
-        request.headers.emplace_back(
-            platform::asciiLowerCased({field.name_string().data(), field.name_string().size()}),
-            std::string(field.value()));
+        request.headers.emplace(platform::asciiLowerCased(std::string(field.name_string())), field.value());
     return request;
 }
 
-bool sendAll(tcp::socket& socket, std::string_view bytes) {
+bool sendAll(tcp::socket& socket, const auto& bytes) {
     beast::error_code error;
-    asio::write(socket, asio::buffer(bytes), error);
+    asio::write(socket, bytes, error);
     return !error;
 }
 
@@ -56,34 +51,20 @@ std::string headOf(const Answer& answer, bool mayHaveBody, std::size_t bodySize)
     std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " Answer\r\n";
     for (const auto& [name, value] : answer.headers) head += name + ": " + value + "\r\n";
     if (answer.isGzip) head += "Content-Encoding: gzip\r\n";
-    if (answer.closesConnection) head += "Connection: close\r\n";
-    if (answer.isChunked) {
+    if (answer.isChunked)
         head += "Transfer-Encoding: chunked\r\n";
-    } else if (mayHaveBody) {
+    else if (mayHaveBody)
         head += "Content-Length: " + std::to_string(answer.declaredLength.value_or(bodySize)) + "\r\n";
-    }
     return head + "\r\n";
 }
 
-std::string asChunk(std::string_view piece) {
-    std::array<char, 32> length{};
-    std::snprintf(length.data(), length.size(), "%zx\r\n", piece.size());
-    return length.data() + std::string(piece) + "\r\n";
-}
-
-}  // namespace
-
-std::string gzipCompressed(std::string_view content) {
+std::string gzipCompressed(std::string content) {
     z_stream stream{};
     constexpr int windowBitsForGzip = 15 + 16;
-    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, windowBitsForGzip, 8, Z_DEFAULT_STRATEGY) !=
-        Z_OK) {
-        throw std::runtime_error("no compressor");
-    }
+    deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, windowBitsForGzip, 8, Z_DEFAULT_STRATEGY);
     std::string compressed(deflateBound(&stream, content.size()), '\0');
-    std::string input(content);
-    stream.next_in = reinterpret_cast<Bytef*>(input.data());
-    stream.avail_in = static_cast<uInt>(input.size());
+    stream.next_in = reinterpret_cast<Bytef*>(content.data());
+    stream.avail_in = static_cast<uInt>(content.size());
     stream.next_out = reinterpret_cast<Bytef*>(compressed.data());
     stream.avail_out = static_cast<uInt>(compressed.size());
     deflate(&stream, Z_FINISH);
@@ -92,49 +73,40 @@ std::string gzipCompressed(std::string_view content) {
     return compressed;
 }
 
-std::optional<std::string> ReceivedRequest::header(std::string_view lowerCaseName) const {
-    for (const auto& [name, value] : headers) {
-        if (name == lowerCaseName) return value;
-    }
-    return std::nullopt;
-}
+}  // namespace
 
-int ReceivedRequest::headerCount(std::string_view lowerCaseName) const {
-    return static_cast<int>(
-        std::ranges::count_if(headers, [&](const auto& header) { return header.first == lowerCaseName; }));
+std::optional<std::string> ReceivedRequest::header(const std::string& lowerCaseName) const {
+    const auto found = headers.find(lowerCaseName);
+    return found == headers.end() ? std::nullopt : std::optional(found->second);
 }
 
 struct LoopbackServer::State {
     asio::io_context context;
     tcp::acceptor listener{context, tcp::endpoint(asio::ip::address_v4::loopback(), 0)};
     const int port = listener.local_endpoint().port();
-    std::thread acceptor;
 
     mutable std::mutex mutex;
     mutable std::condition_variable changed;
     bool isStopping = false;
-    Answer everyAnswer{.status = 404};
     std::map<std::string, Answer> answers;
-    std::deque<Answer> answersInTurn;
     std::vector<ReceivedRequest> requests;
-    struct Connection {
-        tcp::socket socket;
-        std::thread thread;
-    };
-    std::deque<Connection> connections;
+    std::deque<tcp::socket> connections;
+    // The last two, so that they end before anything else goes, and the one that adds others first.
+    std::vector<std::jthread> threads;
+    std::jthread acceptor;
 
     void acceptConnections();
-    void serve(tcp::socket& socket, int connection);
-    Answer answerTo(const ReceivedRequest& request);
+    void serve(tcp::socket& socket);
+    Answer answerTo(const ReceivedRequest& request) const;
     /// False when the connection is of no more use.
-    bool send(tcp::socket& socket, const Answer& answer, bool withoutBody) const;
+    bool send(tcp::socket& socket, const Answer& answer) const;
     bool sendBody(tcp::socket& socket, const Answer& answer, std::string_view body) const;
     /// Waits; false when the server stops meanwhile.
     bool rest(std::chrono::milliseconds duration) const;
 };
 
 LoopbackServer::LoopbackServer() : state_(std::make_unique<State>()) {
-    state_->acceptor = std::thread([state = state_.get()] { state->acceptConnections(); });
+    state_->acceptor = std::jthread([state = state_.get()] { state->acceptConnections(); });
 }
 
 LoopbackServer::~LoopbackServer() {
@@ -142,33 +114,18 @@ LoopbackServer::~LoopbackServer() {
     {
         const std::lock_guard lock(state_->mutex);
         state_->isStopping = true;
-        for (State::Connection& connection : state_->connections)
-            connection.socket.shutdown(tcp::socket::shutdown_both, ignored);
+        for (tcp::socket& connection : state_->connections)
+            connection.shutdown(tcp::socket::shutdown_both, ignored);
     }
     state_->changed.notify_all();
     ::shutdown(state_->listener.native_handle(), SHUT_RDWR);
-    state_->acceptor.join();
-    for (State::Connection& connection : state_->connections) connection.thread.join();
 }
 
 std::string LoopbackServer::origin() const { return "http://127.0.0.1:" + std::to_string(state_->port); }
 
-int LoopbackServer::port() const { return state_->port; }
-
-void LoopbackServer::answer(Answer answer) {
-    const std::lock_guard lock(state_->mutex);
-    state_->everyAnswer = std::move(answer);
-}
-
 void LoopbackServer::answer(const std::string& path, Answer answer) {
     const std::lock_guard lock(state_->mutex);
     state_->answers.insert_or_assign(path, std::move(answer));
-}
-
-void LoopbackServer::answerInTurn(std::vector<Answer> answers) {
-    const std::lock_guard lock(state_->mutex);
-    state_->answersInTurn.assign(std::make_move_iterator(answers.begin()),
-                                 std::make_move_iterator(answers.end()));
 }
 
 std::vector<ReceivedRequest> LoopbackServer::requests() const {
@@ -194,42 +151,36 @@ void LoopbackServer::State::acceptConnections() {
         if (isStopping) return;
         if (error) continue;
         socket.set_option(tcp::no_delay(true));
-        const int number = static_cast<int>(connections.size());
-        Connection& connection = connections.emplace_back(std::move(socket));
-        connection.thread = std::thread([this, &own = connection.socket, number] { serve(own, number); });
+        tcp::socket& own = connections.emplace_back(std::move(socket));
+        threads.emplace_back([this, &own] { serve(own); });
     }
 }
 
-void LoopbackServer::State::serve(tcp::socket& socket, int connection) {
+void LoopbackServer::State::serve(tcp::socket& socket) {
     beast::flat_buffer buffer;
-    while (auto request = receive(socket, buffer, connection)) {
-        const bool withoutBody = request->method == "HEAD";
+    while (auto request = receive(socket, buffer)) {
         const Answer answer = answerTo(*request);
         {
             const std::lock_guard lock(mutex);
             requests.push_back(*std::move(request));
         }
         changed.notify_all();
-        if (!send(socket, answer, withoutBody)) break;
+        if (!send(socket, answer)) break;
     }
     const std::lock_guard lock(mutex);
     socket.close();
 }
 
-Answer LoopbackServer::State::answerTo(const ReceivedRequest& request) {
+Answer LoopbackServer::State::answerTo(const ReceivedRequest& request) const {
     const std::lock_guard lock(mutex);
-    if (!answersInTurn.empty()) {
-        Answer next = std::move(answersInTurn.front());
-        answersInTurn.pop_front();
-        return next;
-    }
-    for (const std::string& key : {request.target, request.target.substr(0, request.target.find('?'))}) {
+    const std::string path = request.target.substr(0, request.target.find('?'));
+    for (const std::string& key : {request.target, path, std::string()}) {
         if (const auto found = answers.find(key); found != answers.end()) return found->second;
     }
-    return everyAnswer;
+    return {.status = 404};
 }
 
-bool LoopbackServer::State::send(tcp::socket& socket, const Answer& answer, bool withoutBody) const {
+bool LoopbackServer::State::send(tcp::socket& socket, const Answer& answer) const {
     using Ending = Answer::Ending;
     if (!rest(answer.delay)) return false;
     if (answer.ending == Ending::silence) rest(std::chrono::hours(1));
@@ -240,8 +191,8 @@ bool LoopbackServer::State::send(tcp::socket& socket, const Answer& answer, bool
 
     const std::string body = answer.isGzip ? gzipCompressed(answer.body) : answer.body;
     const bool mayHaveBody = answer.status >= 200 && answer.status != 204 && answer.status != 304;
-    if (!sendAll(socket, headOf(answer, mayHaveBody, body.size()))) return false;
-    if (withoutBody || !mayHaveBody) return !answer.closesConnection;
+    if (!sendAll(socket, asio::buffer(headOf(answer, mayHaveBody, body.size())))) return false;
+    if (!mayHaveBody) return true;
     if (answer.ending != Ending::complete) {
         sendBody(socket, answer, std::string_view(body).substr(0, body.size() / 2));
         // The client must receive what has been sent before the reset.
@@ -250,17 +201,18 @@ bool LoopbackServer::State::send(tcp::socket& socket, const Answer& answer, bool
         return false;
     }
     if (!sendBody(socket, answer, body)) return false;
-    if (answer.isChunked && !sendAll(socket, "0\r\n\r\n")) return false;
+    if (answer.isChunked && !sendAll(socket, http::make_chunk_last())) return false;
     // After a wrong length nobody knows where the next answer begins.
-    return !answer.closesConnection && !answer.declaredLength;
+    return !answer.declaredLength;
 }
 
 bool LoopbackServer::State::sendBody(tcp::socket& socket, const Answer& answer, std::string_view body) const {
     const std::size_t size = answer.pieceSize.value_or(std::max<std::size_t>(body.size(), 1));
     for (; !body.empty(); body.remove_prefix(std::min(size, body.size()))) {
-        const std::string_view piece = body.substr(0, size);
-        if (!sendAll(socket, answer.isChunked ? asChunk(piece) : std::string(piece))) return false;
-        if (!rest(answer.pause)) return false;
+        const auto piece = asio::buffer(body.substr(0, size));
+        if (!(answer.isChunked ? sendAll(socket, http::make_chunk(piece)) : sendAll(socket, piece)) ||
+            !rest(answer.pause))
+            return false;
     }
     return true;
 }

@@ -45,8 +45,6 @@ struct Answer {
     bool isGzip = false;
     /// The Content-Length to send instead of the right one.
     std::optional<std::size_t> declaredLength = std::nullopt;
-    /// Closes the connection afterwards, and says so.
-    bool closesConnection = false;
     Ending ending = Ending::complete;
 
     static Answer redirect(int status, std::string location) {
@@ -55,19 +53,15 @@ struct Answer {
 };
 
 struct ReceivedRequest {
-    /// As it came.
+    /// Method, path and query as they came.
     std::string method;
-    /// Path and query as they came.
     std::string target;
     /// As they came, names in lower case.
-    std::vector<std::pair<std::string, std::string>> headers;
+    std::multimap<std::string, std::string> headers;
     std::string body;
-    /// Counts connections from 0.
-    int connection = 0;
 
     /// The first of that name; absent when there is none.
-    std::optional<std::string> header(std::string_view lowerCaseName) const;
-    int headerCount(std::string_view lowerCaseName) const;
+    std::optional<std::string> header(const std::string& lowerCaseName) const;
 };
 
 /// Listens on a port of its own while it lives, and keeps connections open between requests. It answers 404
@@ -81,16 +75,13 @@ public:
 
     /// "http://127.0.0.1:PORT"
     std::string origin() const;
-    int port() const;
 
     /// Answers every request for a path without an answer of its own.
-    void answer(Answer answer);
+    void answer(Answer answer) { this->answer("", std::move(answer)); }
     /// Answers requests for `path` (with a "?" in it: for the whole target).
     void answer(const std::string& path, Answer answer);
-    /// Answers one request after the other, whatever it asks for, before all other answers.
-    void answerInTurn(std::vector<Answer> answers);
 
-    /// In the order in which they arrived completely.
+    /// In the order in which they arrived.
     std::vector<ReceivedRequest> requests() const;
     /// Waits until `count` requests have come; whether they have, after a long wait.
     bool waitForRequests(std::size_t count) const;
@@ -100,8 +91,5 @@ private:
     struct State;
     std::unique_ptr<State> state_;
 };
-
-/// `content` in gzip's format.
-std::string gzipCompressed(std::string_view content);
 
 }  // namespace tests

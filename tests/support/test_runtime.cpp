@@ -1,18 +1,9 @@
 #include "tests/support/test_runtime.h"
 
 #include <algorithm>
-#include <mutex>
 #include <stdexcept>
-#include <utility>
 
 namespace tests {
-
-struct TestSurroundings::Log {
-    mutable std::mutex mutex;
-    std::vector<std::string> lines;
-};
-
-std::shared_ptr<TestSurroundings::Log> TestSurroundings::makeLog() { return std::make_shared<Log>(); }
 
 platform::RuntimeOptions TestSurroundings::runtimeOptions(const TestRuntimeOptions& options) const {
     const auto now = platform::parseInstant(options.now);
@@ -39,13 +30,9 @@ platform::RuntimeOptions TestSurroundings::runtimeOptions(const TestRuntimeOptio
 TestRuntime::TestRuntime(const TestRuntimeOptions& options)
     : platform::Runtime(TestSurroundings::runtimeOptions(options)) {}
 
-std::vector<std::string> TestRuntime::logLines() const {
-    const std::lock_guard lock(log_->mutex);
-    return log_->lines;
-}
-
 bool TestRuntime::logged(std::string_view text) const {
-    return std::ranges::any_of(logLines(),
+    const std::lock_guard lock(log_->mutex);
+    return std::ranges::any_of(log_->lines,
                                [&](const std::string& line) { return line.find(text) != std::string::npos; });
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,11 +41,11 @@ protected:
     platform::RuntimeOptions runtimeOptions(const TestRuntimeOptions& options) const;
 
     TemporaryDirectory directory_;
-    struct Log;
-    std::shared_ptr<Log> log_ = makeLog();
-
-private:
-    static std::shared_ptr<Log> makeLog();
+    struct Log {
+        std::mutex mutex;
+        std::vector<std::string> lines;
+    };
+    std::shared_ptr<Log> log_ = std::make_shared<Log>();
 };
 
 /// A Runtime with an empty store in a folder of its own, a clock that stands still, a fixed sequence
@@ -53,9 +54,7 @@ class TestRuntime : private TestSurroundings, public platform::Runtime {
 public:
     explicit TestRuntime(const TestRuntimeOptions& options = {});
 
-    /// The lines of the debug log so far.
-    std::vector<std::string> logLines() const;
-    /// Whether any of them holds `text`.
+    /// Whether a line of the debug log holds `text` so far.
     bool logged(std::string_view text) const;
 };
 

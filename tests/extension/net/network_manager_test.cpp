@@ -47,7 +47,7 @@ TEST(NetworkManager, SendsTheMethodInLowerCaseAndTheContentTypeOnce) {
     EXPECT_EQ(requests[1].method, "post");
     for (const auto& request : requests) {
         EXPECT_EQ(request.header("content-type"), "application/json");
-        EXPECT_EQ(request.headerCount("content-type"), 1);
+        EXPECT_EQ(request.headers.count("content-type"), 1U);
         EXPECT_EQ(request.header("accept-language"), "en-IN, en;q=0.9") << "the runtime's locale";
         EXPECT_EQ(request.body, "");
     }

@@ -1,8 +1,6 @@
 #include "host/gallery/state_sheet.h"
 
 #include <gmock/gmock.h>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -10,6 +8,7 @@
 #include "host/gallery/sheet_page.h"
 #include "host/paint/painter.h"
 #include "host/paint/picture_decoder.h"
+#include "tests/support/files.h"
 #include "tests/support/temporary_directory.h"
 
 namespace host {
@@ -24,19 +23,12 @@ using testing::StartsWith;
 
 namespace fs = std::filesystem;
 
+using tests::contentOf;
+
 const fs::path programs = BRIGHTLEDGER_PROGRAM_DIR;
 
 SheetOptions optionsFor(const fs::path& folder) {
     return {.folder = folder, .programs = programs, .resources = programs / "resources", .scale = 1};
-}
-
-std::string contentOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-void write(const fs::path& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
 }
 
 /// The gallery that all tests read and that no test changes.
@@ -123,7 +115,7 @@ TEST(StateSheet, MarksChangedNewAndMissingPicturesEvenInItsOwnFolder) {
     const std::string added = "NewsWidget-systemLarge-dark-full.png";
     const std::string missing = "NewsWidget-systemLarge-dark-of-yesterday.png";
     const std::string other = contentOf(gallery() / "PerchWidget-systemMedium-light-loss.png");
-    write(folder / changed, other);
+    tests::written(folder / changed, other);
     fs::rename(folder / added, folder / missing);
 
     SheetOptions options = optionsFor(folder);
@@ -145,7 +137,7 @@ TEST(StateSheet, MarksChangedNewAndMissingPicturesEvenInItsOwnFolder) {
 
 TEST(StateSheet, SaysWhatItCannotDo) {
     const tests::TemporaryDirectory directory;
-    write(directory.path() / "file", "");
+    tests::written(directory.path() / "file", "");
     const struct {
         std::string name;
         SheetOptions options;

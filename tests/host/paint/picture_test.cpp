@@ -3,6 +3,7 @@
 #include <png.h>
 #include <turbojpeg.h>
 #include <webp/encode.h>
+#include <zlib.h>
 #include <algorithm>
 #include <array>
 #include <random>
@@ -71,18 +72,11 @@ std::string bigEndian(std::uint32_t value) {
     return bytes;
 }
 
-std::uint32_t crc(std::string_view bytes) {
-    std::uint32_t value = 0xFFFFFFFFU;
-    for (const char byte : bytes) {
-        value ^= static_cast<unsigned char>(byte);
-        for (int bit = 0; bit < 8; ++bit) value = value >> 1U ^ ((value & 1U) != 0 ? 0xEDB88320U : 0U);
-    }
-    return ~value;
-}
-
 std::string chunk(const std::string& type, const std::string& content) {
     return bigEndian(static_cast<std::uint32_t>(content.size())) + type + content +
-           bigEndian(crc(type + content));
+           bigEndian(
+               static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>((type + content).data()),
+                                                static_cast<uInt>(content.size() + 4))));
 }
 
 constexpr std::size_t afterPngHeader = 8 + 25;

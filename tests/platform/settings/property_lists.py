@@ -2,7 +2,6 @@
 """Property lists of another maker: writes samples into a folder, or checks a file that we wrote.
 
 usage: property_lists.py make FOLDER
-       property_lists.py make-hostile FOLDER
        property_lists.py check-everything FILE
        property_lists.py check-archive FILE
 """
@@ -33,28 +32,16 @@ EVERYTHING = {
 }
 
 
-def nested(levels):
-    value = []
-    for _ in range(levels - 1):
-        value = [value]
+def nested(levels, leaf, width=1):
+    """The same list again and again, `levels` deep."""
+    value = leaf
+    for _ in range(levels):
+        value = [value] * width
     return value
 
 
-def bomb():
-    value = ["a text that is shared"] * 16
-    for _ in range(20):
-        value = [value] * 16
-    return value
-
-
-def cycle():
-    value = []
-    value.append({"again": value})
-    return value
-
-
-def text_bomb():
-    return ["x" * 1_000_000] * 1000
+CYCLE = []
+CYCLE.append({"again": CYCLE})
 
 
 def archive(objects, root=UID(1), **changes):
@@ -150,24 +137,19 @@ def make(folder):
     write(folder / "identifiers.binary", [UID(0), UID(255), UID(65536), UID(2**40)])
     for name, value in ARCHIVES.items():
         write(folder / f"{name}.archive", value)
-
-
-def make_hostile(folder):
-    write(folder / "unsigned.binary", 2**64 - 1)
+    # What costs too much.
     for levels in (32, 33):
-        write(folder / f"nested{levels}.binary", nested(levels))
-        write(folder / f"nested{levels}.xml", nested(levels), plistlib.FMT_XML)
-    write(folder / "bomb.binary", bomb())
-    write(folder / "textbomb.binary", text_bomb())
-    write(folder / "cycle.binary", cycle())
+        write(folder / f"nested{levels}.binary", nested(levels - 1, []))
+        write(folder / f"nested{levels}.xml", nested(levels - 1, []), plistlib.FMT_XML)
+    for name, value in (("unsigned", 2**64 - 1), ("bomb", nested(21, "a text that is shared", 16)),
+                        ("textbomb", ["x" * 1_000_000] * 1000), ("cycle", CYCLE)):
+        write(folder / f"{name}.binary", value)
 
 
 def main(command, place):
     place = pathlib.Path(place)
     if command == "make":
         make(place)
-    elif command == "make-hostile":
-        make_hostile(place)
     elif command == "check-everything":
         assert plistlib.loads(place.read_bytes()) == EVERYTHING
     elif command == "check-archive":

@@ -6,18 +6,14 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include "platform/base/files.h"
+#include "tests/support/files.h"
 #include "tests/support/temporary_directory.h"
 
 namespace platform {
 
-inline std::string contentOf(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
+using tests::contentOf;
 
 /// Runs a command of property_lists.py; true when it is content.
 inline bool otherMaker(const std::string& command, const std::filesystem::path& place) {

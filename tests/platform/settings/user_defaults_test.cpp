@@ -39,10 +39,7 @@ std::shared_ptr<UserDefaults> opened(const fs::path& folder) {
     return *store;
 }
 
-mode_t modeOf(const fs::path& file) {
-    struct stat status = {};
-    return stat(file.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
+unsigned modeOf(const fs::path& file) { return static_cast<unsigned>(fs::status(file).permissions()); }
 
 fs::path beside(const fs::path& file, const char* suffix) { return fs::path(file) += suffix; }
 
@@ -73,7 +70,7 @@ PropertyList nestedDictionaries(int levels) {
     return value;
 }
 
-TEST(ASettingsStore, KeepsEveryTypeAndEveryBit) {
+TEST(ASettingsStore, KeepsEveryTypeAndEveryBitUntilItIsRemoved) {
     const TemporaryDirectory folder;
     const Dictionary values{
         {"text", "रुपया"},
@@ -105,26 +102,18 @@ TEST(ASettingsStore, KeepsEveryTypeAndEveryBit) {
 
     EXPECT_FALSE(store->set("nested", nestedDictionaries(32)));
     EXPECT_EQ(store->object("nested")->value(), nestedDictionaries(31));
-}
-
-TEST(ASettingsStore, ForgetsWhatIsRemoved) {
-    const TemporaryDirectory folder;
-    const auto store = opened(folder.path());
-    EXPECT_EQ(*store->object("token"), std::nullopt);
-    ASSERT_TRUE(store->set("token", "secret"));
-    ASSERT_TRUE(store->remove("token"));
-    ASSERT_TRUE(store->remove("token"));
-    EXPECT_EQ(*store->object("token"), std::nullopt);
-    EXPECT_TRUE(store->dictionaryRepresentation()->empty());
+    for (int time = 0; time < 2; ++time) {
+        ASSERT_TRUE(store->remove("nested"));
+        EXPECT_EQ(*store->object("nested"), std::nullopt);
+    }
+    EXPECT_EQ(store->dictionaryRepresentation()->size(), values.size());
 }
 
 TEST(ASettingsStore, ShowsAWriteToEveryProcessAtOnce) {
     const TemporaryDirectory folder;
     const auto app = opened(folder.path());
-    const auto widget = opened(folder.path());
     ASSERT_TRUE(app->set("theme", 1));
-    EXPECT_EQ(*widget->object("theme"), PropertyList(1));
-
+    EXPECT_EQ(*app->object("theme"), PropertyList(1));
     ASSERT_TRUE(inChild([&] { return opened(folder.path())->set("theme", 2).has_value(); }));
     EXPECT_EQ(*app->object("theme"), PropertyList(2));
 }
@@ -204,42 +193,27 @@ TEST(ASettingsStore, LosesNoStepWhenProcessesCountTogether) {
     EXPECT_EQ(opened(folder.path())->object("count")->value(), PropertyList(300));
 }
 
-TEST(ASettingsStore, ShowsNoReaderHalfATransaction) {
+TEST(ASettingsStore, ShowsNoReaderHalfATransactionOnAnyThread) {
     const TemporaryDirectory folder;
     const auto store = opened(folder.path());
-    std::atomic<bool> isOver = false;
-    std::thread writer([&] {
-        const auto own = opened(folder.path());
-        for (int i = 0; i < 300; ++i) {
+    std::atomic<int> writing = 2;
+    const auto write = [&](const std::shared_ptr<UserDefaults>& own) {
+        for (int i = 0; i < 200; ++i) {
             EXPECT_TRUE(own->transaction([i](UserDefaults::Transaction& change) -> Result<void> {
                 (void)change.set("a", i);
                 return change.set("b", i);
             }));
         }
-        isOver = true;
-    });
-    while (!isOver) {
+        --writing;
+    };
+    const std::jthread ownStore([&] { write(opened(folder.path())); });
+    const std::jthread sameStore([&] { write(store); });
+    while (writing > 0) {
         const auto both = store->objects({"a", "b"});
         ASSERT_TRUE(both);
         EXPECT_EQ(*both->front(), *both->back());
     }
-    writer.join();
-}
-
-TEST(ASettingsStore, MayBeUsedBySeveralThreads) {
-    const TemporaryDirectory folder;
-    const auto store = opened(folder.path());
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&store, thread] {
-            for (int i = 0; i < 50; ++i) {
-                EXPECT_TRUE(store->set("key" + std::to_string(thread), i));
-                EXPECT_TRUE(store->dictionaryRepresentation());
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(store->dictionaryRepresentation()->size(), 4U);
+    EXPECT_EQ(store->dictionaryRepresentation()->size(), 2U);
 }
 
 TEST(ASettingsStore, IsNotSharedAcrossAFork) {

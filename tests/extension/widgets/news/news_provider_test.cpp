@@ -12,8 +12,7 @@
 #include "platform/settings/keyed_archive.h"
 #include "platform/widget/widget.h"
 #include "tests/extension/shared_settings.h"
-#include "tests/support/loopback_server.h"
-#include "tests/support/test_runtime.h"
+#include "tests/support/served_runtime.h"
 #include "tests/support/waiting.h"
 
 namespace extension {
@@ -28,6 +27,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using tests::LoopbackServer;
+using tests::ServedRuntime;
 using tests::snapshotOf;
 using tests::TestRuntime;
 using tests::timelineOf;
@@ -44,44 +44,38 @@ NewsTimelineEntry entryOf(const TestRuntime& runtime) {
     return timelineOf(NewsProvider(runtime)).entries.at(0);
 }
 
-PropertyList archived(const PropertyList& root) { return Bytes(platform::archivedObject(root)); }
-
 TEST(NewsTimeline, ShowsTheFirstFiveStoriesInTheirOrder) {
-    LoopbackServer service;
     std::vector<json> stories;
     for (const char* headline : {"1", "2", "3", "4", "5", "6", "7"}) stories.push_back(feedStory(headline));
-    service.answer(rankingTarget, {.body = document(stories)});
-    const TestRuntime runtime{{.webHost = service.origin()}};
+    ServedRuntime phone;
+    phone.service.answer(rankingTarget, {.body = document(stories)});
 
-    const auto timeline = timelineOf(NewsProvider(runtime));
+    const auto timeline = timelineOf(NewsProvider(phone.runtime));
     ASSERT_THAT(timeline.entries, SizeIs(1));
     const NewsTimelineEntry& entry = timeline.entries[0];
     EXPECT_TRUE(entry.isSuccess);
-    EXPECT_EQ(entry.date, runtime.now());
-    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(runtime.now() + 30s));
+    EXPECT_EQ(entry.date, phone.runtime.now());
+    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(phone.runtime.now() + 30s));
     std::vector<std::string> headlines;
     for (const NewsUIVM& item : entry.newsUIVM) headlines.push_back(item.headline);
     EXPECT_THAT(headlines, ElementsAre("1", "2", "3", "4", "5"));
-    EXPECT_EQ(service.requests().at(0).method, "get");
-    EXPECT_TRUE(snapshotOf(NewsProvider(runtime)).isSuccess);
+    EXPECT_EQ(phone.service.requests().at(0).method, "get");
+    EXPECT_TRUE(snapshotOf(NewsProvider(phone.runtime)).isSuccess);
 }
 
 TEST(NewsTimeline, IsDueAgain30SecondsAfterTheQuestionHoweverLateTheAnswer) {
-    LoopbackServer service;
-    service.answer({.body = document({feedStory("good")}), .delay = 300ms});
-    const TestRuntime runtime{{.webHost = service.origin()}};
-    const auto asked = runtime.now();
-    const auto timeline = timelineOf(NewsProvider(runtime), [&] {
-        EXPECT_TRUE(service.waitForRequests(1));
-        runtime.clock().set(asked + 20s, 0.0);
+    const ServedRuntime phone({.body = document({feedStory("good")}), .delay = 300ms});
+    const auto asked = phone.runtime.now();
+    const auto timeline = timelineOf(NewsProvider(phone.runtime), [&] {
+        EXPECT_TRUE(phone.service.waitForRequests(1));
+        phone.runtime.clock().set(asked + 20s, 0.0);
     });
     EXPECT_EQ(timeline.entries.at(0).date, asked + 20s);
     EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(asked + 30s));
 }
 
 TEST(NewsTimeline, EveryFailureIsAnEmptyEntryThatIsAskedForAgain) {
-    LoopbackServer service;
-    const TestRuntime runtime{{.webHost = service.origin()}};
+    ServedRuntime phone;
     const tests::Answer answers[] = {
         {.status = 500, .body = document({feedStory("good")})},
         {.status = 304},
@@ -97,42 +91,37 @@ TEST(NewsTimeline, EveryFailureIsAnEmptyEntryThatIsAskedForAgain) {
         {.ending = tests::Answer::Ending::noAnswerReset},
     };
     for (const tests::Answer& answer : answers) {
-        service.answer(answer);
-        const auto timeline = timelineOf(NewsProvider(runtime));
+        phone.service.answer(answer);
+        const auto timeline = timelineOf(NewsProvider(phone.runtime));
         ASSERT_THAT(timeline.entries, SizeIs(1));
         EXPECT_THAT(timeline.entries[0].newsUIVM, IsEmpty()) << answer.body.substr(0, 40);
         EXPECT_FALSE(timeline.entries[0].isSuccess);
-        EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(runtime.now() + 30s));
+        EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(phone.runtime.now() + 30s));
     }
     EXPECT_FALSE(entryOf(TestRuntime{}).isSuccess) << "without a host";
 }
 
 TEST(NewsTimeline, ThePlaceholderIsEmptyWhateverTheServiceAnswers) {
-    LoopbackServer service;
-    service.answer({.body = document({feedStory("good")})});
-    const TestRuntime runtime{{.webHost = service.origin()}};
-    const NewsTimelineEntry entry = NewsProvider(runtime).placeholder({});
+    const ServedRuntime phone({.body = document({feedStory("good")})});
+    const NewsTimelineEntry entry = NewsProvider(phone.runtime).placeholder({});
     EXPECT_THAT(entry.newsUIVM, IsEmpty());
     EXPECT_FALSE(entry.isSuccess);
-    EXPECT_EQ(entry.date, runtime.now());
-    EXPECT_TRUE(service.waitForRequests(1));
+    EXPECT_EQ(entry.date, phone.runtime.now());
+    EXPECT_TRUE(phone.service.waitForRequests(1));
 }
 
 TEST(NewsAddress, IsTheWebHostsUnlessTheAppHasPutAnotherInItsPlace) {
-    const struct {
-        const char* name;
-        PropertyList stored;
-        bool isReplaced;
-    } cases[] = {
-        {"replaced", archived(PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}}), true},
-        {"beside others",
-         archived(PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}, {"more", "x"}}), true},
-        {"empty", archived(PropertyList::Dictionary{{"newsWidgetApiUrl", ""}}), false},
-        {"another key", archived(PropertyList::Dictionary{{"newswidgetapiurl", "http://other/feed"}}), false},
-        {"not only texts",
-         archived(PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}, {"more", 1}}), false},
-        {"an empty dictionary", archived(PropertyList::Dictionary{}), false},
-        {"a text", archived("http://other/feed"), false},
+    const auto links = [](const PropertyList::Dictionary& texts) {
+        return PropertyList(Bytes(platform::archivedObject(texts)));
+    };
+    const std::tuple<const char*, PropertyList, bool> cases[] = {
+        {"replaced", links({{"newsWidgetApiUrl", "http://other/feed"}}), true},
+        {"beside others", links({{"newsWidgetApiUrl", "http://other/feed"}, {"more", "x"}}), true},
+        {"empty", links({{"newsWidgetApiUrl", ""}}), false},
+        {"another key", links({{"newswidgetapiurl", "http://other/feed"}}), false},
+        {"not only texts", links({{"newsWidgetApiUrl", "http://other/feed"}, {"more", 1}}), false},
+        {"an empty dictionary", links({}), false},
+        {"a text", Bytes(platform::archivedObject("http://other/feed")), false},
         {"not an archive", Bytes("http://other/feed"), false},
         {"not data", "http://other/feed", false},
         {"a plain dictionary", PropertyList::Dictionary{{"newsWidgetApiUrl", "http://other/feed"}}, false},
@@ -169,70 +158,67 @@ TEST(NewsStories, WithoutAnyMemberAreStillItems) {
     EXPECT_EQ(blog.storyTypeIncon, std::nullopt);
 }
 
-TEST(NewsThumbnails, AreReadOneAfterAnotherAndKeptAsTheyCome) {
-    LoopbackServer service;
-    service.answer("/picture", {.body = "not a picture", .delay = 50ms});
-    service.answer("/missing", {.status = 404, .body = "missing"});
-    service.answer("/large", {.body = std::string((2U << 20) + 1, 'x')});
-    const auto withThumbnail = [](const std::string& url) { return json{{"thumbnail", url}}; };
-    service.answer(rankingTarget, {.body = document({withThumbnail(service.origin() + "/picture"),
-                                                     withThumbnail(service.origin() + "/missing"),
-                                                     withThumbnail(service.origin() + "/large"),
-                                                     withThumbnail(""), withThumbnail("not an address")})});
-    const TestRuntime runtime{{.webHost = service.origin()}};
+/// Stories with these thumbnails, of which those that begin with a slash are the service's own.
+void answerStories(LoopbackServer& service, const std::vector<std::string>& thumbnails) {
+    std::vector<json> stories;
+    for (const std::string& thumbnail : thumbnails)
+        stories.push_back({{"thumbnail", (thumbnail.starts_with("/") ? service.origin() : "") + thumbnail}});
+    service.answer(rankingTarget, {.body = document(stories)});
+}
 
-    const NewsTimelineEntry entry = entryOf(runtime);
+TEST(NewsThumbnails, AreReadOneAfterAnotherAndKeptAsTheyCome) {
+    ServedRuntime phone;
+    phone.service.answer("/picture", {.body = "not a picture", .delay = 50ms});
+    phone.service.answer("/missing", {.status = 404, .body = "missing"});
+    phone.service.answer("/large", {.body = std::string((2U << 20) + 1, 'x')});
+    answerStories(phone.service, {"/picture", "/missing", "/large", "", "not an address"});
+
+    const NewsTimelineEntry entry = entryOf(phone.runtime);
     ASSERT_THAT(entry.newsUIVM, SizeIs(5));
     EXPECT_EQ(entry.newsUIVM[0].thumbnailData, Bytes("not a picture"));
     for (std::size_t i = 1; i < 5; ++i) EXPECT_FALSE(entry.newsUIVM[i].thumbnailData) << i;
     EXPECT_EQ(entry.newsUIVM[4].thumbnailUrl, "not an address");
 
     // The cut of the large one costs its connection; a warm process opens no other.
-    const int connections = service.connectionCount();
-    service.answer("/large", {.body = "small"});
-    entryOf(runtime);
-    entryOf(runtime);
-    EXPECT_LE(service.connectionCount(), connections + 1);
+    const int connections = phone.service.connectionCount();
+    phone.service.answer("/large", {.body = "small"});
+    entryOf(phone.runtime);
+    entryOf(phone.runtime);
+    EXPECT_LE(phone.service.connectionCount(), connections + 1);
     std::vector<std::string> targets;
-    for (const auto& request : service.requests()) targets.push_back(request.target);
+    for (const auto& request : phone.service.requests()) targets.push_back(request.target);
     targets.resize(4);
     EXPECT_THAT(targets, ElementsAre(rankingTarget, "/picture", "/missing", "/large"));
 }
 
 TEST(NewsThumbnails, AllTogetherHaveRoomForTwoMebibytes) {
-    LoopbackServer service;
-    service.answer("/half", {.body = std::string(1U << 20, 'x')});
-    service.answer("/small", {.body = "x"});
-    const auto withThumbnail = [&](const char* path) { return json{{"thumbnail", service.origin() + path}}; };
-    service.answer(rankingTarget,
-                   {.body = document({withThumbnail("/half"), withThumbnail("/small"), withThumbnail("/half"),
-                                      withThumbnail("/small"), withThumbnail("/half")})});
-    const TestRuntime runtime{{.webHost = service.origin()}};
+    ServedRuntime phone;
+    phone.service.answer("/half", {.body = std::string(1U << 20, 'x')});
+    phone.service.answer("/small", {.body = "x"});
+    answerStories(phone.service, {"/half", "/small", "/half", "/small", "/half"});
     std::vector<std::size_t> sizes;
-    for (const NewsUIVM& item : entryOf(runtime).newsUIVM) {
+    for (const NewsUIVM& item : entryOf(phone.runtime).newsUIVM)
         sizes.push_back(item.thumbnailData.value_or(Bytes()).size());
-    }
     EXPECT_THAT(sizes, ElementsAre(1U << 20, 1, 0, 1, 0));
 }
 
 TEST(NewsThumbnails, AllTogetherHaveEightSecondsAndDelayNoOtherAnswer) {
-    LoopbackServer service;
-    service.answer("/slow", {.ending = tests::Answer::Ending::silence});
-    const json slow{{"thumbnail", service.origin() + "/slow"}};
-    service.answer(rankingTarget, {.body = document({slow, slow, slow})});
-    service.answer("/other", {.body = "fine"});
-    const TestRuntime runtime{{.webHost = service.origin()}};
+    ServedRuntime phone;
+    phone.service.answer("/slow", {.ending = tests::Answer::Ending::silence});
+    answerStories(phone.service, {"/slow", "/slow", "/slow"});
+    phone.service.answer("/other", {.body = "fine"});
 
     tests::Awaited<NewsTimelineEntry> entry;
     const auto begin = std::chrono::steady_clock::now();
-    NewsProvider(runtime).getSnapshot({}, entry.taker());
-    ASSERT_TRUE(service.waitForRequests(2));
-    EXPECT_TRUE(runtime.urls().load({.url = *platform::URL::parse(service.origin() + "/other")}, begin + 5s));
+    NewsProvider(phone.runtime).getSnapshot({}, entry.taker());
+    ASSERT_TRUE(phone.service.waitForRequests(2));
+    EXPECT_TRUE(phone.runtime.urls().load({.url = *platform::URL::parse(phone.service.origin() + "/other")},
+                                          begin + 5s));
     EXPECT_FALSE(entry.isThere());
     EXPECT_THAT(entry.value().newsUIVM, SizeIs(3));
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 7900ms);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 12s);
-    EXPECT_THAT(service.requests(), SizeIs(3)) << "what is late anyway is not asked for";
+    EXPECT_THAT(phone.service.requests(), SizeIs(3)) << "what is late anyway is not asked for";
 }
 
 TEST(NewsViewModel, APublicFeedCannotShowPicturesOfAPrivateNetwork) {

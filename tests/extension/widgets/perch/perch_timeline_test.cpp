@@ -10,8 +10,7 @@
 #include "extension/widgets/perch/timeline/perch_timeline_provider.h"
 #include "platform/widget/widget.h"
 #include "tests/extension/shared_settings.h"
-#include "tests/support/loopback_server.h"
-#include "tests/support/test_runtime.h"
+#include "tests/support/served_runtime.h"
 #include "tests/support/waiting.h"
 
 namespace extension {
@@ -23,7 +22,7 @@ using platform::TimelineReloadPolicy;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::Answer;
-using tests::LoopbackServer;
+using tests::ServedRuntime;
 using tests::snapshotOf;
 using tests::TestRuntime;
 using tests::timelineOf;
@@ -59,120 +58,107 @@ std::vector<std::string> titlesAndPrices(const PerchTimelineEntry& entry) {
 }
 
 TEST(PerchTimeline, AFreshStoreAsksOnceForTheThreeIndicesAndAgainIn30Seconds) {
-    LoopbackServer service;
-    service.answer({.body = threeQuotes()});
-    const TestRuntime runtime{{.apiHost = service.origin()}};
+    const ServedRuntime phone({.body = threeQuotes()});
 
-    const auto timeline = timelineOf(PerchTimelineProvider{runtime});
+    const auto timeline = timelineOf(PerchTimelineProvider{phone.runtime});
 
     ASSERT_EQ(timeline.entries.size(), 1U);
     EXPECT_THAT(titlesAndPrices(timeline.entries[0]),
                 ElementsAre("SENSEX 80,123.45", "NIFTY 50 24,350.40", "NIFTY BANK 52,345.60"));
-    EXPECT_EQ(timeline.entries[0].date, runtime.now());
-    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(runtime.now() + 30s));
-    ASSERT_EQ(service.requests().size(), 1U);
-    EXPECT_EQ(service.requests()[0].method, "GET");
-    EXPECT_EQ(service.requests()[0].target,
+    EXPECT_EQ(timeline.entries[0].date, phone.runtime.now());
+    EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(phone.runtime.now() + 30s));
+    ASSERT_EQ(phone.service.requests().size(), 1U);
+    EXPECT_EQ(phone.service.requests()[0].method, "GET");
+    EXPECT_EQ(phone.service.requests()[0].target,
               "/swiftapi/v1/markets/multi-asset-info?asset_ids=in;SEN-II,in;NSX-II,in;nbx-II");
-    EXPECT_TRUE(runtime.logged("Refresh API - " + service.origin() + service.requests()[0].target));
+    EXPECT_TRUE(
+        phone.runtime.logged("Refresh API - " + phone.service.origin() + phone.service.requests()[0].target));
 }
 
 TEST(PerchTimeline, IsDueAgain30SecondsAfterTheQuestionHoweverLateTheAnswer) {
-    LoopbackServer service;
-    service.answer({.body = threeQuotes(), .delay = 300ms});
-    const TestRuntime runtime{{.apiHost = service.origin()}};
-    const auto asked = runtime.now();
-    const auto timeline = timelineOf(PerchTimelineProvider{runtime}, [&] {
-        EXPECT_TRUE(service.waitForRequests(1));
-        runtime.clock().set(asked + 20s, 0.0);
+    const ServedRuntime phone({.body = threeQuotes(), .delay = 300ms});
+    const auto asked = phone.runtime.now();
+    const auto timeline = timelineOf(PerchTimelineProvider{phone.runtime}, [&] {
+        EXPECT_TRUE(phone.service.waitForRequests(1));
+        phone.runtime.clock().set(asked + 20s, 0.0);
     });
     EXPECT_EQ(timeline.entries.at(0).date, asked + 20s);
     EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(asked + 30s));
 }
 
 TEST(PerchTimeline, AnyFaultOfTheServiceIsAnEntryWithoutRows) {
-    const struct {
-        const char* what;
-        Answer answer;
-    } faults[] = {
+    const std::pair<const char*, Answer> faults[] = {
         {"server error, however good its body", {.status = 500, .body = threeQuotes()}},
         {"cut message", {.body = threeQuotes().substr(0, 20)}},
         {"no quotes", {.body = std::string("\x12\0", 2)}},
         {"quotes of other assets", {.body = quotes({{"77", "1"}})}},
         {"reset connection", {.body = threeQuotes(), .ending = Answer::Ending::reset}},
     };
-    for (const auto& fault : faults) {
-        LoopbackServer service;
-        service.answer(fault.answer);
-        const TestRuntime runtime{{.apiHost = service.origin()}};
-        PerchTimelineProvider provider{runtime};
+    for (const auto& [what, answer] : faults) {
+        const ServedRuntime phone(answer);
+        PerchTimelineProvider provider{phone.runtime};
 
         const auto timeline = timelineOf(provider);
-        ASSERT_EQ(timeline.entries.size(), 1U) << fault.what;
-        ASSERT_TRUE(timeline.entries[0].multiAssetDataListItem) << fault.what;
-        EXPECT_THAT(*timeline.entries[0].multiAssetDataListItem, IsEmpty()) << fault.what;
-        EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(runtime.now() + 30s)) << fault.what;
+        ASSERT_EQ(timeline.entries.size(), 1U) << what;
+        ASSERT_TRUE(timeline.entries[0].multiAssetDataListItem) << what;
+        EXPECT_THAT(*timeline.entries[0].multiAssetDataListItem, IsEmpty()) << what;
+        EXPECT_EQ(timeline.policy, TimelineReloadPolicy::after(phone.runtime.now() + 30s)) << what;
 
         const auto snapshot = snapshotOf(provider);
-        ASSERT_TRUE(snapshot.multiAssetDataListItem) << fault.what;
-        EXPECT_THAT(*snapshot.multiAssetDataListItem, IsEmpty()) << fault.what;
+        ASSERT_TRUE(snapshot.multiAssetDataListItem) << what;
+        EXPECT_THAT(*snapshot.multiAssetDataListItem, IsEmpty()) << what;
     }
 }
 
 TEST(PerchTimeline, WithoutIdentifiersNothingIsAskedAndTheAnswerComesAtOnce) {
-    LoopbackServer service;
-    const TestRuntime runtime{{.apiHost = service.origin()}};
-    chooseStocks(runtime, {"", ""});
-    PerchTimelineProvider provider{runtime};
+    const ServedRuntime phone;
+    chooseStocks(phone.runtime, {"", ""});
+    PerchTimelineProvider provider{phone.runtime};
 
     tests::Awaited<platform::Timeline<PerchTimelineEntry>> timeline;
     provider.getTimeline({}, timeline.taker());
     ASSERT_TRUE(timeline.isThere());
     const auto answer = timeline.value();
     EXPECT_THAT(*answer.entries.at(0).multiAssetDataListItem, IsEmpty());
-    EXPECT_EQ(answer.policy, TimelineReloadPolicy::after(runtime.now() + 30s));
+    EXPECT_EQ(answer.policy, TimelineReloadPolicy::after(phone.runtime.now() + 30s));
 
     tests::Awaited<PerchTimelineEntry> snapshot;
     provider.getSnapshot({}, snapshot.taker());
     EXPECT_TRUE(snapshot.isThere());
     EXPECT_THAT(provider.placeholder({}).multiAssetDataListItem.value(), IsEmpty());
-    EXPECT_THAT(service.requests(), IsEmpty());
+    EXPECT_THAT(phone.service.requests(), IsEmpty());
 }
 
 TEST(PerchTimeline, IdentifiersAreSentAsTheyStandTwiceWhenChosenTwiceAndNoneForNone) {
-    LoopbackServer service;
-    service.answer({.body = threeQuotes()});
-    const TestRuntime runtime{{.apiHost = service.origin()}};
-    chooseStocks(runtime, {"b;1", "", "a", "b;1"});
+    const ServedRuntime phone({.body = threeQuotes()});
+    chooseStocks(phone.runtime, {"b;1", "", "a", "b;1"});
 
-    const auto snapshot = snapshotOf(PerchTimelineProvider{runtime});
-    EXPECT_EQ(service.requests().at(0).target, "/swiftapi/v1/markets/multi-asset-info?asset_ids=b;1,a,b;1");
+    const auto snapshot = snapshotOf(PerchTimelineProvider{phone.runtime});
+    EXPECT_EQ(phone.service.requests().at(0).target,
+              "/swiftapi/v1/markets/multi-asset-info?asset_ids=b;1,a,b;1");
     // The asset that nobody was asked about has a quote all the same, under its id.
     EXPECT_EQ(snapshot.multiAssetDataListItem->size(), 4U);
 }
 
 TEST(PerchTimeline, AnIdentifierThatMakesNoAddressIsAnEntryWithoutRowsAndNoRequest) {
-    LoopbackServer service;
-    const TestRuntime runtime{{.apiHost = service.origin()}};
-    chooseStocks(runtime, {"a b"});
-    PerchTimelineProvider provider{runtime};
+    const ServedRuntime phone;
+    chooseStocks(phone.runtime, {"a b"});
+    PerchTimelineProvider provider{phone.runtime};
     EXPECT_THAT(*snapshotOf(provider).multiAssetDataListItem, IsEmpty());
     const auto placeholder = provider.placeholder({});
     ASSERT_TRUE(placeholder.multiAssetDataListItem) << "the failure comes before the answer";
     EXPECT_THAT(*placeholder.multiAssetDataListItem, IsEmpty());
-    EXPECT_THAT(service.requests(), IsEmpty());
+    EXPECT_THAT(phone.service.requests(), IsEmpty());
 }
 
 TEST(PerchTimeline, ShowsAChangedChoiceAndThemeWithTheNextQuestion) {
-    LoopbackServer service;
-    service.answer({.body = threeQuotes()});
-    const TestRuntime runtime{{.apiHost = service.origin()}};
-    store(runtime, keys::themeType, 1);
-    PerchTimelineProvider provider{runtime};
+    const ServedRuntime phone({.body = threeQuotes()});
+    store(phone.runtime, keys::themeType, 1);
+    PerchTimelineProvider provider{phone.runtime};
     const auto before = snapshotOf(provider);
 
-    chooseStocks(runtime, {"x"});
-    store(runtime, keys::themeType, 0);
+    chooseStocks(phone.runtime, {"x"});
+    store(phone.runtime, keys::themeType, 0);
     const auto after = snapshotOf(provider);
     EXPECT_EQ(before.multiAssetDataListItem->size(), 3U);
     EXPECT_EQ(after.multiAssetDataListItem->size(), 4U);
@@ -182,26 +168,22 @@ TEST(PerchTimeline, ShowsAChangedChoiceAndThemeWithTheNextQuestion) {
 }
 
 TEST(PerchPlaceholder, AnswersWithoutWaitingForTheServiceAndLeavesNothingBehind) {
-    LoopbackServer service;
-    service.answer({.ending = Answer::Ending::silence});
     const auto start = std::chrono::steady_clock::now();
     {
-        const TestRuntime runtime{{.apiHost = service.origin()}};
-        const auto entry = PerchTimelineProvider{runtime}.placeholder({});
+        const ServedRuntime phone({.ending = Answer::Ending::silence});
+        const auto entry = PerchTimelineProvider{phone.runtime}.placeholder({});
         EXPECT_FALSE(entry.multiAssetDataListItem);
-        EXPECT_EQ(entry.date, runtime.now());
-        EXPECT_TRUE(service.waitForRequests(1));
+        EXPECT_EQ(entry.date, phone.runtime.now());
+        EXPECT_TRUE(phone.service.waitForRequests(1));
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
 }
 
 TEST(PerchTimeline, SeveralFamiliesMayAskAtOnceAndTheProviderMayGoBeforeTheAnswers) {
-    LoopbackServer service;
-    service.answer({.body = threeQuotes(), .delay = 50ms});
-    const TestRuntime runtime{{.apiHost = service.origin()}};
+    const ServedRuntime phone({.body = threeQuotes(), .delay = 50ms});
     std::vector<tests::Awaited<platform::Timeline<PerchTimelineEntry>>> answers(8);
     {
-        PerchTimelineProvider provider{runtime};
+        PerchTimelineProvider provider{phone.runtime};
         std::vector<std::thread> askers;
         for (auto& answer : answers) askers.emplace_back([&] { provider.getTimeline({}, answer.taker()); });
         for (auto& asker : askers) asker.join();
