@@ -4,6 +4,7 @@
 // pictures, and the portfolios of three users. It can be made to fail.
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -31,8 +32,10 @@ struct DemoUser {
 /// POST /demo/fault with the name of a fault as its body, which is in force from the next request on.
 class DemoService {
 public:
-    /// `port` 0 takes any free one. `clock` must outlive the service; null: the system's clock.
-    static platform::Result<std::unique_ptr<DemoService>> start(std::uint16_t port = 0,
+    /// `pictures` is the folder of the stories' pictures (0.jpg and on). `port` 0 takes any free one. `clock`
+    /// must outlive the service; null: the system's clock.
+    static platform::Result<std::unique_ptr<DemoService>> start(std::filesystem::path pictures,
+                                                                std::uint16_t port = 0,
                                                                 const platform::Clock* clock = nullptr);
     ~DemoService();
 
