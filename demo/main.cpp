@@ -8,6 +8,7 @@
 #include "platform/base/ascii.h"
 #include "platform/base/ending_signals.h"
 #include "platform/base/standard_streams.h"
+#include "platform/runtime/process_options.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ int main(int count, char** arguments) {
     const sigset_t signals = platform::blockEndingSignals();
     std::signal(SIGPIPE, SIG_IGN);
 
-    const auto service = demo::DemoService::start(port);
+    const auto service = demo::DemoService::start(platform::resourcesDirectory() / "demo", port);
     if (!service) {
         std::cerr << "brightledger-demo: " << service.error().message << "\n";
         return 1;

@@ -2,14 +2,13 @@
 #include <array>
 #include <atomic>
 #include <cmath>
-#include <map>
 #include <mutex>
 #include <optional>
 #include "demo/json_response.h"
 #include "demo/market.h"
-#include "demo/pictures.h"
 #include "demo/quotes.h"
 #include "demo/scenes.h"
+#include "platform/base/files.h"
 
 namespace demo {
 
@@ -118,16 +117,11 @@ Response news(const Request& request, platform::Instant now, const std::string& 
     return jsonResponse({{"status", "success"}, {"list", list}});
 }
 
-Response thumbnail(const Request& request) {
-    static std::mutex mutex;
-    static std::map<int, platform::Bytes> drawn;
+Response thumbnail(const Request& request, const std::filesystem::path& pictures) {
     const std::string name = request.path.substr(thumbnailPath.size());
-    const std::size_t index = std::strtoul(name.c_str(), nullptr, 10);
-    if (name != std::to_string(index) + ".jpg" || index >= pictureCount) return missing();
-    const std::lock_guard lock(mutex);
-    platform::Bytes& picture = drawn[static_cast<int>(index)];
-    if (picture.empty()) picture = platform::Bytes(makePicture(static_cast<int>(index)));
-    return {.contentType = "image/jpeg", .body = picture};
+    if (name != std::to_string(std::strtoul(name.c_str(), nullptr, 10)) + ".jpg") return missing();
+    const auto picture = platform::readFile(pictures / name, 1U << 20);
+    return picture ? Response{.contentType = "image/jpeg", .body = platform::Bytes(*picture)} : missing();
 }
 
 struct Holding {
@@ -214,14 +208,15 @@ Response catalogueResponse(platform::Instant now) {
 
 }  // namespace
 
-Response serviceAnswer(const Request& request, platform::Instant now, const std::string& origin) {
+Response serviceAnswer(const Request& request, platform::Instant now, const std::string& origin,
+                       const std::filesystem::path& pictures) {
     if (request.path == quotesPath) {
         return quotesResponse(request, now, [now](const Instrument& instrument, std::size_t) {
             return priceAt(instrument, now);
         });
     }
     if (request.path == portfolioPath) return portfolio(request, now);
-    if (request.path.starts_with(thumbnailPath)) return thumbnail(request);
+    if (request.path.starts_with(thumbnailPath)) return thumbnail(request, pictures);
     return request.path == newsPath ? news(request, now, origin) : missing();
 }
 
@@ -229,6 +224,7 @@ struct DemoService::Implementation {
     Response answer(const Request& request);
     Response control(const Request& request);
 
+    std::filesystem::path pictures;
     platform::Clock systemClock;
     const platform::Clock* clock = &systemClock;
     std::atomic<const Fault*> fault{&faults.front()};
@@ -248,7 +244,7 @@ Response DemoService::Implementation::answer(const Request& request) {
         return std::pair(clock->now(), origin);
     }();
     if (request.path.starts_with(scenePrefix)) return sceneAnswer(request, ownOrigin);
-    Response response = serviceAnswer(request, now, ownOrigin);
+    Response response = serviceAnswer(request, now, ownOrigin, pictures);
     current->spoil(response);
     return response;
 }
@@ -277,9 +273,11 @@ Response DemoService::Implementation::control(const Request& request) {
     return jsonResponse(list);
 }
 
-platform::Result<std::unique_ptr<DemoService>> DemoService::start(std::uint16_t port,
+platform::Result<std::unique_ptr<DemoService>> DemoService::start(std::filesystem::path pictures,
+                                                                  std::uint16_t port,
                                                                   const platform::Clock* clock) {
     auto implementation = std::make_unique<Implementation>();
+    implementation->pictures = std::move(pictures);
     if (clock != nullptr) implementation->clock = clock;
     const std::lock_guard lock(implementation->mutex);
     auto server = serving::HttpServer::start(

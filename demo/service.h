@@ -4,6 +4,7 @@
 // pictures, and the portfolios of three users. It can be made to fail.
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -23,9 +24,10 @@ struct DemoUser {
     std::string description;
 };
 
-/// What the service answers to the extension at that moment. `origin` is the service's own address.
+/// What the service answers to the extension at that moment. `origin` is the service's own address,
+/// `pictures` the folder of the stories' pictures (0.jpg and on).
 serving::Response serviceAnswer(const serving::Request& request, platform::Instant now,
-                                const std::string& origin);
+                                const std::string& origin, const std::filesystem::path& pictures);
 
 /// Listens as long as it lives. Prices depend only on the clock, so that two services give the same prices at
 /// the same moment.
@@ -36,8 +38,10 @@ serving::Response serviceAnswer(const serving::Request& request, platform::Insta
 /// POST /demo/fault with the name of a fault as its body, which is in force from the next request on.
 class DemoService {
 public:
-    /// `port` 0 takes any free one. `clock` must outlive the service; null: the system's clock.
-    static platform::Result<std::unique_ptr<DemoService>> start(std::uint16_t port = 0,
+    /// `pictures` as above. `port` 0 takes any free one. `clock`
+    /// must outlive the service; null: the system's clock.
+    static platform::Result<std::unique_ptr<DemoService>> start(std::filesystem::path pictures,
+                                                                std::uint16_t port = 0,
                                                                 const platform::Clock* clock = nullptr);
     ~DemoService();
 

@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 #include <set>
 #include "demo/market.h"
-#include "demo/pictures.h"
 #include "extension/widgets/perch/proto/market_package.h"
 #include "tests/support/raw_client.h"
 
@@ -34,7 +33,7 @@ Answer ask(const DemoService& service, const std::string& method, const std::str
 }
 
 std::unique_ptr<DemoService> service(const platform::Clock* clock = nullptr) {
-    auto started = DemoService::start(0, clock);
+    auto started = DemoService::start(BRIGHTLEDGER_SOURCE_DIR "/resources/demo", 0, clock);
     EXPECT_TRUE(started);
     return std::move(*started);
 }

@@ -63,7 +63,8 @@ private:
     std::string path(const std::string& name) const { return directory_.path() / name; }
 
     tests::TemporaryDirectory directory_;
-    std::unique_ptr<demo::DemoService> service_ = std::move(*demo::DemoService::start());
+    std::unique_ptr<demo::DemoService> service_ =
+        std::move(*demo::DemoService::start(BRIGHTLEDGER_SOURCE_DIR "/resources/demo"));
 };
 
 TEST_F(Transcript, OfWrongUsage) { expectTranscript("programs/wrong_usage.txt"); }

@@ -67,7 +67,7 @@ Result<HTTPResponse> SimulatedNetwork::answer(const URLRequest& request) {
     serving::Response answered = user ? portfolioOf(*user)
                                  : asked.path.starts_with("/thumbnails/")
                                      ? serving::Response{.body = Bytes("a picture")}
-                                     : demo::serviceAnswer(asked, now_(), serviceOrigin);
+                                     : demo::serviceAnswer(asked, now_(), serviceOrigin, {});
     if (random_.happens(weather_.wrongStatus)) answered.status = random_.oneOf(statuses);
     std::string body(answered.body.view());
     if (random_.happens(weather_.damaged) && !body.empty()) {
