@@ -1,5 +1,6 @@
 #include "platform/json/json_document.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
@@ -75,6 +76,15 @@ private:
     std::size_t values_ = 0;
 };
 
+/// " at line 1, column 3" for the third byte; nothing when no place is known.
+std::string placeIn(std::string_view text, std::size_t count) {
+    if (count == 0) return "";
+    const std::string_view before = text.substr(0, count - 1);
+    const auto line = 1 + std::ranges::count(before, '\n');
+    const std::size_t column = before.size() - (before.rfind('\n') + 1);
+    return " at line " + std::to_string(line) + ", column " + std::to_string(column + 1);
+}
+
 }  // namespace
 
 Result<Json> parsedJson(std::string_view text, const JSONLimits& limits) {
@@ -82,8 +92,7 @@ Result<Json> parsedJson(std::string_view text, const JSONLimits& limits) {
     if (text.find('\0') != text.npos) return failure("JSONError", 1, "not JSON: it holds a NUL character");
     Builder builder(limits);
     if (Json::sax_parse(text, &builder)) return std::move(builder.document);
-    const std::string place = builder.place == 0 ? "" : " at byte " + std::to_string(builder.place);
-    return failure("JSONError", 1, builder.problem + place);
+    return failure("JSONError", 1, builder.problem + placeIn(text, builder.place));
 }
 
 }  // namespace platform
