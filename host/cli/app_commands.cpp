@@ -34,7 +34,7 @@ Result<void> callWords(companion::PhoneApp& app, const std::vector<std::string>&
     const auto result = app.call(words[0], words[1], {words.begin() + 2, words.end()});
     if (!result) return tl::unexpected(result.error());
     // One line per call, so that the results of several calls can be told apart.
-    return printText(result->dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    return printLines(result->dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
 
 Result<void> callLines(companion::PhoneApp& app, std::istream& input) {
@@ -125,7 +125,7 @@ Result<void> explainReloads(const ProcessOptions& process, const std::string& ki
         return tl::unexpected(known ? answer.error() : known.error());
     }
     if (!answer->ends_with('\n')) *answer += '\n';
-    return printText(*answer);
+    return printLines(*answer);
 }
 
 Result<void> becomeDemo(int port) {

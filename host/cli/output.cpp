@@ -3,11 +3,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include "platform/base/file_descriptor.h"
+#include "platform/base/terminal_text.h"
 #include "platform/wire/descriptor.h"
 
 namespace host {
@@ -27,7 +29,11 @@ tl::unexpected<Error> fileFailure(const std::filesystem::path& file, std::string
 }  // namespace
 
 Result<void> print(const nlohmann::ordered_json& json) {
-    return printText(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    return printLines(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+}
+
+Result<void> printLines(std::string_view text) {
+    return printText(platform::terminalText(text, /*keepsLineBreaks=*/true));
 }
 
 Result<void> printText(std::string_view text) {
@@ -36,7 +42,9 @@ Result<void> printText(std::string_view text) {
     return {};
 }
 
-void printLine(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
+void printLine(const std::string& text) {
+    std::fprintf(stderr, "%s\n", platform::terminalText(text).c_str());
+}
 
 Result<void> writeFile(const std::filesystem::path& file, std::string_view content, bool isPrivate) {
     const platform::FileDescriptor output(
@@ -63,9 +71,7 @@ Result<std::string> readFile(const std::filesystem::path& file) {
 
 int complain(const Error& error) {
     std::string line = "brightledger: " + error.message;
-    for (char& character : line) {
-        if (character == '\n' || character == '\r') character = ' ';
-    }
+    std::ranges::replace(line, '\n', ' ');
     printLine(line);
     return error.domain == "UsageError" ? 2 : 1;
 }

@@ -12,6 +12,8 @@ namespace host {
 
 /// To standard output, indented, with a line break at the end.
 platform::Result<void> print(const nlohmann::ordered_json& json);
+/// To standard output, with control characters other than line breaks shown as text.
+platform::Result<void> printLines(std::string_view text);
 /// To standard output as it is.
 platform::Result<void> printText(std::string_view text);
 /// One line on standard error.

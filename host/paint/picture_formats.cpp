@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 #include "platform/base/alternatives.h"
+#include "platform/base/terminal_text.h"
 
 namespace host {
 namespace {
@@ -23,7 +24,9 @@ Result<std::string> svgContent(Painter& painter, const DisplayList& list, int /*
 
 Result<std::string> jsonContent(Painter& /*painter*/, const DisplayList& list, int /*scale*/,
                                 Painter::Timing& /*timing*/) {
-    return displayListJson(list).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    const std::string text =
+        displayListJson(list).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    return platform::terminalText(text, /*keepsLineBreaks=*/true) + "\n";
 }
 
 }  // namespace

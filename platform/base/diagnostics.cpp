@@ -4,6 +4,7 @@
 #include <utility>
 #include "platform/base/debug_log.h"
 #include "platform/base/fatal.h"
+#include "platform/base/terminal_text.h"
 
 namespace platform {
 namespace {
@@ -16,7 +17,7 @@ void handleFatalErrors(void (*handler)(std::string_view message)) { fatalErrorHa
 
 void fatalError(std::string_view message) {
     if (fatalErrorHandler != nullptr) fatalErrorHandler(message);
-    const std::string line = "fatal error: " + std::string(message) + "\n";
+    const std::string line = "fatal error: " + terminalText(message) + "\n";
     std::fputs(line.c_str(), stderr);
     std::fflush(stderr);
     std::abort();
@@ -32,7 +33,7 @@ void DebugLog::write(std::string_view line) {
 
 DebugLog::Sink DebugLog::standardError() {
     return [](std::string_view line) {
-        const std::string text = "debug: " + std::string(line) + "\n";
+        const std::string text = "debug: " + terminalText(line) + "\n";
         std::fputs(text.c_str(), stderr);
     };
 }

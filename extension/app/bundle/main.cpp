@@ -11,6 +11,7 @@
 #include "extension/app/bundle/message_loop.h"
 #include "extension/app/bundle/perch_widget_bundle.h"
 #include "platform/base/standard_streams.h"
+#include "platform/base/terminal_text.h"
 #include "platform/runtime/command_line.h"
 #include "platform/runtime/process_options.h"
 
@@ -18,7 +19,7 @@ namespace {
 
 /// The exit code.
 int complain(const platform::Error& error) {
-    std::fprintf(stderr, "brightledger-extension: %s\n", error.message.c_str());
+    std::fprintf(stderr, "brightledger-extension: %s\n", platform::terminalText(error.message).c_str());
     return error.domain == "UsageError" ? 2 : 1;
 }
 
