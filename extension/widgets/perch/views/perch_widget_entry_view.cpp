@@ -1,7 +1,7 @@
 #include "extension/widgets/perch/views/perch_widget_entry_view.h"
 
 #include <vector>
-#include "extension/ui/common/widget_divider.h"
+#include "extension/ui/common/widget_item_texts.h"
 #include "extension/widgets/perch/views/multi_asset_view.h"
 #include "extension/widgets/perch/views/multi_asset_view_compact.h"
 #include "extension/widgets/perch/views/perch_widget_setting_view.h"
