@@ -8,7 +8,7 @@
 #include "extension/widgets/perch/timeline/perch_timeline_provider.h"
 #include "extension/widgets/perch/views/perch_widget_entry_view.h"
 #include "extension/widgets/portfolio/timeline/pw_provider.h"
-#include "extension/widgets/portfolio/views/portfolio_widget_entry_view.h"
+#include "extension/widgets/portfolio/views/portfolio_view.h"
 
 namespace extension {
 
