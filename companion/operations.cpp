@@ -231,10 +231,7 @@ void addColors(Operations& all) {
                                       return extension::colorFromHexStringAndOpacity(hex, alpha);
                                   });
     all.add("UIColor", "hexString", checkedHexString);
-    all.add<std::string_view>("NSString", "getTheDirectionColor",
-                              [](ProcessState& state, std::string_view code) {
-                                  return extension::getTheDirectionColor(code, state);
-                              });
+    all.add("NSString", "getTheDirectionColor", extension::getTheDirectionColor);
 }
 
 const std::vector<Operation>& allOperations() {

@@ -9,6 +9,7 @@
 #include "extension/widgets/perch/views/perch_widget_entry_view.h"
 #include "extension/widgets/portfolio/timeline/pw_provider.h"
 #include "extension/widgets/portfolio/views/portfolio_view.h"
+#include "platform/view/view.h"
 
 namespace extension {
 

@@ -30,15 +30,7 @@ void signIn(const platform::Runtime& runtime, const LoopbackServer& service) {
     store(runtime, keys::userPortfolio, service.origin() + "/portfolio?a=b");
 }
 
-std::optional<PropertyList> saved(const platform::Runtime& runtime) {
-    return *(*sharedDefaults(runtime))->object(keys::portfolioArray);
-}
-
-/// Rows of one figure each, so that they can be told from fetched ones.
-void saveRows(const platform::Runtime& runtime, const std::string& json) {
-    store(runtime, keys::portfolioArray, platform::Bytes(json));
-}
-
+/// A row of one figure, so that it can be told from fetched ones.
 constexpr const char* oneSavedRow = R"([{"id":"5A0E7C5E-90C1-4DA9-8B0C-4F4B8A6F1D11","title":"Networth",
     "value":"1","isTrailing":false,"percentage":""}])";
 
@@ -117,13 +109,14 @@ TEST(PortfolioAnswer, BecomesOneOfFourStatesAndOnlyASuccessIsSaved) {
         service.answer(example.answer);
         const TestRuntime runtime;
         signIn(runtime, service);
-        saveRows(runtime, oneSavedRow);
+        store(runtime, keys::portfolioArray, platform::Bytes(oneSavedRow));
 
         const auto entry = snapshotOf(PWProvider(runtime));
         EXPECT_EQ(entry.apiError, example.state) << example.answer.body;
         const bool isSuccess = example.state == PWAPIError::success;
         EXPECT_EQ(entry.portfolioWidgetVM.size(), isSuccess ? 4U : 0U);
-        EXPECT_EQ(saved(runtime) != PropertyList(platform::Bytes(oneSavedRow)), isSuccess)
+        EXPECT_EQ(stored(runtime, keys::portfolioArray) != PropertyList(platform::Bytes(oneSavedRow)),
+                  isSuccess)
             << example.answer.body;
         EXPECT_EQ(runtime.logged("Portfolio array saved successfully."), isSuccess);
     }
@@ -138,7 +131,7 @@ TEST(PortfolioAnswer, ReachesItsCompletionAlsoWhenTheViewModelHasGone) {
     Awaited<PWTimelineEntry> entry;
     std::make_shared<PWViewModel>(runtime)->fetch(entry.taker());
     EXPECT_EQ(entry.value().apiError, PWAPIError::failed);
-    EXPECT_EQ(saved(runtime), std::nullopt);
+    EXPECT_EQ(stored(runtime, keys::portfolioArray), std::nullopt);
 }
 
 TEST(PortfolioAnswer, IsSavedUnlessItsUserIsNotSignedInAnyMore) {
@@ -164,7 +157,7 @@ TEST(PortfolioAnswer, IsSavedUnlessItsUserIsNotSignedInAnyMore) {
         const auto defaults = *sharedDefaults(runtime);
         ASSERT_TRUE(value ? defaults->set(key, *value) : defaults->remove(key));
         EXPECT_EQ(entry.value().apiError, PWAPIError::success);
-        EXPECT_EQ(saved(runtime).has_value(), isSaved) << key;
+        EXPECT_EQ(stored(runtime, keys::portfolioArray).has_value(), isSaved) << key;
         EXPECT_EQ(runtime.logged("Portfolio array not saved"), !isSaved) << key;
     }
 }
@@ -183,7 +176,7 @@ TEST(PortfolioTimeline, AsksFromNineToFourInclusiveAndShowsSavedRowsOtherwise) {
         service.answer({.body = goodPortfolio});
         const TestRuntime runtime{{.now = example.now}};
         signIn(runtime, service);
-        saveRows(runtime, oneSavedRow);
+        store(runtime, keys::portfolioArray, platform::Bytes(oneSavedRow));
 
         const auto timeline = timelineOf(PWProvider(runtime));
         ASSERT_THAT(timeline.entries, SizeIs(1)) << example.now;
@@ -216,7 +209,7 @@ TEST(PortfolioTimeline, OutsideOfItsHoursAsksOnlyWhenNothingReadableIsSaved) {
         service.answer({.body = goodPortfolio});
         const TestRuntime runtime{{.now = "2026-11-22T10:30:01Z"}};
         signIn(runtime, service);
-        if (*rows != '\0') saveRows(runtime, rows);
+        if (*rows != '\0') store(runtime, keys::portfolioArray, platform::Bytes(std::string(rows)));
 
         const auto timeline = timelineOf(PWProvider(runtime));
         EXPECT_THAT(timeline.entries[0].portfolioWidgetVM, SizeIs(4)) << rows;
