@@ -50,10 +50,9 @@ Result<void> writeSession(Transaction& store, const std::optional<Session>& sess
         .and_then([&] { return setOrRemove(store, keys::userPortfolio, text(&Session::portfolioAddress)); });
 }
 
+/// In the order of `assetKinds`.
 constexpr std::array assetKeys{keys::indicesWidget, keys::stockWidget, keys::futureWidget,
                                keys::cryptoWidget};
-constexpr std::array assetLists{&ChosenAssets::indices, &ChosenAssets::stocks, &ChosenAssets::futures,
-                                &ChosenAssets::cryptos};
 
 /// The other links of the phone app, which share an archive with the address of the news.
 Result<PropertyList::Dictionary> linksIn(const std::optional<PropertyList>& stored) {
@@ -67,7 +66,25 @@ Result<PropertyList::Dictionary> linksIn(const std::optional<PropertyList>& stor
                                  "\") cannot be read and stay as they are");
 }
 
+/// Empty when there is no such field.
+std::string fieldOf(const platform::PropertyList& asset, std::string_view name) {
+    const auto* fields = asset.dictionary();
+    if (fields == nullptr) return "";
+    const auto found = fields->find(name);
+    return found != fields->end() && found->second.text() != nullptr ? *found->second.text() : "";
+}
+
 }  // namespace
+
+std::string keyOf(const platform::PropertyList& asset) {
+    const std::string identifier = fieldOf(asset, "priceIdentifier");
+    return identifier.empty() ? fieldOf(asset, "title") : identifier;
+}
+
+std::string titleOf(const platform::PropertyList& asset) {
+    const std::string title = fieldOf(asset, "title");
+    return title.empty() ? keyOf(asset) : title;
+}
 
 Result<void> setSession(const platform::Runtime& runtime, const std::optional<Session>& session) {
     return change(runtime, [&](Transaction& store) -> Result<void> {
@@ -94,7 +111,7 @@ Result<std::optional<Session>> session(const platform::Runtime& runtime) {
 Result<void> setChosenAssets(const platform::Runtime& runtime, const ChosenAssets& assets) {
     return change(runtime, [&](Transaction& store) -> Result<void> {
         for (std::size_t i = 0; i < assetKeys.size(); ++i) {
-            const Result<void> written = store.set(assetKeys[i], assets.*assetLists[i]);
+            const Result<void> written = store.set(assetKeys[i], assets.*assetKinds[i].list);
             if (!written) return written;
         }
         return {};
@@ -107,7 +124,7 @@ Result<ChosenAssets> chosenAssets(const platform::Runtime& runtime) {
     ChosenAssets assets;
     for (std::size_t i = 0; i < assetKeys.size(); ++i) {
         const auto* list = (*stored)[i] ? (*stored)[i]->array() : nullptr;
-        if (list) assets.*assetLists[i] = *list;
+        if (list) assets.*assetKinds[i].list = *list;
     }
     return assets;
 }

@@ -21,6 +21,9 @@ struct PaletteColor {
 /// All 211, in the order of `palette.def`.
 std::span<const PaletteColor> palette();
 
+/// None, white and alpha, or red, green, blue and alpha; nothing for any other number of components.
+std::optional<platform::Color> colorOfComponents(std::span<const double> components);
+
 /// A colour, without loss: its components as little-endian doubles, eight bytes each, and no bytes for a
 /// colour without components.
 platform::PropertyList encodedColor(const platform::Color& color);

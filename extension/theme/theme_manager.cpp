@@ -18,32 +18,29 @@ Result<void> writePalette(Transaction& store, bool isLight) {
     return {};
 }
 
-Result<void> applyThemeType(Transaction& store, ThemeType type, const platform::Runtime& runtime) {
-    if (type == ThemeType::unpainted) return {};
-    if (type != ThemeType::automatic) return writePalette(store, type == ThemeType::light);
-    const ThemeType automatic = automaticThemeType(runtime);
-    const Result<void> written = store.set(keys::autoThemeType, numberOf(automatic));
-    return written ? writePalette(store, automatic == ThemeType::light) : written;
-}
-
 /// Writes the choice and its palette.
 Result<void> chooseThemeType(Transaction& store, std::int64_t number, const platform::Runtime& runtime) {
     const std::int64_t choice = number >= 4 ? 0 : number;
-    const Result<void> written = store.set(keys::themeType, choice);
-    return written ? applyThemeType(store, themeTypeOf(choice), runtime) : written;
+    ThemeType type = themeTypeOf(choice);
+    Result<void> written = store.set(keys::themeType, choice);
+    if (type == ThemeType::automatic) {
+        type = automaticThemeType(runtime);
+        written = written.and_then([&] { return store.set(keys::autoThemeType, numberOf(type)); });
+    }
+    if (type == ThemeType::unpainted) return written;
+    return written.and_then([&] { return writePalette(store, type == ThemeType::light); });
 }
 
 /// Dark the first time, otherwise again what was chosen.
 Result<void> chooseDefault(Transaction& store, const platform::Runtime& runtime) {
     const auto isSet = store.object(keys::isThemeTypeSet);
-    if (!isSet) return tl::unexpected(isSet.error());
-    if (!platform::coercedBool(*isSet)) {
-        const Result<void> chosen = chooseThemeType(store, numberOf(ThemeType::dark), runtime);
-        return chosen ? store.set(keys::isThemeTypeSet, true) : chosen;
-    }
-    const auto stored = store.object(keys::themeType);
-    if (!stored) return tl::unexpected(stored.error());
-    return chooseThemeType(store, numberOf(themeTypeOf(platform::coercedInteger(*stored))), runtime);
+    const auto chosen = isSet ? store.object(keys::themeType) : isSet;
+    if (!chosen) return tl::unexpected(chosen.error());
+    if (platform::coercedBool(*isSet))
+        return chooseThemeType(store, numberOf(themeTypeOf(platform::coercedInteger(*chosen))), runtime);
+    return chooseThemeType(store, numberOf(ThemeType::dark), runtime).and_then([&] {
+        return store.set(keys::isThemeTypeSet, true);
+    });
 }
 
 /// Does `work` in the shared store and logs a failure.
@@ -131,6 +128,14 @@ bool ThemeManager::getReloadWidgetExtension(ProcessState& state) {
     if (!defaults) return false;
     const auto stored = (*defaults)->object(keys::reloadWidgetOnThemeChange);
     return stored && platform::coercedBool(*stored);
+}
+
+platform::Color getTheDirectionColor(std::string_view code, ProcessState& state) {
+    const auto theme = ThemeManager::currentTheme(state);
+    if (code == "1" || code == "+1" || code == "OPEN") return theme->positiveDirectionColor();
+    if (code == "-1" || code == "CLOSED") return theme->negativeDirectionColor();
+    if (code == "PRE" || code == "AFTER") return colorFromHexString("#FF9D00");
+    return theme->textColor();
 }
 
 }  // namespace extension

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
-#include "companion/chosen_assets.h"
 #include "companion/user_choices.h"
 
 namespace host {

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
-#include "companion/chosen_assets.h"
 #include "companion/deep_link.h"
 #include "companion/user_choices.h"
 #include "host/paint/widget_outline.h"

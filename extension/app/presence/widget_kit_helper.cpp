@@ -25,63 +25,7 @@ void notePresence(const std::vector<PlacedWidget>& placed, WidgetPresence& prese
     notePresence(placed, portfolioWidgetKind, presence.isPortfolioWigetAdded, presence.portfolioWidgetFamily);
 }
 
-template <typename T>
-T read(ProcessState& state, PresenceMember<T> property) {
-    return state.presence->get().*property;
-}
-
-template <typename T, typename Value>
-void write(ProcessState& state, PresenceMember<T> property, Value value) {
-    state.presence->update([&](WidgetPresence& presence) { presence.*property = value; });
-}
-
 }  // namespace
-
-bool WidgetKitHelper::isWigetAdded(ProcessState& state) { return read(state, &WidgetPresence::isWigetAdded); }
-
-void WidgetKitHelper::setIsWigetAdded(bool value, ProcessState& state) {
-    write(state, &WidgetPresence::isWigetAdded, value);
-}
-
-std::string WidgetKitHelper::widgetFamily(ProcessState& state) {
-    return read(state, &WidgetPresence::widgetFamily);
-}
-
-void WidgetKitHelper::setWidgetFamily(std::string_view value, ProcessState& state) {
-    write(state, &WidgetPresence::widgetFamily, value);
-}
-
-bool WidgetKitHelper::isNewsWidgetAdded(ProcessState& state) {
-    return read(state, &WidgetPresence::isNewsWidgetAdded);
-}
-
-void WidgetKitHelper::setIsNewsWidgetAdded(bool value, ProcessState& state) {
-    write(state, &WidgetPresence::isNewsWidgetAdded, value);
-}
-
-std::string WidgetKitHelper::newsWidgetFamily(ProcessState& state) {
-    return read(state, &WidgetPresence::newsWidgetFamily);
-}
-
-void WidgetKitHelper::setNewsWidgetFamily(std::string_view value, ProcessState& state) {
-    write(state, &WidgetPresence::newsWidgetFamily, value);
-}
-
-bool WidgetKitHelper::isPortfolioWigetAdded(ProcessState& state) {
-    return read(state, &WidgetPresence::isPortfolioWigetAdded);
-}
-
-void WidgetKitHelper::setIsPortfolioWigetAdded(bool value, ProcessState& state) {
-    write(state, &WidgetPresence::isPortfolioWigetAdded, value);
-}
-
-std::string WidgetKitHelper::portfolioWidgetFamily(ProcessState& state) {
-    return read(state, &WidgetPresence::portfolioWidgetFamily);
-}
-
-void WidgetKitHelper::setPortfolioWidgetFamily(std::string_view value, ProcessState& state) {
-    write(state, &WidgetPresence::portfolioWidgetFamily, value);
-}
 
 void WidgetKitHelper::getCurrentConfigurations(ProcessState& state, std::function<void()> completion) {
     state.runtime.widgetCenter().getCurrentConfigurations(

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include "extension/app/settings/build_flags.h"
 #include "platform/runtime/runtime.h"
 
 namespace extension {
@@ -16,6 +17,9 @@ inline constexpr std::string_view loginLink = "brightledgerwidget://login";
 inline constexpr std::string_view configureWidgetLink = "brightledgerwidget://configureWidget";
 
 /// The link to all news: a page of the production web host, in staging too.
-std::string moreNewsLink(const platform::Runtime& runtime);
+inline std::string moreNewsLink(const platform::Runtime& runtime) {
+    return std::string(widgetScheme) + "news/?isArticle=0&url=" + productionWebHost(runtime) +
+           "/sports/All-News/news/";
+}
 
 }  // namespace extension

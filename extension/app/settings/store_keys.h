@@ -41,6 +41,9 @@ inline constexpr std::string_view isThemeTypeSet = "IsThemeTypeSet";
 }  // namespace keys
 
 /// The store shared with the phone app. Any thread.
-platform::Result<std::shared_ptr<platform::UserDefaults>> sharedDefaults(const platform::Runtime& runtime);
+inline platform::Result<std::shared_ptr<platform::UserDefaults>> sharedDefaults(
+    const platform::Runtime& runtime) {
+    return runtime.defaults(keys::GROUP_TODAY_EXTENSION);
+}
 
 }  // namespace extension

@@ -18,4 +18,12 @@ View WidgetItemSubTitle::body() const { return oneLine(value, Font::system(isCom
 
 View WidgetItemSmallTitle::body() const { return oneLine(value, Font::system(isCompact ? 8 : 10), color); }
 
+View WidgetDivider::body() const {
+    return Divider()
+        .foregroundColor(color)
+        .opacity(0.5)
+        .frame({.height = isCompact ? 2.0 : 10.0})
+        .frame({.height = isCompact ? 4.0 : 10.0});
+}
+
 }  // namespace extension

@@ -1,6 +1,6 @@
 #pragma once
 
-// The texts that the widgets share.
+// The texts that the widgets share, and the line between them.
 
 #include <string>
 #include "platform/view/view.h"
@@ -40,6 +40,14 @@ struct WidgetItemSubTitle {
 /// Compact 8 points, full 10 points.
 struct WidgetItemSmallTitle {
     std::string value;
+    platform::Color color;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
+
+/// One pixel thick, in the middle of a little room: 4 points compact, 10 points full.
+struct WidgetDivider {
     platform::Color color;
     bool isCompact = false;
 

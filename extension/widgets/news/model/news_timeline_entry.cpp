@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <utility>
-#include "extension/theme/entry_theme.h"
+#include "extension/theme/theme_type.h"
 #include "platform/view/view_json.h"
 
 namespace extension {

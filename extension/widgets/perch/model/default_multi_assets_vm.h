@@ -1,7 +1,8 @@
 #pragma once
 
-// One asset that the user has chosen to follow, and how it is read from the settings store.
+// One asset that the user has chosen to follow: how it is read from the settings store, and its link.
 
+#include <cstddef>
 #include <string>
 #include <vector>
 #include "platform/settings/property_list.h"
@@ -41,5 +42,10 @@ struct DefaultMultiAssetsListVM {
 /// Reads a stored record. A value that is absent or not a text is empty; only the text "0" turns
 /// the link flag off. Never fails.
 DefaultMultiAssetsVM makeAsset(const platform::PropertyList::Dictionary& record);
+
+/// The address that opens the asset in the phone app: for the asset at `position` (from 0) of the user's
+/// list; the link counts from 1. Values go in as they are, and only titles lose their blanks, so the text
+/// need not be an address.
+std::string makeDeepLink(const DefaultMultiAssetsVM& asset, std::size_t position);
 
 }  // namespace extension

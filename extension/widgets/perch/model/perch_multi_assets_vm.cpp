@@ -1,28 +1,15 @@
 #include "extension/widgets/perch/model/perch_multi_assets_vm.h"
 
-#include <functional>
+#include <map>
 #include <unordered_map>
-#include "extension/widgets/perch/model/asset_deep_link.h"
+#include <utility>
+#include "extension/widgets/perch/model/default_multi_assets_vm.h"
 #include "platform/text/letter_case.h"
 
 namespace extension {
 namespace {
 
 using Quote = MarketPackage_MultiAssetDataListItem;
-
-struct AssetIdAndSymbol {
-    std::string_view assetId;
-    std::string_view symbol;
-
-    bool operator==(const AssetIdAndSymbol&) const = default;
-};
-
-struct AssetIdAndSymbolHash {
-    std::size_t operator()(const AssetIdAndSymbol& key) const {
-        const std::hash<std::string_view> hash;
-        return hash(key.assetId) * 31 + hash(key.symbol);
-    }
-};
 
 /// Finds an asset's quote without going through all quotes. Borrows the quotes.
 class QuoteIndex {
@@ -88,7 +75,7 @@ private:
     std::unordered_map<std::string_view, Group> byAssetId_;
     /// The first place, in wire order, of each pair. Only for ids that several quotes share, so usually
     /// empty.
-    std::unordered_map<AssetIdAndSymbol, int, AssetIdAndSymbolHash> byAssetIdAndSymbol_;
+    std::map<std::pair<std::string_view, std::string_view>, int> byAssetIdAndSymbol_;
 };
 
 std::optional<bool> isProfit(std::string_view direction) {

@@ -48,8 +48,8 @@ using QuoteList = google::protobuf::RepeatedPtrField<MarketPackage_MultiAssetDat
 /// A quote is an asset's when it carries the asset's id, symbol or `scId` as its `assetId`. An asset
 /// without a quote leaves no row but keeps its place: the rows after it still link to their own
 /// position. If several quotes fit, the first whose symbol is the asset's price identifier is taken; if
-/// there is none, the row has empty price texts. `quotes` come in wire order. Takes time in proportion
-/// to assets and quotes together. Never fails; any thread.
+/// there is none, the row has empty price texts. `quotes` come in wire order. Takes time nearly in
+/// proportion to assets and quotes together. Never fails; any thread.
 std::vector<PerchMultiAssetsVM> makeRows(const QuoteList& quotes,
                                          std::span<const DefaultMultiAssetsVM> assets,
                                          const platform::Runtime& runtime);

@@ -11,31 +11,18 @@ using platform::PropertyList;
 using platform::Result;
 using platform::UserDefaults;
 
-const PropertyList& defaultRecords() {
-    static const PropertyList records(
-        PropertyList::Array{PropertyList::Dictionary{{"title", "SENSEX"},
-                                                     {"exchg", "bse"},
-                                                     {"id", "4"},
-                                                     {"type", "indices"},
-                                                     {"symbol", "in;SEN"},
-                                                     {"priceIdentifier", "in;SEN-II"},
-                                                     {"link_flag", "1"}},
-                            PropertyList::Dictionary{{"title", "NIFTY 50"},
-                                                     {"exchg", "nse"},
-                                                     {"id", "9"},
-                                                     {"type", "indices"},
-                                                     {"symbol", "in;NSX"},
-                                                     {"priceIdentifier", "in;NSX-II"},
-                                                     {"link_flag", "1"}},
-                            // The service spells only this one in lower case.
-                            PropertyList::Dictionary{{"title", "NIFTY BANK"},
-                                                     {"exchg", "nse"},
-                                                     {"id", "23"},
-                                                     {"type", "indices"},
-                                                     {"symbol", "in;nbx"},
-                                                     {"priceIdentifier", "in;nbx-II"},
-                                                     {"link_flag", "1"}}});
-    return records;
+PropertyList indexRecord(const char* title, const char* exchange, const char* id, const std::string& symbol) {
+    return PropertyList::Dictionary{{"title", title},   {"exchg", exchange},
+                                    {"id", id},         {"type", "indices"},
+                                    {"symbol", symbol}, {"priceIdentifier", symbol + "-II"},
+                                    {"link_flag", "1"}};
+}
+
+PropertyList defaultRecords() {
+    // The service spells only the last symbol in lower case.
+    return PropertyList::Array{indexRecord("SENSEX", "bse", "4", "in;SEN"),
+                               indexRecord("NIFTY 50", "nse", "9", "in;NSX"),
+                               indexRecord("NIFTY BANK", "nse", "23", "in;nbx")};
 }
 
 // All or nothing: with the mark but without the list the user would never have assets.

@@ -20,7 +20,8 @@ class PerchTimelineProvider {
 public:
     using Entry = PerchTimelineEntry;
 
-    explicit PerchTimelineProvider(const platform::Runtime& runtime);
+    explicit PerchTimelineProvider(const platform::Runtime& runtime)
+        : runtime_(runtime), prices_(runtime), viewModel_(runtime) {}
 
     /// Answers at once, without rows. Starts a request for quotes that nobody waits for.
     Entry placeholder(const platform::TimelineProviderContext& context);
@@ -42,7 +43,6 @@ private:
     };
 
     Selection selection();
-    void makeCurrentEntry(const std::function<void(Entry)>& completion);
 
     const platform::Runtime& runtime_;
     PriceRefreshManagerNative prices_;

@@ -4,7 +4,7 @@
 
 #include <memory>
 #include "extension/app/settings/observable.h"
-#include "extension/widgets/perch/model/default_multi_assets_vm.h"
+#include "extension/widgets/perch/model/selected_assets.h"
 #include "platform/runtime/runtime.h"
 
 namespace extension {
@@ -17,10 +17,15 @@ public:
     explicit PerchWidgetViewModel(const platform::Runtime& runtime) : runtime_(runtime) {}
 
     /// Chooses the default assets for a new user.
-    void seedDefaults() const;
+    void seedDefaults() const { seedDefaultsAtFirstRun(runtime_); }
 
     /// Reads the user's choice again, keeps it as `assetsListVM` and answers with it.
-    Assets loadSelectedAssets();
+    Assets loadSelectedAssets() {
+        Assets loaded =
+            std::make_shared<const DefaultMultiAssetsListVM>(extension::loadSelectedAssets(runtime_));
+        assetsListVM.set(loaded);
+        return loaded;
+    }
 
     /// Empty until the first loading. For the phone app; nothing here reads it.
     Observable<Assets> assetsListVM{std::make_shared<const DefaultMultiAssetsListVM>()};

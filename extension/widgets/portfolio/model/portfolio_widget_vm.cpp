@@ -18,30 +18,21 @@ std::string inBrackets(const std::optional<std::string>& percentage) {
 }  // namespace
 
 std::vector<PortfolioWidgetVM> makeRows(const NetworthDetails& details, platform::IdSource& ids) {
-    return {{.id = ids.next(),
-             .title = "Networth",
-             .value = details.networth.value_or(""),
-             .isProfit = {},
-             .isTrailing = false,
-             .percentage = ""},
-            {.id = ids.next(),
-             .title = "Invested",
-             .value = details.investments.value_or(""),
-             .isProfit = {},
-             .isTrailing = true,
-             .percentage = ""},
-            {.id = ids.next(),
-             .title = "P&L",
-             .value = details.overChange.value_or(""),
-             .isProfit = profitFlag(details.overDirection),
-             .isTrailing = false,
-             .percentage = inBrackets(details.overPercentchange)},
-            {.id = ids.next(),
-             .title = "Day's Gain",
-             .value = details.change.value_or(""),
-             .isProfit = profitFlag(details.direction),
-             .isTrailing = true,
-             .percentage = inBrackets(details.percentchange)}};
+    const auto row = [&ids](const char* title, const std::optional<std::string>& value, bool isTrailing) {
+        return PortfolioWidgetVM{.id = ids.next(),
+                                 .title = title,
+                                 .value = value.value_or(""),
+                                 .isProfit = {},
+                                 .isTrailing = isTrailing,
+                                 .percentage = ""};
+    };
+    std::vector rows{row("Networth", details.networth, false), row("Invested", details.investments, true),
+                     row("P&L", details.overChange, false), row("Day's Gain", details.change, true)};
+    rows[2].isProfit = profitFlag(details.overDirection);
+    rows[2].percentage = inBrackets(details.overPercentchange);
+    rows[3].isProfit = profitFlag(details.direction);
+    rows[3].percentage = inBrackets(details.percentchange);
+    return rows;
 }
 
 platform::Result<std::string> encodedRows(const std::vector<PortfolioWidgetVM>& rows) {

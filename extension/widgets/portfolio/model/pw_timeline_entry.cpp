@@ -1,7 +1,7 @@
 #include "extension/widgets/portfolio/model/pw_timeline_entry.h"
 
 #include <utility>
-#include "extension/theme/entry_theme.h"
+#include "extension/theme/theme_type.h"
 #include "platform/json/json_coding.h"
 #include "platform/view/view_json.h"
 

@@ -85,16 +85,12 @@ bool PWViewModel::fetch(Completion completion) {
 }
 
 void PWViewModel::saveRows(const std::vector<PortfolioWidgetVM>& rows) const {
-    const auto report = [this](const platform::Error& error) {
-        runtime_.log().write("Failed to save portfolio array: " + error.message);
-    };
-    Result<std::string> encoded = encodedRows(rows);
-    if (!encoded) return report(encoded.error());
-    const auto defaults = sharedDefaults(runtime_);
-    if (!defaults) return report(defaults.error());
-    const auto saved = (*defaults)->set(keys::portfolioArray, platform::Bytes(std::move(*encoded)));
-    if (!saved) return report(saved.error());
-    runtime_.log().write("Portfolio array saved successfully.");
+    const Result<void> saved = encodedRows(rows).and_then([&](const std::string& json) {
+        return sharedDefaults(runtime_).and_then(
+            [&](const auto& defaults) { return defaults->set(keys::portfolioArray, platform::Bytes(json)); });
+    });
+    runtime_.log().write(saved ? "Portfolio array saved successfully."
+                               : "Failed to save portfolio array: " + saved.error().message);
 }
 
 std::optional<std::vector<PortfolioWidgetVM>> PWViewModel::loadRows() const {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The signed-in user's figures.
+// What the Portfolio widget shows for an entry: the signed-in user's figures, or what to do instead.
 
 #include <cstddef>
 #include <vector>
@@ -51,6 +51,19 @@ struct PortfolioView {
     bool isCompact = false;
 
     platform::View body() const;
+};
+
+/// Picks the content by the entry's state; a failure looks like being signed out.
+struct PortfolioWidgetView {
+    const PWTimelineEntry& pwTimelineEntry;
+
+    platform::View body(const platform::EnvironmentValues& environment) const;
+};
+
+struct PortfolioWidgetEntryView {
+    const PWTimelineEntry& portfolioTimelineEntry;
+
+    platform::View body(const platform::EnvironmentValues& environment) const;
 };
 
 }  // namespace extension

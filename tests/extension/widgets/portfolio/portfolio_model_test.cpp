@@ -41,18 +41,6 @@ TEST(PortfolioDocument, IsReadWhollyOrNotAtAllAndWrittenWithoutWhatIsAbsent) {
     }));
 }
 
-TEST(PortfolioDocument, IsReadAndWrittenInPartsToo) {
-    PortfolioDataModel portfolio{Portfoliosummary{NetworthDetails{}}};
-    portfolio.portfoliosummary->networthDetails->name = "Main";
-    EXPECT_EQ(platform::encodedJSON(portfolio).dump(),
-              R"({"portfoliosummary":{"networth_details":{"name":"Main"}}})");
-    EXPECT_EQ(platform::decodedJSON<PortfolioDataModel>(platform::encodedJSON(portfolio).dump()), portfolio);
-    const Portfoliosummary& summary = *portfolio.portfoliosummary;
-    EXPECT_EQ(platform::encodedJSON(summary).dump(), R"({"networth_details":{"name":"Main"}})");
-    EXPECT_EQ(platform::decodedJSON<Portfoliosummary>(R"({"networth_details":{"name":"Main"}})"), summary);
-    EXPECT_EQ(platform::encodedJSON(Portfoliosummary{}).dump(), "{}");
-}
-
 TEST(PortfolioRows, WithoutFiguresAreStillFourAndNeutral) {
     platform::IdSource ids(7);
     for (const char* direction : {R"("direction":"0")", R"("direction":"")", R"("direction":"2")", ""}) {
