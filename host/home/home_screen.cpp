@@ -64,12 +64,10 @@ HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> paint
     runtime_ = std::make_unique<platform::Runtime>(options_.runtime);
     phoneApp_ = std::make_unique<companion::PhoneApp>(*runtime_);
     if (options_.demoOrigin) demo_.emplace(*runtime_, *options_.demoOrigin);
-    extension_ = std::make_unique<ExtensionProcess>(
-        ExtensionOptions{.program = options_.extensionProgram,
-                         .arguments = options_.extensionArguments,
-                         .log = [this](std::string line) { noteLog(std::move(line)); }});
-    dayExtension_ = std::make_unique<ExtensionProcess>(ExtensionOptions{
-        .program = options_.extensionProgram, .arguments = options_.extensionArguments, .log = {}});
+    options_.extension.log = nullptr;
+    dayExtension_ = std::make_unique<ExtensionProcess>(options_.extension);
+    options_.extension.log = [this](std::string line) { noteLog(std::move(line)); };
+    extension_ = std::make_unique<ExtensionProcess>(options_.extension);
     schedule_ = std::make_unique<WidgetSchedule>(*extension_, clock_, ledger_, ReloadMode::live,
                                                  [this](int) { changed(); });
     if (options_.runtime.now) schedule_->setClock(options_.runtime.now, 0.0);

@@ -34,8 +34,8 @@ inline tl::unexpected<platform::Error> refusal(std::string message) {
 struct HomeScreenOptions {
     /// Of the phone app. Its widget center is ignored: the home screen is its own.
     platform::RuntimeOptions runtime;
-    std::filesystem::path extensionProgram;
-    std::vector<std::string> extensionArguments;
+    /// Its log goes to the inspector.
+    ExtensionOptions extension;
     /// The information dictionary that the extension is given: written at the start, and again when the
     /// environment changes.
     std::filesystem::path infoPlist;

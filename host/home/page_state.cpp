@@ -46,12 +46,6 @@ ordered_json linkJson(const std::string& url, const Rect& frame, const std::stri
             {"frame", {{"x", frame.x}, {"y", frame.y}, {"width", frame.width}, {"height", frame.height}}}};
 }
 
-ordered_json policyJson(const std::optional<platform::TimelineReloadPolicy>& policy) {
-    if (!policy) return nullptr;
-    if (policy->kind == platform::TimelineReloadPolicy::Kind::atEnd) return "atEnd";
-    return {{"after", platform::formatInstant(policy->date)}};
-}
-
 ordered_json nextJson(const std::optional<NextReload>& next, ReloadMode mode) {
     if (!next) return nullptr;
     return {{"due", platform::formatInstant(next->due)},
@@ -75,6 +69,12 @@ std::string dumped(const ordered_json& value) {
 }
 
 }  // namespace
+
+ordered_json policyJson(const std::optional<platform::TimelineReloadPolicy>& policy) {
+    if (!policy) return nullptr;
+    if (policy->kind == platform::TimelineReloadPolicy::Kind::atEnd) return "atEnd";
+    return {{"after", platform::formatInstant(policy->date)}};
+}
 
 ordered_json pictureJson(const ShownPicture& picture, const DisplayList& list) {
     ordered_json links = ordered_json::array();

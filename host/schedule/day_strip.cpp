@@ -1,6 +1,7 @@
 #include "host/schedule/day_strip.h"
 #include <algorithm>
 #include <map>
+#include "companion/extension_facts.h"
 #include "host/schedule/reload_plan.h"
 
 namespace host {
@@ -21,10 +22,10 @@ std::map<Instant, std::string> changesOf(Instant start, Instant end, const platf
             if (moment && *moment > start && *moment < end) changes.emplace(*moment, cause);
         }
     };
-    add(india, 7h, "theme");
-    add(india, 19h + 1s, "theme");
-    add(calendar, 9h, "window");
-    add(calendar, 16h + 1s, "window");
+    add(india, companion::dayBegins, "theme");
+    add(india, companion::dayEnds + 1s, "theme");
+    add(calendar, companion::marketOpens, "window");
+    add(calendar, companion::marketCloses + 1s, "window");
     return changes;
 }
 
