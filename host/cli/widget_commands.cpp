@@ -178,10 +178,7 @@ Result<void> drawGallery(const ProcessOptions& process, const std::string& folde
     auto printed = printText(std::to_string(outcome->pictures) + " pictures, see " +
                              (options.folder / "index.html").string() + "\n");
     if (!printed || outcome->isLikeBefore()) return printed;
-    return platform::failure("GalleryError", 2,
-                             "pictures: " + std::to_string(outcome->changed) + " changed, " +
-                                 std::to_string(outcome->added) + " new, " +
-                                 std::to_string(outcome->missing) + " no longer drawn");
+    return platform::failure("GalleryError", 2, "pictures: " + outcome->differences());
 }
 
 Result<void> printEntries(const ProcessOptions& process, const WidgetQuestion& question) {

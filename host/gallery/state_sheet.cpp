@@ -312,9 +312,7 @@ private:
     std::string verdict() const {
         if (!earlier_) return "";
         if (outcome_.isLikeBefore()) return "All pictures look as before.";
-        return std::to_string(outcome_.changed) + " changed, " + std::to_string(outcome_.added) + " new, " +
-               std::to_string(outcome_.missing) + " no longer drawn, of " +
-               std::to_string(outcome_.pictures) + " pictures.";
+        return outcome_.differences() + ", of " + std::to_string(outcome_.pictures) + " pictures.";
     }
 
     static ordered_json pictureJson(const SheetPicture& picture, std::string_view news) {
@@ -369,6 +367,11 @@ private:
 };
 
 }  // namespace
+
+std::string SheetOutcome::differences() const {
+    return std::to_string(changed) + " changed, " + std::to_string(added) + " new, " +
+           std::to_string(missing) + " no longer drawn";
+}
 
 Result<SheetOutcome> drawStateSheet(const SheetOptions& options) {
     std::optional<PicturesByName> earlier;

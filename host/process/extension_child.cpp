@@ -11,11 +11,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstring>
+#include <fstream>
 #include <system_error>
 #include <utility>
-#include "host/process/process_status.h"
 #include "host/process/spawn.h"
 #include "platform/wire/conversion.h"
 
@@ -47,9 +48,28 @@ std::string timeText(milliseconds time) {
     return std::to_string(time.count() / 1000) + " seconds";
 }
 
-double millisecondsBetween(ExtensionChild::SteadyTime from, ExtensionChild::SteadyTime to) {
-    return std::chrono::duration<double, std::milli>(to - from).count();
+/// In KiB; zeros when there is no such process.
+struct ProcessMemory {
+    long peakResident = 0;
+    /// The part of the resident memory that belongs to no file.
+    long anonymous = 0;
+};
+
+ProcessMemory memoryOf(int processId) {
+    ProcessMemory memory;
+    std::ifstream status("/proc/" + std::to_string(processId) + "/status");
+    // Lines such as "VmHWM:      9284 kB".
+    for (std::string line; std::getline(status, line);) {
+        long* kibibytes = line.starts_with("VmHWM:")     ? &memory.peakResident
+                          : line.starts_with("RssAnon:") ? &memory.anonymous
+                                                         : nullptr;
+        const char* digits = line.data() + std::min(line.find_first_of("0123456789"), line.size());
+        if (kibibytes != nullptr) std::from_chars(digits, line.data() + line.size(), *kibibytes);
+    }
+    return memory;
 }
+
+double inMilliseconds(std::uint64_t microseconds) { return static_cast<double>(microseconds) / 1000.0; }
 
 /// Reads what is there without waiting; false at the end of the stream.
 template <typename Take>
@@ -332,8 +352,16 @@ void ExtensionChild::take(wire::Reply reply) {
         const auto question = questions_.find(reply.id());
         if (question == questions_.end()) return;  // too late, or never asked
         const ProcessMemory memory = memoryOf(processId_);
-        if (!reply.has_pong())
-            note(reply, memory, millisecondsBetween(hasAnswered_ ? question->second.asked : started_, now));
+        if (!reply.has_pong()) {
+            const SteadyTime start = hasAnswered_ ? question->second.asked : started_;
+            statistics_ = {.peakRssKiB = memory.peakResident,
+                           .privateKiB = memory.anonymous,
+                           .userMs = inMilliseconds(reply.user_microseconds()),
+                           .systemMs = inMilliseconds(reply.system_microseconds()),
+                           .wallMs = std::chrono::duration<double, std::milli>(now - start).count(),
+                           .networkMs = inMilliseconds(reply.network_microseconds())};
+            hasAnswered_ = true;
+        }
         // However short the peak was: the answer is not used, and the child's end answers the question.
         endIfTooLarge(memory.peakResident);
         if (!killReason_.empty()) return;
@@ -342,18 +370,6 @@ void ExtensionChild::take(wire::Reply reply) {
         questions_.erase(question);
     }
     completion(std::move(reply));
-}
-
-void ExtensionChild::note(const wire::Reply& reply, const ProcessMemory& memory, double wallMs) {
-    statistics_ = {
-        .peakRssKiB = memory.peakResident,
-        .privateKiB = memory.anonymous,
-        .userMs = static_cast<double>(reply.user_microseconds()) / 1000.0,
-        .systemMs = static_cast<double>(reply.system_microseconds()) / 1000.0,
-        .wallMs = wallMs,
-        .networkMs = static_cast<double>(reply.network_microseconds()) / 1000.0,
-    };
-    hasAnswered_ = true;
 }
 
 void ExtensionChild::readLog() {

@@ -13,7 +13,6 @@
 #include <thread>
 #include <vector>
 #include "host/process/extension_process.h"
-#include "host/process/process_status.h"
 #include "platform/base/file_descriptor.h"
 #include "platform/base/result.h"
 #include "platform/wire/extension.pb.h"
@@ -74,7 +73,6 @@ private:
     void endIfTooLarge(long peakResidentKiB);
     void readReplies();
     void take(brightledger::wire::Reply reply);
-    void note(const brightledger::wire::Reply& reply, const ProcessMemory& memory, double wallMs);
     void readLog();
     void takeLogLine(std::string line);
     void kill(std::string reason);

@@ -77,8 +77,7 @@ private:
     static Moment momentAt(Instant moment) { return {moment, SteadyTime()}; }
 
     void add(const AnsweredEntry& entry, Instant from, const std::string& cause) {
-        if (!entry.view) return;
-        if (visible_ == entry.view) return;
+        if (!entry.view || visible_ == entry.view) return;
         visible_ = entry.view;
         row_.looks.push_back({from, cause, {*entry.view, row_.kind, row_.family, false}});
     }

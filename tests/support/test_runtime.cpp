@@ -7,14 +7,14 @@
 
 namespace tests {
 
-struct TestSurroundings::Log {
+struct TestRuntimeParts::Log {
     mutable std::mutex mutex;
     std::vector<std::string> lines;
 };
 
-std::shared_ptr<TestSurroundings::Log> TestSurroundings::makeLog() { return std::make_shared<Log>(); }
+std::shared_ptr<TestRuntimeParts::Log> TestRuntimeParts::makeLog() { return std::make_shared<Log>(); }
 
-platform::RuntimeOptions TestSurroundings::runtimeOptions(const TestRuntimeOptions& options) const {
+platform::RuntimeOptions TestRuntimeParts::runtimeOptions(const TestRuntimeOptions& options) const {
     const auto now = platform::parseInstant(options.now);
     if (!now) throw std::invalid_argument("no instant: " + options.now);
 
@@ -37,7 +37,7 @@ platform::RuntimeOptions TestSurroundings::runtimeOptions(const TestRuntimeOptio
 }
 
 TestRuntime::TestRuntime(const TestRuntimeOptions& options)
-    : platform::Runtime(TestSurroundings::runtimeOptions(options)) {}
+    : platform::Runtime(TestRuntimeParts::runtimeOptions(options)) {}
 
 std::vector<std::string> TestRuntime::logLines() const {
     const std::lock_guard lock(log_->mutex);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The surroundings of a test: everything set by hand, nothing shared with another test.
+// The runtime of a test: everything set by hand, nothing shared with another test.
 
 #include <cstdint>
 #include <filesystem>
@@ -35,7 +35,7 @@ struct TestRuntimeOptions {
 };
 
 /// What a TestRuntime needs before its Runtime can be built.
-class TestSurroundings {
+class TestRuntimeParts {
 protected:
     platform::RuntimeOptions runtimeOptions(const TestRuntimeOptions& options) const;
 
@@ -49,7 +49,7 @@ private:
 
 /// A Runtime with an empty store in a folder of its own, a clock that stands still, a fixed sequence
 /// of identifiers and a log that is kept: `const TestRuntime runtime{{.apiHost = service.origin()}};`
-class TestRuntime : private TestSurroundings, public platform::Runtime {
+class TestRuntime : private TestRuntimeParts, public platform::Runtime {
 public:
     explicit TestRuntime(const TestRuntimeOptions& options = {});
 

@@ -27,6 +27,7 @@
 #include "platform/wire/framing.h"
 #include "platform/wire/host_channel.h"
 #include "platform/wire/host_widget_center.h"
+#include "tests/support/temporary_directory.h"
 
 namespace host {
 namespace {
@@ -39,21 +40,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-
-class Folder {
-public:
-    Folder() {
-        std::string pattern = "/tmp/brightledger-home-XXXXXX";
-        path_ = ::mkdtemp(pattern.data());
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
 
 sockaddr_un addressOf(const std::filesystem::path& path) {
     sockaddr_un address{};
@@ -90,7 +76,7 @@ TEST(Placements, ArePackedInOrderAndNeverOnAnEarlierPage) {
 }
 
 TEST(Placements, AreKeptInAFileOfTheOwnerAndADamagedFileIsAnError) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const auto file = folder.path() / "home-screen.json";
     {
         Placements first(file);
@@ -139,7 +125,7 @@ TEST(DeepLinks, AreTakenApartAsThePhoneAppWould) {
 }
 
 TEST(HostSocket, AnswersOtherProcessesOfTheSameUserAndGoesWithItsHost) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const auto path = folder.path() / "ours" / "host.socket";
     EXPECT_THAT(platform::askHost(path, "placed", 1s).error().message, HasSubstr("no widget host"));
     {
@@ -188,7 +174,7 @@ private:
 std::string framed(const std::string& text) { return *platform::frameLength(text.size()) + text; }
 
 TEST(HostChannel, HasOneLimitForTheWholeExchange) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const auto path = folder.path() / "host.socket";
     const SlowHost host(path, framed("ok\n" + std::string(50, 'x')), 50ms);
     const auto start = std::chrono::steady_clock::now();
@@ -197,7 +183,7 @@ TEST(HostChannel, HasOneLimitForTheWholeExchange) {
 }
 
 TEST(HostWidgetCenter, AsksInTheBackgroundAndSetsThePropertiesWhenTheAnswerArrives) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     ASSERT_EQ(::setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1), 0);
     const auto path = platform::hostSocketPath(folder.path());
     std::filesystem::create_directory(path.parent_path());
@@ -230,9 +216,10 @@ struct House {
         runtime.dataDirectory = directory / "data";
         HomeScreenOptions options{
             .runtime = runtime,
-            .extensionProgram = programs / "brightledger-extension",
-            .extensionArguments = {"--data-dir", (directory / "data").string(), "--info-plist",
-                                   plist.string(), "--locale", "en_IN", "--time-zone", "Asia/Kolkata"},
+            .extension = {.program = programs / "brightledger-extension",
+                          .arguments = {"--data-dir", (directory / "data").string(), "--info-plist",
+                                        plist.string(), "--locale", "en_IN", "--time-zone", "Asia/Kolkata"},
+                          .log = {}},
             .infoPlist = plist,
             .resources = std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources",
             .demoOrigin = demo->origin()};
@@ -300,7 +287,7 @@ const json& widgetOf(const json& state, const std::string& kind) {
 }
 
 TEST(HostQuestions, TravelFromAnyProcessToTheHomeScreen) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const House house(folder.path());
     ASSERT_EQ(::setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1), 0);
     const auto path = platform::hostSocketPath(folder.path());
@@ -330,7 +317,7 @@ TEST(HostQuestions, TravelFromAnyProcessToTheHomeScreen) {
 }
 
 TEST(HomePage, LetsNobodyInWithoutTheAddressThatWasPrinted) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const House house(folder.path());
     const std::string host = "\r\nHost: " + house.host() + "\r\nConnection: close\r\n";
     const std::string cookie = "Cookie: " + house.cookie() + "\r\n";
@@ -368,7 +355,7 @@ TEST(HomePage, LetsNobodyInWithoutTheAddressThatWasPrinted) {
 }
 
 TEST(HomePage, ShowsTheWidgetsAndDoesWhatThePhoneAppWould) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const House house(folder.path());
     const auto perform = [&](const json& request) {
         const auto done = act(*house.home, request);
@@ -406,7 +393,7 @@ TEST(HomePage, ShowsTheWidgetsAndDoesWhatThePhoneAppWould) {
 }
 
 TEST(HomePage, LetsNobodyWaitForASlowService) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const House house(folder.path());
     house.waitFor(areAllShown);
     ASSERT_TRUE(act(*house.home, {{"action", "fault"}, {"fault", "slow"}}));
@@ -439,7 +426,7 @@ TEST(DayStrip, EndsWhenItsTimeIsUpAndSaysSo) {
 }
 
 TEST(HomePage, KeepsThePicturesWhenTheExtensionIsKilledAndSaysWhatHappened) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const House house(folder.path());
     house.waitFor(areAllShown);
     const int process = house.state()["extension"]["process"];
@@ -450,7 +437,7 @@ TEST(HomePage, KeepsThePicturesWhenTheExtensionIsKilledAndSaysWhatHappened) {
 }
 
 TEST(HomePage, PlacesMovesAndRemovesAndRemembersIt) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     {
         const House house(folder.path());
         const int news = widgetOf(house.state(), "NewsWidget")["id"];
@@ -471,7 +458,7 @@ TEST(HomePage, PlacesMovesAndRemovesAndRemembersIt) {
 }
 
 TEST(HomePage, ChangesTheAutomaticThemeWhenItsClockPassesTheEvening) {
-    const Folder folder;
+    const tests::TemporaryDirectory folder;
     const House house(folder.path());
     house.waitFor(areAllShown);
     ASSERT_TRUE(act(*house.home, {{"action", "theme"}, {"theme", 2}}));
