@@ -13,9 +13,8 @@
 #include "companion/demo_service.h"
 #include "companion/operations.h"
 #include "host/cli/output.h"
-#include "host/cli/surroundings.h"
 #include "host/home/host_questions.h"
-#include "platform/base/alternatives.h"
+#include "host/process/program_options.h"
 #include "platform/runtime/runtime.h"
 #include "platform/wire/host_channel.h"
 #include "platform/wire/host_widget_center.h"
@@ -75,24 +74,11 @@ Result<void> printOperations() {
     return printText(lines);
 }
 
-Result<void> checkKind(const std::string& kind, ExtensionOptions options) {
-    ExtensionProcess extension(std::move(options));
-    const auto gallery = extension.gallery(galleryLimit);
-    if (!gallery) return tl::unexpected(gallery.error());
-    std::vector<std::string> kinds;
-    for (const WidgetListing& widget : *gallery) {
-        if (widget.kind == kind) return {};
-        kinds.push_back(widget.kind);
-    }
-    return platform::failure("UsageError", 2,
-                             "unknown widget \"" + kind + "\"; choose " + platform::alternatives(kinds));
-}
-
 }  // namespace
 
 Result<void> callOperation(const ProcessOptions& process, const std::vector<std::string>& words) {
     if (words.empty()) return printOperations();
-    auto resolved = surroundings(process);
+    auto resolved = resolvedOptions(process);
     if (!resolved) return tl::unexpected(resolved.error());
     resolved->widgetCenter = std::make_shared<platform::HostWidgetCenter>(resolved->dataDirectory);
     const platform::Runtime runtime(std::move(*resolved));
@@ -102,7 +88,7 @@ Result<void> callOperation(const ProcessOptions& process, const std::vector<std:
 }
 
 Result<void> signInUser(const ProcessOptions& process, const std::string& name) {
-    auto resolved = surroundings(process);
+    auto resolved = resolvedOptions(process);
     if (!resolved) return tl::unexpected(resolved.error());
     const std::filesystem::path socket = platform::hostSocketPath(resolved->dataDirectory);
     if (isHostRunning(socket)) return askToSignIn(socket, name == "none" ? "" : name);
@@ -117,11 +103,14 @@ Result<void> signInUser(const ProcessOptions& process, const std::string& name) 
 }
 
 Result<void> explainReloads(const ProcessOptions& process, const std::string& kind) {
-    const auto resolved = surroundings(process);
+    const auto resolved = resolvedOptions(process);
     if (!resolved) return tl::unexpected(resolved.error());
     Result<std::string> answer = askWhy(platform::hostSocketPath(resolved->dataDirectory), kind);
     if (!answer) {
-        const Result<void> known = checkKind(kind, extensionOptions(process, *resolved));
+        const Result<void> known =
+            ExtensionProcess(extensionOptions(process, *resolved))
+                .gallery(galleryLimit)
+                .and_then([&](const auto& gallery) { return checkKind(gallery, kind); });
         return tl::unexpected(known ? answer.error() : known.error());
     }
     if (!answer->ends_with('\n')) *answer += '\n';

@@ -1,17 +1,19 @@
 #include "host/cli/widget_commands.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 #include "host/cli/output.h"
-#include "host/cli/surroundings.h"
+#include "host/gallery/state_sheet.h"
+#include "host/home/page_state.h"
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
 #include "host/paint/picture_formats.h"
+#include "host/process/program_options.h"
+#include "platform/base/ascii.h"
 #include "platform/view/view_json.h"
 
 namespace host {
@@ -49,7 +51,7 @@ Result<Answered> askExtension(const ProcessOptions& process, const WidgetQuestio
         return wrongUsage("unknown family \"" + question.family +
                           "\"; choose systemSmall, systemMedium or systemLarge");
     }
-    const auto resolved = surroundings(process);
+    const auto resolved = resolvedOptions(process);
     if (!resolved) return tl::unexpected(resolved.error());
 
     ExtensionProcess extension(extensionOptions(process, *resolved));
@@ -80,11 +82,6 @@ Result<ordered_json> entryJson(const AnsweredEntry& entry) {
     if (json.is_discarded())
         return platform::failure("ExtensionError", 2, "the extension sent an entry that is not JSON");
     return json;
-}
-
-ordered_json policyJson(const platform::TimelineReloadPolicy& policy) {
-    if (policy.kind == platform::TimelineReloadPolicy::Kind::atEnd) return "atEnd";
-    return {{"after", platform::formatInstant(policy.date)}};
 }
 
 ordered_json listingJson(const WidgetListing& widget) {
@@ -128,18 +125,16 @@ Result<DrawingTiming> draw(const platform::View& view, const LayoutOptions& layo
 }
 
 Result<platform::Size> parseSize(const std::string& text) {
-    platform::Size size;
-    const char* end = text.data() + text.size();
-    const auto width = std::from_chars(text.data(), end, size.width);
-    const bool hasHeight = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
-    const auto height = hasHeight ? std::from_chars(width.ptr + 1, end, size.height) : width;
-    const auto isSide = [](double side) { return side > 0.0 && side <= longestSide; };
-    if (!hasHeight || height.ec != std::errc() || height.ptr != end || !isSide(size.width) ||
-        !isSide(size.height)) {
-        return wrongUsage("the size \"" + text +
-                          "\" is not WxH, such as 338x158, with sides above 0 and at most 4096 points");
-    }
-    return size;
+    const auto side = [](std::string_view part) {
+        const double length = platform::parsedNumber<double>(part).value_or(0.0);
+        return length > 0.0 && length <= longestSide ? length : 0.0;
+    };
+    const std::size_t cross = std::min(text.find('x'), text.size());
+    const platform::Size size{side(text.substr(0, cross)),
+                              side(text.substr(std::min(cross + 1, text.size())))};
+    if (size.width > 0.0 && size.height > 0.0) return size;
+    return wrongUsage("the size \"" + text +
+                      "\" is not WxH, such as 338x158, with sides above 0 and at most 4096 points");
 }
 
 struct Tree {
@@ -148,7 +143,7 @@ struct Tree {
 };
 
 Result<Tree> readTree(const ProcessOptions& process, const TreeFile& tree) {
-    const auto resolved = surroundings(process);
+    const auto resolved = resolvedOptions(process);
     if (!resolved) return tl::unexpected(resolved.error());
     const Result<platform::Size> size = parseSize(tree.size);
     if (!size) return tl::unexpected(size.error());
@@ -164,14 +159,26 @@ Result<Tree> readTree(const ProcessOptions& process, const TreeFile& tree) {
 }  // namespace
 
 Result<void> printGallery(const ProcessOptions& process) {
-    const auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
-    ExtensionProcess extension(extensionOptions(process, *resolved));
-    const auto widgets = extension.gallery(waitingLimit);
+    const auto widgets = resolvedOptions(process).and_then([&](const platform::RuntimeOptions& resolved) {
+        return ExtensionProcess(extensionOptions(process, resolved)).gallery(waitingLimit);
+    });
     if (!widgets) return tl::unexpected(widgets.error());
     ordered_json list = ordered_json::array();
     for (const WidgetListing& widget : *widgets) list.push_back(listingJson(widget));
     return print(list);
+}
+
+Result<void> drawGallery(const ProcessOptions& process, const std::string& folder,
+                         const std::optional<std::string>& comparedWith) {
+    SheetOptions options{.folder = folder, .process = process};
+    if (comparedWith) options.comparedWith = *comparedWith;
+    if (process.isVerbose) options.log = printLine;
+    const Result<SheetOutcome> outcome = drawStateSheet(options);
+    if (!outcome) return tl::unexpected(outcome.error());
+    auto printed = printText(std::to_string(outcome->pictures) + " pictures, see " +
+                             (options.folder / "index.html").string() + "\n");
+    if (!printed || outcome->isLikeBefore()) return printed;
+    return platform::failure("GalleryError", 2, "pictures: " + outcome->differences());
 }
 
 Result<void> printEntries(const ProcessOptions& process, const WidgetQuestion& question) {

@@ -20,8 +20,8 @@
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
 #include "host/process/demo_child.h"
-#include "host/process/extension_arguments.h"
 #include "host/process/extension_process.h"
+#include "host/process/program_options.h"
 #include "platform/base/files.h"
 #include "platform/settings/property_list.h"
 
@@ -30,6 +30,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::ordered_json;
+using platform::ProcessOptions;
 using platform::PropertyList;
 using platform::Result;
 using platform::Runtime;
@@ -90,28 +91,24 @@ Result<PicturesByName> earlierPictures(const fs::path& folder) {
     return pictures;
 }
 
-std::string optionOr(const std::optional<std::string>& option, const char* variable, const char* otherwise) {
-    const char* value = std::getenv(variable);
-    return option ? *option : value != nullptr && *value != '\0' ? value : otherwise;
-}
-
-/// The same surroundings on every machine, unless somebody asks for others.
-platform::ProcessOptions surroundings(platform::ProcessOptions options) {
-    options.now = optionOr(options.now, "BRIGHTLEDGER_NOW", "2026-11-23T12:00:00+05:30");
-    options.screen = optionOr(options.screen, "BRIGHTLEDGER_SCREEN", platform::Screen().name.data());
-    options.locale = optionOr(options.locale, "BRIGHTLEDGER_LOCALE", "en_IN");
-    options.timeZone = optionOr(options.timeZone, "BRIGHTLEDGER_TIME_ZONE", "Asia/Kolkata");
+/// The same moment, place and device on every machine, unless somebody asks for others.
+ProcessOptions withDefaults(ProcessOptions options) {
+    const auto choose = [&](std::optional<std::string> ProcessOptions::*option, std::string_view otherwise) {
+        options.*option = platform::chosenOption(options, option).value_or(std::string(otherwise));
+    };
+    choose(&ProcessOptions::now, "2026-11-23T12:00:00+05:30");
+    choose(&ProcessOptions::screen, platform::Screen().name);
+    choose(&ProcessOptions::locale, "en_IN");
+    choose(&ProcessOptions::timeZone, "Asia/Kolkata");
     return options;
 }
 
 /// The extension in one state, with a store and an information dictionary of its own.
 class SheetRun {
 public:
-    static Result<std::unique_ptr<SheetRun>> make(const SheetOptions& options,
-                                                  const platform::ProcessOptions& surroundings,
+    static Result<std::unique_ptr<SheetRun>> make(const SheetOptions& options, ProcessOptions process,
                                                   const SheetState& state, const fs::path& folder,
                                                   const std::string& origin) {
-        platform::ProcessOptions process = surroundings;
         process.dataDirectory = (folder / state.name).string();
         process.infoPlist = (folder / (state.name + ".plist")).string();
         if (state.osVersion) process.osVersion = std::to_string(*state.osVersion);
@@ -134,12 +131,11 @@ public:
     const platform::Runtime& runtime() const { return runtime_; }
 
 private:
-    SheetRun(const SheetOptions& options, const platform::ProcessOptions& process,
-             const RuntimeOptions& resolved)
+    SheetRun(const SheetOptions& options, const ProcessOptions& process, const RuntimeOptions& resolved)
         : runtime_(resolved),
           phoneApp_(runtime_),
           extension_({.program = options.programs / "brightledger-extension",
-                      .arguments = extensionArguments(process, resolved),
+                      .arguments = extensionOptions(process, resolved).arguments,
                       .log = options.log}) {}
 
     static Result<void> writeInformation(const fs::path& file, const std::string& service) {
@@ -175,7 +171,7 @@ public:
         : options_(options), painter_(std::move(painter)), earlier_(std::move(earlier)) {}
 
     Result<void> draw(const fs::path& folder, const std::string& origin) {
-        const platform::ProcessOptions process = surroundings(options_.process);
+        const ProcessOptions process = withDefaults(options_.process);
         // A name that is not known is refused when the first state is set up.
         screen_ = platform::screenNamed(*process.screen).value_or(platform::Screen());
         subtitle_ = *process.now + ", " + *process.locale + ", " + *process.timeZone;
@@ -316,9 +312,7 @@ private:
     std::string verdict() const {
         if (!earlier_) return "";
         if (outcome_.isLikeBefore()) return "All pictures look as before.";
-        return std::to_string(outcome_.changed) + " changed, " + std::to_string(outcome_.added) + " new, " +
-               std::to_string(outcome_.missing) + " no longer drawn, of " +
-               std::to_string(outcome_.pictures) + " pictures.";
+        return outcome_.differences() + ", of " + std::to_string(outcome_.pictures) + " pictures.";
     }
 
     static ordered_json pictureJson(const SheetPicture& picture, std::string_view news) {
@@ -373,6 +367,11 @@ private:
 };
 
 }  // namespace
+
+std::string SheetOutcome::differences() const {
+    return std::to_string(changed) + " changed, " + std::to_string(added) + " new, " +
+           std::to_string(missing) + " no longer drawn";
+}
 
 Result<SheetOutcome> drawStateSheet(const SheetOptions& options) {
     std::optional<PicturesByName> earlier;

@@ -64,12 +64,10 @@ HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> paint
     runtime_ = std::make_unique<platform::Runtime>(options_.runtime);
     phoneApp_ = std::make_unique<companion::PhoneApp>(*runtime_);
     if (options_.demoOrigin) demo_.emplace(*runtime_, *options_.demoOrigin);
-    extension_ = std::make_unique<ExtensionProcess>(
-        ExtensionOptions{.program = options_.extensionProgram,
-                         .arguments = options_.extensionArguments,
-                         .log = [this](std::string line) { noteLog(std::move(line)); }});
-    dayExtension_ = std::make_unique<ExtensionProcess>(ExtensionOptions{
-        .program = options_.extensionProgram, .arguments = options_.extensionArguments, .log = {}});
+    options_.extension.log = nullptr;
+    dayExtension_ = std::make_unique<ExtensionProcess>(options_.extension);
+    options_.extension.log = [this](std::string line) { noteLog(std::move(line)); };
+    extension_ = std::make_unique<ExtensionProcess>(options_.extension);
     schedule_ = std::make_unique<WidgetSchedule>(*extension_, clock_, ledger_, ReloadMode::live,
                                                  [this](int) { changed(); });
     if (options_.runtime.now) schedule_->setClock(options_.runtime.now, 0.0);
@@ -162,7 +160,7 @@ void HomeScreen::reloadForApp(std::optional<std::string_view> kind) {
 }
 
 Result<std::string> HomeScreen::picture(int id, int scale) {
-    const std::optional<WidgetState> state = widget(id);
+    const std::optional<WidgetState> state = schedule_->state(id);
     if (!state || !state->picture) return refusal("there is no picture yet");
     return renderer_.png(state->picture->widget, scale);
 }
@@ -201,22 +199,6 @@ Result<void> HomeScreen::remove(int id) {
     return placements_.remove(id).map([&] { schedule_->remove(id); });
 }
 
-Result<void> HomeScreen::move(int id, int index) { return placements_.move(id, index); }
-
-void HomeScreen::reload(std::optional<int> id) {
-    if (id) {
-        schedule_->reload(*id, Requester::person);
-    } else {
-        schedule_->reload(std::optional<std::string_view>(), Requester::person);
-    }
-}
-
-void HomeScreen::setMode(ReloadMode mode) { schedule_->setMode(mode); }
-
-void HomeScreen::setClock(std::optional<platform::Instant> instant, double rate) {
-    schedule_->setClock(instant, rate);
-}
-
 Result<void> HomeScreen::setEnvironment(const std::string& environment) {
     if (const auto written = writeInformation(environment); !written) return written;
     {
@@ -225,7 +207,7 @@ Result<void> HomeScreen::setEnvironment(const std::string& environment) {
     }
     // A process reads its environment once, so the next one must be new.
     extension_->end();
-    reload(std::nullopt);
+    schedule_->reload(std::nullopt, Requester::person);
     return {};
 }
 
@@ -236,7 +218,7 @@ Result<void> HomeScreen::setFault(const std::string& fault) {
         const std::lock_guard lock(mutex_);
         fault_ = fault;
     }
-    reload(std::nullopt);
+    schedule_->reload(std::nullopt, Requester::person);
     return {};
 }
 
@@ -246,7 +228,7 @@ Result<void> HomeScreen::killExtension() {
     ::kill(process, SIGKILL);
     noteLog("the extension was killed from the home screen");
     // Whoever kills it wants to see what follows: the next question starts a new one.
-    schedule_->reload(std::optional<std::string_view>(), Requester::app);
+    schedule_->reload(std::nullopt, Requester::app);
     return {};
 }
 

@@ -10,7 +10,7 @@
 #include "host/home/host_questions.h"
 #include "host/home/host_socket.h"
 #include "host/process/demo_child.h"
-#include "host/process/extension_arguments.h"
+#include "host/process/program_options.h"
 #include "host/web/page_server.h"
 #include "platform/base/ending_signals.h"
 #include "platform/wire/host_channel.h"
@@ -28,17 +28,11 @@ void writeLogLine(std::string_view line) {
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
-void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::seconds>& duration) {
-    const auto end = std::chrono::steady_clock::now() + duration.value_or(std::chrono::seconds(0));
-    for (;;) {
-        if (!duration) {
-            if (::sigwaitinfo(&signals, nullptr) > 0) return;
-            continue;
-        }
-        const auto rest =
-            std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        if (rest.count() <= 0) return;
-        const timespec limit{rest.count() / 1000, rest.count() % 1000 * 1000000};
+void waitForEnd(const sigset_t& signals, std::chrono::nanoseconds duration) {
+    using std::chrono::steady_clock;
+    const auto start = steady_clock::now();
+    for (auto rest = duration; rest.count() > 0; rest = duration - (steady_clock::now() - start)) {
+        const timespec limit{rest.count() / 1'000'000'000, rest.count() % 1'000'000'000};
         if (::sigtimedwait(&signals, nullptr, &limit) > 0) return;
     }
 }
@@ -48,7 +42,7 @@ void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::second
 platform::Result<void> runHomeScreen(const RunOptions& options) {
     const sigset_t signals = platform::blockEndingSignals();
     const std::filesystem::path resources = platform::resourcesDirectory();
-    auto runtime = platform::runtimeOptions(options.process, resources / "Info.plist");
+    auto runtime = resolvedOptions(options.process);
     if (!runtime) return tl::unexpected(runtime.error());
 
     std::unique_ptr<DemoChild> demo;
@@ -76,8 +70,7 @@ platform::Result<void> runHomeScreen(const RunOptions& options) {
     child.isVerbose = true;
     child.infoPlist = std::filesystem::path(socketPath).replace_extension(".plist").string();
     HomeScreenOptions homeOptions{.runtime = *runtime,
-                                  .extensionProgram = extensionProgram(),
-                                  .extensionArguments = extensionArguments(child, *runtime),
+                                  .extension = extensionOptions(child, *runtime),
                                   .infoPlist = *child.infoPlist,
                                   .resources = resources,
                                   .demoOrigin = demo ? std::optional(demo->origin()) : std::nullopt};

@@ -66,6 +66,11 @@ Result<BundleInformation> readBundle(const std::optional<std::string>& named, co
 
 }  // namespace
 
+std::optional<std::string> chosenOption(const ProcessOptions& options,
+                                        std::optional<std::string> ProcessOptions::*value) {
+    return choose(options, value).value;
+}
+
 Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::path& installedInfoPlist) {
     RuntimeOptions result;
 
