@@ -12,8 +12,7 @@ std::int64_t numberOf(ThemeType type) { return static_cast<std::int64_t>(type); 
 
 Result<void> writePalette(Transaction& store, bool isLight) {
     for (const PaletteColor& color : palette()) {
-        const Result<void> written = storeColor(store, color.name, isLight ? color.light : color.dark);
-        if (!written) return written;
+        TRY(storeColor(store, color.name, isLight ? color.light : color.dark));
     }
     return {};
 }
@@ -34,10 +33,9 @@ Result<void> chooseThemeType(Transaction& store, std::int64_t number, const plat
 /// Dark the first time, otherwise again what was chosen.
 Result<void> chooseDefault(Transaction& store, const platform::Runtime& runtime) {
     const auto isSet = store.object(keys::isThemeTypeSet);
-    const auto chosen = isSet ? store.object(keys::themeType) : isSet;
-    if (!chosen) return tl::unexpected(chosen.error());
+    const auto chosen = TRY(isSet ? store.object(keys::themeType) : isSet);
     if (platform::coercedBool(*isSet))
-        return chooseThemeType(store, numberOf(themeTypeOf(platform::coercedInteger(*chosen))), runtime);
+        return chooseThemeType(store, numberOf(themeTypeOf(platform::coercedInteger(chosen))), runtime);
     return chooseThemeType(store, numberOf(ThemeType::dark), runtime).and_then([&] {
         return store.set(keys::isThemeTypeSet, true);
     });
@@ -75,8 +73,7 @@ Result<void> ThemeManager::setCurrentSelectedThemeTypeWithType(std::int64_t type
 }
 
 Result<void> ThemeManager::setDefaultThemeIfNotSet(ProcessState& state) {
-    if (const auto defaults = sharedDefaults(state.runtime); !defaults)
-        return tl::unexpected(defaults.error());
+    TRY(sharedDefaults(state.runtime));
     const Result<void> done = inStore(
         state.runtime, [&](Transaction& transaction) { return chooseDefault(transaction, state.runtime); });
     readCurrentTheme(state);

@@ -98,9 +98,8 @@ Result<void> exportStore(const ProcessOptions& process, const std::optional<std:
 }
 
 Result<void> importStore(const ProcessOptions& process, const std::string& file) {
-    const Result<std::string> bytes = readFile(file);
-    if (!bytes) return tl::unexpected(bytes.error());
-    const Result<PropertyList> list = platform::parsePropertyList(*bytes);
+    const std::string bytes = TRY(readFile(file));
+    const Result<PropertyList> list = platform::parsePropertyList(bytes);
     if (!list) {
         return platform::failure("PropertyListError", list.error().code, file + ": " + list.error().message);
     }
@@ -111,7 +110,7 @@ Result<void> importStore(const ProcessOptions& process, const std::string& file)
     return openStore(process).and_then([values](const auto& store) {
         return store->transaction([values](UserDefaults::Transaction& transaction) -> Result<void> {
             for (const auto& [key, value] : *values) {
-                if (Result<void> kept = transaction.set(key, value); !kept) return kept;
+                TRY(transaction.set(key, value));
             }
             return {};
         });

@@ -113,11 +113,9 @@ public:
         process.infoPlist = (folder / (state.name + ".plist")).string();
         if (state.osVersion) process.osVersion = std::to_string(*state.osVersion);
         const std::string service = origin + "/scene/" + state.scene;
-        const Result<void> written = writeInformation(*process.infoPlist, service);
-        if (!written) return tl::unexpected(written.error());
-        const Result<RuntimeOptions> resolved = platform::runtimeOptions(process, *process.infoPlist);
-        if (!resolved) return tl::unexpected(resolved.error());
-        auto run = std::unique_ptr<SheetRun>(new SheetRun(options, process, *resolved));
+        TRY(writeInformation(*process.infoPlist, service));
+        const RuntimeOptions resolved = TRY(platform::runtimeOptions(process, *process.infoPlist));
+        auto run = std::unique_ptr<SheetRun>(new SheetRun(options, process, resolved));
         const Result<void> chosen = run->choose(state, service);
         return chosen ? Result<std::unique_ptr<SheetRun>>(std::move(run)) : tl::unexpected(chosen.error());
     }
@@ -184,11 +182,10 @@ public:
         };
         auto next = asked(states_.front());
         for (auto state = states_.begin(); state != states_.end(); ++state) {
-            const Result<std::vector<SheetShot>> shots = next.get();
-            if (!shots) return tl::unexpected(shots.error());
+            const std::vector<SheetShot> shots = TRY(next.get());
             if (state + 1 != states_.end()) next = asked(*(state + 1));
-            for (const SheetShot& shot : *shots) {
-                if (const Result<void> drawn = draw(shot); !drawn) return drawn;
+            for (const SheetShot& shot : shots) {
+                TRY(draw(shot));
             }
         }
         return {};
@@ -208,20 +205,18 @@ private:
 
     Result<std::vector<SheetShot>> ask(SheetRun& run, const SheetState& state) {
         if (widgets_.empty()) {
-            auto widgets = run.extension().gallery(waitingLimit);
-            if (!widgets) return tl::unexpected(widgets.error());
-            widgets_ = std::move(*widgets);
+            auto widgets = TRY(run.extension().gallery(waitingLimit));
+            widgets_ = std::move(widgets);
         }
         std::vector<SheetShot> shots;
         for (const bool isDark : themes) {
-            if (const Result<void> set = run.setTheme(isDark); !set) return tl::unexpected(set.error());
+            TRY(run.setTheme(isDark));
             for (const WidgetListing& widget : widgets_) {
                 if (std::ranges::find(state.kinds, widget.kind) == state.kinds.end()) continue;
                 for (const WidgetFamily family : widget.families) {
-                    auto shot = ask(run, state.request, {widget.kind, family, isDark, state.name});
-                    if (!shot) return tl::unexpected(shot.error());
-                    shot->layout.contentMarginsDisabled = widget.contentMarginsDisabled;
-                    shots.push_back(std::move(*shot));
+                    auto shot = TRY(ask(run, state.request, {widget.kind, family, isDark, state.name}));
+                    shot.layout.contentMarginsDisabled = widget.contentMarginsDisabled;
+                    shots.push_back(std::move(shot));
                 }
             }
         }
@@ -229,20 +224,19 @@ private:
     }
 
     Result<SheetShot> ask(SheetRun& run, EntryRequest request, SheetPicture picture) const {
-        auto answer = run.extension().ask({.kind = picture.kind,
-                                           .family = picture.family,
-                                           .request = request,
-                                           .wantsEntries = options_.drawn != nullptr,
-                                           .wantsViews = true},
-                                          waitingLimit);
-        if (!answer) return tl::unexpected(answer.error());
-        if (answer->entries.empty()) return failure(picture.kind + " answered without an entry");
+        auto answer = TRY(run.extension().ask({.kind = picture.kind,
+                                               .family = picture.family,
+                                               .request = request,
+                                               .wantsEntries = options_.drawn != nullptr,
+                                               .wantsViews = true},
+                                              waitingLimit));
+        if (answer.entries.empty()) return failure(picture.kind + " answered without an entry");
         LayoutOptions layout{.size = run.runtime().screen().widgetSize(picture.family),
                              .osVersion = run.runtime().osVersion(),
                              .kind = picture.kind,
                              .family = std::string(description(picture.family)),
                              .isRedacted = request == EntryRequest::placeholder};
-        return SheetShot{std::move(picture), std::move(*answer), std::move(layout)};
+        return SheetShot{std::move(picture), std::move(answer), std::move(layout)};
     }
 
     Result<void> draw(const SheetShot& shot) {
@@ -282,7 +276,7 @@ private:
         for (const auto& [name, png] : *earlier_) {
             const auto drawn = drawn_.find(name);
             if (drawn != drawn_.end() && drawn->second != changed) continue;
-            if (const Result<void> kept = write(folder / name, png); !kept) return kept;
+            TRY(write(folder / name, png));
             if (drawn != drawn_.end()) continue;
             ++outcome_.missing;
             missing_.push_back(*pictureNamed(name));
@@ -376,22 +370,19 @@ std::string SheetOutcome::differences() const {
 Result<SheetOutcome> drawStateSheet(const SheetOptions& options) {
     std::optional<PicturesByName> earlier;
     if (options.comparedWith) {
-        auto read = earlierPictures(*options.comparedWith);
-        if (!read) return tl::unexpected(read.error());
-        earlier = std::move(*read);
+        auto read = TRY(earlierPictures(*options.comparedWith));
+        earlier = std::move(read);
     }
     std::error_code error;
     fs::create_directories(options.folder, error);
     if (error) return failure("cannot make " + options.folder.string() + ": " + error.message());
     const TemporaryFolder temporary;
     if (temporary.path().empty()) return failure("cannot make a temporary folder");
-    const auto demo = DemoChild::start(options.programs / "brightledger-demo");
-    if (!demo) return tl::unexpected(demo.error());
-    auto painter = Painter::make(options.resources);
-    if (!painter) return tl::unexpected(painter.error());
+    const auto demo = TRY(DemoChild::start(options.programs / "brightledger-demo"));
+    auto painter = TRY(Painter::make(options.resources));
 
-    SheetDrawing sheet(options, std::move(*painter), std::move(earlier));
-    return sheet.draw(temporary.path(), (*demo)->origin()).and_then([&] { return sheet.finish(); });
+    SheetDrawing sheet(options, std::move(painter), std::move(earlier));
+    return sheet.draw(temporary.path(), demo->origin()).and_then([&] { return sheet.finish(); });
 }
 
 }  // namespace host

@@ -37,16 +37,13 @@ private:
 };
 
 Result<std::unique_ptr<HomeScreen>> HomeScreen::start(HomeScreenOptions options) {
-    auto painter = Painter::make(options.resources);
-    if (!painter) return tl::unexpected(painter.error());
-    std::unique_ptr<HomeScreen> home(new HomeScreen(std::move(options), std::move(*painter)));
-    if (const auto written = home->writeInformation(home->environment_); !written)
-        return tl::unexpected(written.error());
+    auto painter = TRY(Painter::make(options.resources));
+    std::unique_ptr<HomeScreen> home(new HomeScreen(std::move(options), std::move(painter)));
+    TRY(home->writeInformation(home->environment_));
     // Before the extension opens the store: two that create it at once would wait for each other.
     home->noticeUser();
-    auto gallery = home->extension_->gallery(std::chrono::seconds(10));
-    if (!gallery) return tl::unexpected(gallery.error());
-    home->gallery_ = std::move(*gallery);
+    auto gallery = TRY(home->extension_->gallery(std::chrono::seconds(10)));
+    home->gallery_ = std::move(gallery);
     if (home->demo_) {
         home->users_ = home->demo_->users().value_or(std::vector<companion::DemoUser>());
         home->assets_ = home->demo_->assets().value_or(std::vector<companion::DemoAsset>());
@@ -167,13 +164,12 @@ Result<std::string> HomeScreen::picture(int id, int scale) {
 
 Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily family, EntryRequest request,
                                         int scale) {
-    const auto answer = extension_->ask(
+    const auto answer = TRY(extension_->ask(
         {.kind = kind, .family = family, .request = request, .isPreview = true, .wantsViews = true},
-        answerLimit(request));
-    if (!answer) return tl::unexpected(answer.error());
-    if (answer->entries.empty() || !answer->entries.front().view)
+        answerLimit(request)));
+    if (answer.entries.empty() || !answer.entries.front().view)
         return refusal("the extension sent nothing to draw");
-    return renderer_.png({*answer->entries.front().view, kind, family, request == EntryRequest::placeholder},
+    return renderer_.png({*answer.entries.front().view, kind, family, request == EntryRequest::placeholder},
                          scale);
 }
 
@@ -200,7 +196,7 @@ Result<void> HomeScreen::remove(int id) {
 }
 
 Result<void> HomeScreen::setEnvironment(const std::string& environment) {
-    if (const auto written = writeInformation(environment); !written) return written;
+    TRY(writeInformation(environment));
     {
         const std::lock_guard lock(mutex_);
         environment_ = environment;
@@ -213,7 +209,7 @@ Result<void> HomeScreen::setEnvironment(const std::string& environment) {
 
 Result<void> HomeScreen::setFault(const std::string& fault) {
     if (!demo_) return refusal("the demo service is not in use");
-    if (const auto done = demo_->setFault(fault); !done) return done;
+    TRY(demo_->setFault(fault));
     {
         const std::lock_guard lock(mutex_);
         fault_ = fault;

@@ -16,8 +16,7 @@ constexpr std::chrono::seconds patience{5};
 
 Result<std::string> latestDecisions(const HomeScreen& home, std::string_view kind) {
     constexpr std::size_t mostLines = 20;
-    if (const Result<void> known = checkKind(home.gallery(), kind); !known)
-        return tl::unexpected(known.error());
+    TRY(checkKind(home.gallery(), kind));
     const std::vector<LedgerEntry> entries = home.ledger().entries(0, kind);
     std::string lines;
     const std::size_t first = entries.size() > mostLines ? entries.size() - mostLines : 0;

@@ -55,8 +55,7 @@ Result<void> setAssets(HomeScreen& home, const json& request) {
     const auto found = request.find("keys");
     if (found == request.end() || !found->is_array() || found->size() > 200)
         return refusal("a list of at most 200 assets is needed");
-    const auto before = companion::chosenAssets(home.runtime());
-    if (!before) return tl::unexpected(before.error());
+    const auto before = TRY(companion::chosenAssets(home.runtime()));
 
     // An asset that the user has keeps its record; a new one takes the catalogue's.
     std::map<std::string, std::pair<companion::AssetList, platform::PropertyList>> known;
@@ -66,7 +65,7 @@ Result<void> setAssets(HomeScreen& home, const json& request) {
         }
     }
     for (const companion::AssetKind& kind : companion::assetKinds) {
-        for (const platform::PropertyList& record : (*before).*kind.list)
+        for (const platform::PropertyList& record : (before).*kind.list)
             known[companion::keyOf(record)] = {kind.list, record};
     }
     companion::ChosenAssets chosen;

@@ -119,12 +119,10 @@ Result<void> ExtensionChild::tell(const wire::Request& request) {
 }
 
 Result<void> ExtensionChild::send(const wire::Request& request) {
-    const Result<std::string> frame = platform::framedMessage(request);
-    if (!frame) return tl::unexpected(frame.error());
+    const std::string frame = TRY(platform::framedMessage(request));
     // All or nothing: questions are small, and a child that leaves so many unread is stuck.
-    const ssize_t count =
-        ::send(messages_.number(), frame->data(), frame->size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (count == static_cast<ssize_t>(frame->size())) return {};
+    const ssize_t count = ::send(messages_.number(), frame.data(), frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (count == static_cast<ssize_t>(frame.size())) return {};
     return platform::failure(
         "ExtensionError", count < 0 ? errno : EAGAIN,
         "the extension takes no questions: " + std::generic_category().message(count < 0 ? errno : EAGAIN));

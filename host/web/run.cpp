@@ -42,18 +42,16 @@ void waitForEnd(const sigset_t& signals, std::chrono::nanoseconds duration) {
 platform::Result<void> runHomeScreen(const RunOptions& options) {
     const sigset_t signals = platform::blockEndingSignals();
     const std::filesystem::path resources = platform::resourcesDirectory();
-    auto runtime = resolvedOptions(options.process);
-    if (!runtime) return tl::unexpected(runtime.error());
+    auto runtime = TRY(resolvedOptions(options.process));
 
     std::unique_ptr<DemoChild> demo;
     if (options.isDemo) {
-        auto started = DemoChild::start(platform::programDirectory() / "brightledger-demo");
-        if (!started) return tl::unexpected(started.error());
-        demo = std::move(*started);
+        auto started = TRY(DemoChild::start(platform::programDirectory() / "brightledger-demo"));
+        demo = std::move(started);
     }
 
     // First, since it makes the folder and finds out whether this home screen is running already.
-    const std::filesystem::path socketPath = platform::hostSocketPath(runtime->dataDirectory);
+    const std::filesystem::path socketPath = platform::hostSocketPath(runtime.dataDirectory);
     HomeScreen* answering = nullptr;
     std::mutex mutex;
     auto socket =
@@ -69,24 +67,22 @@ platform::Result<void> runHomeScreen(const RunOptions& options) {
     // The inspector shows the log, whoever reads standard error.
     child.isVerbose = true;
     child.infoPlist = std::filesystem::path(socketPath).replace_extension(".plist").string();
-    HomeScreenOptions homeOptions{.runtime = *runtime,
-                                  .extension = extensionOptions(child, *runtime),
+    HomeScreenOptions homeOptions{.runtime = runtime,
+                                  .extension = extensionOptions(child, runtime),
                                   .infoPlist = *child.infoPlist,
                                   .resources = resources,
                                   .demoOrigin = demo ? std::optional(demo->origin()) : std::nullopt};
     if (options.process.isVerbose) homeOptions.log = writeLogLine;
-    auto home = HomeScreen::start(std::move(homeOptions));
-    if (!home) return tl::unexpected(home.error());
-    auto page = PageServer::start(**home, options.port, resources / "web");
-    if (!page) return tl::unexpected(page.error());
+    auto home = TRY(HomeScreen::start(std::move(homeOptions)));
+    auto page = TRY(PageServer::start(*home, options.port, resources / "web"));
     {
         const std::lock_guard lock(mutex);
-        answering = home->get();
+        answering = home.get();
     }
-    std::cout << (*page)->address() << '\n' << std::flush;
+    std::cout << page->address() << '\n' << std::flush;
     waitForEnd(signals, options.duration);
     // The page waits for its handlers, and they wait for the extension.
-    (*home)->stop();
+    home->stop();
     const std::lock_guard lock(mutex);
     answering = nullptr;
     return {};

@@ -233,10 +233,9 @@ Conversation::~Conversation() { state_->replies->close(); }
 Result<void> Conversation::receive(std::string_view bytes) {
     state_->reader.append(bytes);
     for (;;) {
-        const Result<std::optional<std::string>> message = state_->reader.next();
-        if (!message) return tl::unexpected(message.error());
-        if (!*message) return {};
-        if (const Result<void> taken = state_->handleMessage(**message); !taken) return taken;
+        const std::optional<std::string> message = TRY(state_->reader.next());
+        if (!message) return {};
+        TRY(state_->handleMessage(*message));
     }
 }
 
@@ -251,7 +250,7 @@ Result<void> runMessageLoop(const Runtime& runtime, const PerchWidgetBundle& bun
     for (;;) {
         const Result<std::string> bytes = platform::readSome(input);
         if (!bytes || bytes->empty()) return {};
-        if (const Result<void> taken = conversation->receive(*bytes); !taken) return taken;
+        TRY(conversation->receive(*bytes));
     }
 }
 

@@ -45,9 +45,8 @@ void WidgetKitHelper::reloadAllWidgets(std::optional<std::string_view> kind, Pro
 }
 
 platform::Result<void> WidgetKitHelper::updatePortfolioArrayUserDefaults(ProcessState& state) {
-    const auto defaults = sharedDefaults(state.runtime);
-    if (!defaults) return tl::unexpected(defaults.error());
-    const auto removed = (*defaults)->remove(keys::portfolioArray);
+    const auto defaults = TRY(sharedDefaults(state.runtime));
+    const auto removed = defaults->remove(keys::portfolioArray);
     if (!removed)
         state.runtime.log().write("Saved portfolio rows could not be removed: " + removed.error().message);
     return removed;

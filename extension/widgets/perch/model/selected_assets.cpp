@@ -28,11 +28,10 @@ PropertyList defaultRecords() {
 // All or nothing: with the mark but without the list the user would never have assets.
 Result<void> seed(UserDefaults::Transaction& store) {
     // Reads again, now that nobody else can write.
-    const auto mark = store.object(keys::firstTimeAppInstalledForWidget);
-    if (!mark) return tl::unexpected(mark.error());
-    if (*mark) return {};
+    const auto mark = TRY(store.object(keys::firstTimeAppInstalledForWidget));
+    if (mark) return {};
 
-    if (auto set = store.set(keys::firstTimeAppInstalledForWidget, true); !set) return set;
+    TRY(store.set(keys::firstTimeAppInstalledForWidget, true));
     return store.set(keys::indicesWidget, defaultRecords());
 }
 
