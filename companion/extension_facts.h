@@ -3,7 +3,7 @@
 // What a host must know of the extension: the name of the settings store that the phone app shares with it,
 // and the times of day at which its widgets change what they show or when they ask.
 
-#include "extension/app/settings/hours.h"
+#include "extension/app/settings/reload_times.h"
 #include "extension/app/settings/store_keys.h"
 
 namespace companion {

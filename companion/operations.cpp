@@ -9,11 +9,11 @@
 #include <utility>
 #include "companion/arguments.h"
 #include "extension/app/presence/widget_kit_helper.h"
-#include "extension/app/settings/key_constants.h"
 #include "extension/app/settings/process_state.h"
+#include "extension/app/settings/store_keys.h"
 #include "extension/app/settings/widget_helper.h"
-#include "extension/theme/app_default_colors.h"
 #include "extension/theme/hex_codec.h"
+#include "extension/theme/palette.h"
 #include "extension/theme/theme_manager.h"
 #include "platform/view/view_json.h"
 

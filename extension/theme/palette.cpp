@@ -5,7 +5,6 @@
 #include <cmath>
 #include <string>
 #include <vector>
-#include "extension/theme/app_default_colors.h"
 #include "extension/theme/hex_codec.h"
 
 namespace extension {

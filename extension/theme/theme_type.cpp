@@ -1,6 +1,6 @@
 #include "extension/theme/theme_type.h"
 
-#include "extension/app/settings/hours.h"
+#include "extension/app/settings/reload_times.h"
 #include "extension/app/settings/store_keys.h"
 #include "extension/theme/hex_codec.h"
 #include "platform/base/fatal.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <utility>
-#include "extension/app/settings/deep_links.h"
+#include "extension/app/settings/widget_names.h"
 #include "extension/widgets/news/timeline/news_provider.h"
 #include "extension/widgets/news/views/news_widget_entry_view.h"
 #include "extension/widgets/perch/timeline/perch_timeline_provider.h"

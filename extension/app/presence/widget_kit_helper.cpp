@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 #include "extension/app/settings/store_keys.h"
-#include "extension/app/settings/widget_kinds.h"
+#include "extension/app/settings/widget_names.h"
 
 namespace extension {
 namespace {

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <set>
 #include <thread>
-#include "extension/app/settings/key_constants.h"
+#include "extension/app/settings/store_keys.h"
 #include "extension/theme/hex_codec.h"
 #include "extension/theme/palette.h"
 #include "extension/theme/theme_type.h"

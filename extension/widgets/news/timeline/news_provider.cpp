@@ -2,7 +2,7 @@
 
 #include <memory>
 #include <utility>
-#include "extension/app/settings/next_reload.h"
+#include "extension/app/settings/reload_times.h"
 
 namespace extension {
 

@@ -4,7 +4,6 @@
 #include <utility>
 #include <vector>
 #include "extension/ui/common/widget_item_texts.h"
-#include "extension/ui/common/widget_links.h"
 
 namespace extension {
 

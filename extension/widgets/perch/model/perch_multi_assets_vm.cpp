@@ -3,7 +3,7 @@
 #include <map>
 #include <unordered_map>
 #include <utility>
-#include "extension/widgets/perch/model/default_multi_assets_vm.h"
+#include "extension/widgets/perch/model/selected_assets.h"
 #include "platform/text/letter_case.h"
 
 namespace extension {

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 #include <vector>
-#include "extension/widgets/perch/model/default_multi_assets_vm.h"
+#include "extension/widgets/perch/model/selected_assets.h"
 #include "extension/widgets/perch/proto/market_package.h"
 #include "platform/base/uuid.h"
 #include "platform/runtime/runtime.h"

@@ -7,12 +7,39 @@
 #include <string>
 #include <vector>
 #include "extension/app/prices/price_refresh_manager_native.h"
+#include "extension/app/settings/observable.h"
 #include "extension/widgets/perch/model/perch_timeline_entry.h"
-#include "extension/widgets/perch/timeline/perch_widget_view_model.h"
+#include "extension/widgets/perch/model/selected_assets.h"
 #include "platform/runtime/runtime.h"
 #include "platform/widget/timeline.h"
 
 namespace extension {
+
+/// The assets that the Perch widget follows, as they were last loaded. Any thread; a loaded list never
+/// changes.
+class PerchWidgetViewModel {
+public:
+    using Assets = std::shared_ptr<const DefaultMultiAssetsListVM>;
+
+    explicit PerchWidgetViewModel(const platform::Runtime& runtime) : runtime_(runtime) {}
+
+    /// Chooses the default assets for a new user.
+    void seedDefaults() const { seedDefaultsAtFirstRun(runtime_); }
+
+    /// Reads the user's choice again, keeps it as `assetsListVM` and answers with it.
+    Assets loadSelectedAssets() {
+        Assets loaded =
+            std::make_shared<const DefaultMultiAssetsListVM>(extension::loadSelectedAssets(runtime_));
+        assetsListVM.set(loaded);
+        return loaded;
+    }
+
+    /// Empty until the first loading. For the phone app; nothing here reads it.
+    Observable<Assets> assetsListVM{std::make_shared<const DefaultMultiAssetsListVM>()};
+
+private:
+    const platform::Runtime& runtime_;
+};
 
 /// Every answer is one entry; whatever goes wrong, it is an entry without rows. Nothing is kept between
 /// questions. Any thread; `runtime` outlives it and the answers under way, which do not need the provider.

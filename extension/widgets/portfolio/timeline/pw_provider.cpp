@@ -3,8 +3,7 @@
 #include <memory>
 #include <optional>
 #include <utility>
-#include "extension/app/settings/hours.h"
-#include "extension/app/settings/next_reload.h"
+#include "extension/app/settings/reload_times.h"
 #include "platform/base/fatal.h"
 
 namespace extension {

@@ -1,6 +1,7 @@
 #pragma once
 
-// What the Portfolio widget shows for an entry: the signed-in user's figures, or what to do instead.
+// What the Portfolio widget shows for an entry: the signed-in user's figures, or what to do instead (add a
+// portfolio, or sign in).
 
 #include <cstddef>
 #include <vector>
@@ -8,6 +9,34 @@
 #include "platform/view/view.h"
 
 namespace extension {
+
+/// The button of NoPortfolioRecordView.
+struct AddPortfolioCTAView {
+    const PWTimelineEntry& pwTimelineEntry;
+
+    platform::View body() const;
+};
+
+/// For a user without a portfolio; a tap leads to adding one.
+struct NoPortfolioRecordView {
+    const PWTimelineEntry& pwTimelineEntry;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
+
+/// The button of LoginToCheckPortfolioView.
+struct LoginToCheckView {
+    platform::View body() const;
+};
+
+/// For a user who is not signed in, and for any failure; a tap leads to signing in.
+struct LoginToCheckPortfolioView {
+    const PWTimelineEntry& pwTimelineEntry;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
 
 /// The widget's icon and the app's mark; the caption only where there is room for it.
 struct HeaderView {

@@ -2,9 +2,9 @@
 #include <string>
 #include <vector>
 #include "extension/app/settings/build_flags.h"
-#include "extension/app/settings/deep_links.h"
 #include "extension/app/settings/store_keys.h"
 #include "extension/app/settings/widget_helper.h"
+#include "extension/app/settings/widget_names.h"
 #include "tests/extension/shared_settings.h"
 #include "tests/support/test_runtime.h"
 

@@ -3,7 +3,7 @@
 #include <vector>
 #include "extension/widgets/portfolio/model/portfolio_data_model.h"
 #include "extension/widgets/portfolio/model/portfolio_widget_vm.h"
-#include "extension/widgets/portfolio/model/pw_api_error.h"
+#include "extension/widgets/portfolio/model/pw_timeline_entry.h"
 #include "platform/json/json_coding.h"
 #include "tests/support/expected_text.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 
-// The links through which a tap on a widget opens the phone app.
+// The names by which the system and the phone app know the widgets, and the links through which a tap on a
+// widget opens the phone app.
 
 #include <string>
 #include <string_view>
@@ -8,6 +9,10 @@
 #include "platform/runtime/runtime.h"
 
 namespace extension {
+
+inline constexpr std::string_view newsWidgetKind = "NewsWidget";
+inline constexpr std::string_view perchWidgetKind = "PerchWidget";
+inline constexpr std::string_view portfolioWidgetKind = "PortfolioWidget";
 
 inline constexpr std::string_view widgetScheme = "brightledgerwidget://";
 
