@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <vector>
-#include "extension/theme/palette.h"
+#include "extension/theme/theme.h"
 #include "platform/base/ascii.h"
 #include "platform/settings/utf8.h"
 #include "platform/text/number_formatter.h"

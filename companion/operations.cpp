@@ -13,7 +13,7 @@
 #include "extension/app/settings/store_keys.h"
 #include "extension/app/settings/widget_helper.h"
 #include "extension/theme/hex_codec.h"
-#include "extension/theme/palette.h"
+#include "extension/theme/theme.h"
 #include "extension/theme/theme_manager.h"
 #include "platform/view/view_json.h"
 

@@ -1,6 +1,6 @@
 #include "extension/theme/theme_manager.h"
 
-#include "extension/theme/palette.h"
+#include "extension/theme/theme.h"
 
 namespace extension {
 namespace {

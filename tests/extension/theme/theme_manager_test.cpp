@@ -8,7 +8,7 @@
 #include <thread>
 #include "extension/app/settings/store_keys.h"
 #include "extension/theme/hex_codec.h"
-#include "extension/theme/palette.h"
+#include "extension/theme/theme.h"
 #include "extension/theme/theme_type.h"
 #include "platform/settings/store_file.h"
 #include "tests/extension/shared_settings.h"

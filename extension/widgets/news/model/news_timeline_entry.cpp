@@ -7,7 +7,6 @@
 #include "platform/view/view_json.h"
 
 namespace extension {
-
 namespace {
 
 using nlohmann::ordered_json;

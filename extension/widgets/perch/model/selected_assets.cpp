@@ -8,7 +8,6 @@
 #include "platform/text/letter_case.h"
 
 namespace extension {
-
 namespace {
 
 using platform::PropertyList;

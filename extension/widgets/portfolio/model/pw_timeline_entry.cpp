@@ -10,7 +10,6 @@
 #include "platform/view/view_json.h"
 
 namespace extension {
-
 namespace {
 
 struct Case {

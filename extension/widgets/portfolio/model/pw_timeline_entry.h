@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 #include <vector>
-#include "extension/widgets/portfolio/model/portfolio_widget_vm.h"
+#include "extension/widgets/portfolio/model/portfolio_data_model.h"
 #include "platform/base/clock.h"
 #include "platform/base/color.h"
 #include "platform/base/result.h"

@@ -2,7 +2,6 @@
 #include <string>
 #include <vector>
 #include "extension/widgets/portfolio/model/portfolio_data_model.h"
-#include "extension/widgets/portfolio/model/portfolio_widget_vm.h"
 #include "extension/widgets/portfolio/model/pw_timeline_entry.h"
 #include "platform/json/json_coding.h"
 #include "tests/support/expected_text.h"

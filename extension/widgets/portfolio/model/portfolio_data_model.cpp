@@ -1,4 +1,4 @@
-#include "extension/widgets/portfolio/model/portfolio_widget_vm.h"
+#include "extension/widgets/portfolio/model/portfolio_data_model.h"
 
 #include "platform/json/json_coding.h"
 
