@@ -3,8 +3,8 @@
 #include <benchmark/benchmark.h>
 #include <string>
 #include <vector>
-#include "extension/widgets/perch/model/default_multi_assets_vm.h"
-#include "extension/widgets/perch/model/perch_multi_assets_vm.h"
+#include "extension/widgets/perch/model/perch_timeline_entry.h"
+#include "extension/widgets/perch/model/selected_assets.h"
 #include "extension/widgets/perch/proto/market_package.h"
 #include "tests/support/test_runtime.h"
 

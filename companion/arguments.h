@@ -11,45 +11,36 @@
 
 namespace companion {
 
-/// A type that an operation takes: what it is called in the list of operations, and how it is read.
+/// What an argument of a type is called in the list of operations.
 template <typename T>
-struct Argument;
-
-// Of these two the value is a view of `text`.
+constexpr std::string_view argumentName;
 template <>
-struct Argument<std::string_view> {
-    static constexpr std::string_view name = "TEXT";
-    static platform::Result<std::string_view> read(const std::string& text);
-};
-
+constexpr std::string_view argumentName<std::string_view> = "TEXT";
 template <>
-struct Argument<std::optional<std::string_view>> {
-    static constexpr std::string_view name = "TEXT|null";
-    static platform::Result<std::optional<std::string_view>> read(const std::string& text);
-};
-
+constexpr std::string_view argumentName<std::optional<std::string_view>> = "TEXT|null";
 template <>
-struct Argument<std::int64_t> {
-    static constexpr std::string_view name = "INTEGER";
-    static platform::Result<std::int64_t> read(const std::string& text);
-};
-
+constexpr std::string_view argumentName<std::int64_t> = "INTEGER";
 template <>
-struct Argument<double> {
-    static constexpr std::string_view name = "NUMBER";
-    static platform::Result<double> read(const std::string& text);
-};
-
+constexpr std::string_view argumentName<double> = "NUMBER";
 template <>
-struct Argument<bool> {
-    static constexpr std::string_view name = "true|false";
-    static platform::Result<bool> read(const std::string& text);
-};
-
+constexpr std::string_view argumentName<bool> = "true|false";
 template <>
-struct Argument<platform::Color> {
-    static constexpr std::string_view name = "COLOR";
-    static platform::Result<platform::Color> read(const std::string& text);
-};
+constexpr std::string_view argumentName<platform::Color> = "COLOR";
+
+/// Reads an argument. A text's value is a view of `text`.
+template <typename T>
+platform::Result<T> readArgument(const std::string& text);
+template <>
+platform::Result<std::string_view> readArgument(const std::string& text);
+template <>
+platform::Result<std::optional<std::string_view>> readArgument(const std::string& text);
+template <>
+platform::Result<std::int64_t> readArgument(const std::string& text);
+template <>
+platform::Result<double> readArgument(const std::string& text);
+template <>
+platform::Result<bool> readArgument(const std::string& text);
+template <>
+platform::Result<platform::Color> readArgument(const std::string& text);
 
 }  // namespace companion

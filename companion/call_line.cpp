@@ -54,9 +54,7 @@ platform::Result<std::vector<std::string>> splitCallLine(std::string_view line) 
             return platform::failure("UsageError", 0,
                                      "a blank is missing after " + std::string(line.substr(at, end - at)));
         }
-        platform::Result<std::string> word = wordOf(line.substr(at, end - at));
-        if (!word) return tl::unexpected(word.error());
-        words.push_back(*std::move(word));
+        words.push_back(TRY(wordOf(line.substr(at, end - at))));
         at = end;
     }
     return words;

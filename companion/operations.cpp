@@ -9,12 +9,11 @@
 #include <utility>
 #include "companion/arguments.h"
 #include "extension/app/presence/widget_kit_helper.h"
-#include "extension/app/settings/key_constants.h"
 #include "extension/app/settings/process_state.h"
+#include "extension/app/settings/store_keys.h"
 #include "extension/app/settings/widget_helper.h"
-#include "extension/theme/app_default_colors.h"
-#include "extension/theme/direction_color.h"
 #include "extension/theme/hex_codec.h"
+#include "extension/theme/theme.h"
 #include "extension/theme/theme_manager.h"
 #include "platform/view/view_json.h"
 
@@ -78,7 +77,7 @@ Result<ordered_json> answer(const Result<std::string>& text) {
 template <typename... Parameters, typename Function, std::size_t... Positions>
 Result<ordered_json> callWith(const Function& function, PhoneApp::State& state, const Words& words,
                               std::index_sequence<Positions...>) {
-    const std::tuple<Result<Parameters>...> arguments{Argument<Parameters>::read(words[Positions])...};
+    const std::tuple<Result<Parameters>...> arguments{readArgument<Parameters>(words[Positions])...};
     const platform::Error* error = nullptr;
     ((error = !error && !std::get<Positions>(arguments) ? &std::get<Positions>(arguments).error() : error),
      ...);
@@ -98,7 +97,7 @@ public:
     void add(std::string_view className, std::string_view selector, Function function) {
         all.push_back({className,
                        selector,
-                       {Argument<Parameters>::name...},
+                       {argumentName<Parameters>...},
                        [function](PhoneApp::State& state, const Words& words) {
                            return callWith<Parameters...>(function, state, words,
                                                           std::index_sequence_for<Parameters...>());
@@ -232,10 +231,7 @@ void addColors(Operations& all) {
                                       return extension::colorFromHexStringAndOpacity(hex, alpha);
                                   });
     all.add("UIColor", "hexString", checkedHexString);
-    all.add<std::string_view>("NSString", "getTheDirectionColor",
-                              [](ProcessState& state, std::string_view code) {
-                                  return extension::getTheDirectionColor(code, state);
-                              });
+    all.add("NSString", "getTheDirectionColor", extension::getTheDirectionColor);
 }
 
 const std::vector<Operation>& allOperations() {

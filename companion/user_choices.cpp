@@ -21,12 +21,10 @@ Result<void> change(const platform::Runtime& runtime, const std::function<Result
 
 Result<std::vector<std::optional<PropertyList>>> read(const platform::Runtime& runtime,
                                                       const std::vector<std::string>& names) {
-    const auto defaults = extension::sharedDefaults(runtime);
-    if (!defaults) return tl::unexpected(defaults.error());
-    const auto stored = (*defaults)->objects(names);
-    if (!stored) return tl::unexpected(stored.error());
+    const auto defaults = TRY(extension::sharedDefaults(runtime));
+    const auto stored = TRY(defaults->objects(names));
     std::vector<std::optional<PropertyList>> values;
-    for (const auto& value : *stored) {
+    for (const auto& value : stored) {
         if (!value) return tl::unexpected(value.error());
         values.push_back(*value);
     }
@@ -50,10 +48,9 @@ Result<void> writeSession(Transaction& store, const std::optional<Session>& sess
         .and_then([&] { return setOrRemove(store, keys::userPortfolio, text(&Session::portfolioAddress)); });
 }
 
+/// In the order of `assetKinds`.
 constexpr std::array assetKeys{keys::indicesWidget, keys::stockWidget, keys::futureWidget,
                                keys::cryptoWidget};
-constexpr std::array assetLists{&ChosenAssets::indices, &ChosenAssets::stocks, &ChosenAssets::futures,
-                                &ChosenAssets::cryptos};
 
 /// The other links of the phone app, which share an archive with the address of the news.
 Result<PropertyList::Dictionary> linksIn(const std::optional<PropertyList>& stored) {
@@ -67,13 +64,30 @@ Result<PropertyList::Dictionary> linksIn(const std::optional<PropertyList>& stor
                                  "\") cannot be read and stay as they are");
 }
 
+/// Empty when there is no such field.
+std::string fieldOf(const platform::PropertyList& asset, std::string_view name) {
+    const auto* fields = asset.dictionary();
+    if (fields == nullptr) return "";
+    const auto found = fields->find(name);
+    return found != fields->end() && found->second.text() != nullptr ? *found->second.text() : "";
+}
+
 }  // namespace
+
+std::string keyOf(const platform::PropertyList& asset) {
+    const std::string identifier = fieldOf(asset, "priceIdentifier");
+    return identifier.empty() ? fieldOf(asset, "title") : identifier;
+}
+
+std::string titleOf(const platform::PropertyList& asset) {
+    const std::string title = fieldOf(asset, "title");
+    return title.empty() ? keyOf(asset) : title;
+}
 
 Result<void> setSession(const platform::Runtime& runtime, const std::optional<Session>& session) {
     return change(runtime, [&](Transaction& store) -> Result<void> {
-        const auto former = store.object(keys::userId);
-        if (!former) return tl::unexpected(former.error());
-        const std::string* formerUser = textOf(*former);
+        const auto former = TRY(store.object(keys::userId));
+        const std::string* formerUser = textOf(former);
         const bool isSameUser = session && formerUser && *formerUser == session->userId;
         const Result<void> written = writeSession(store, session);
         return written && !isSameUser ? store.remove(keys::portfolioArray) : written;
@@ -81,12 +95,11 @@ Result<void> setSession(const platform::Runtime& runtime, const std::optional<Se
 }
 
 Result<std::optional<Session>> session(const platform::Runtime& runtime) {
-    const auto stored = read(
-        runtime, {std::string(keys::token), std::string(keys::userId), std::string(keys::userPortfolio)});
-    if (!stored) return tl::unexpected(stored.error());
-    const std::string* token = textOf((*stored)[0]);
-    const std::string* userId = textOf((*stored)[1]);
-    const std::string* address = textOf((*stored)[2]);
+    const auto stored = TRY(read(
+        runtime, {std::string(keys::token), std::string(keys::userId), std::string(keys::userPortfolio)}));
+    const std::string* token = textOf((stored)[0]);
+    const std::string* userId = textOf((stored)[1]);
+    const std::string* address = textOf((stored)[2]);
     if (!token || !userId || !address) return std::nullopt;
     return Session{*token, *userId, *address};
 }
@@ -94,43 +107,38 @@ Result<std::optional<Session>> session(const platform::Runtime& runtime) {
 Result<void> setChosenAssets(const platform::Runtime& runtime, const ChosenAssets& assets) {
     return change(runtime, [&](Transaction& store) -> Result<void> {
         for (std::size_t i = 0; i < assetKeys.size(); ++i) {
-            const Result<void> written = store.set(assetKeys[i], assets.*assetLists[i]);
-            if (!written) return written;
+            TRY(store.set(assetKeys[i], assets.*assetKinds[i].list));
         }
         return {};
     });
 }
 
 Result<ChosenAssets> chosenAssets(const platform::Runtime& runtime) {
-    const auto stored = read(runtime, {assetKeys.begin(), assetKeys.end()});
-    if (!stored) return tl::unexpected(stored.error());
+    const auto stored = TRY(read(runtime, {assetKeys.begin(), assetKeys.end()}));
     ChosenAssets assets;
     for (std::size_t i = 0; i < assetKeys.size(); ++i) {
-        const auto* list = (*stored)[i] ? (*stored)[i]->array() : nullptr;
-        if (list) assets.*assetLists[i] = *list;
+        const auto* list = (stored)[i] ? (stored)[i]->array() : nullptr;
+        if (list) assets.*assetKinds[i].list = *list;
     }
     return assets;
 }
 
 Result<void> setNewsFeedAddress(const platform::Runtime& runtime, const std::optional<std::string>& address) {
     return change(runtime, [&](Transaction& store) -> Result<void> {
-        const auto stored = store.object(keys::extraLinks);
-        if (!stored) return tl::unexpected(stored.error());
-        Result<PropertyList::Dictionary> links = linksIn(*stored);
-        if (!links) return tl::unexpected(links.error());
+        const auto stored = TRY(store.object(keys::extraLinks));
+        PropertyList::Dictionary links = TRY(linksIn(stored));
         const std::string key(keys::newsWidgetApiUrl);
-        links->erase(key);
-        if (address) links->emplace(key, *address);
-        if (links->empty()) return store.remove(keys::extraLinks);
-        return store.set(keys::extraLinks, platform::Bytes(platform::archivedObject(*links)));
+        links.erase(key);
+        if (address) links.emplace(key, *address);
+        if (links.empty()) return store.remove(keys::extraLinks);
+        return store.set(keys::extraLinks, platform::Bytes(platform::archivedObject(links)));
     });
 }
 
 Result<std::optional<std::string>> newsFeedAddress(const platform::Runtime& runtime) {
-    const auto stored = read(runtime, {std::string(keys::extraLinks)});
-    if (!stored) return tl::unexpected(stored.error());
+    const auto stored = TRY(read(runtime, {std::string(keys::extraLinks)}));
     // As the widget does: links that cannot be read name no feed.
-    const PropertyList::Dictionary links = linksIn(stored->front()).value_or(PropertyList::Dictionary());
+    const PropertyList::Dictionary links = linksIn(stored.front()).value_or(PropertyList::Dictionary());
     const auto address = links.find(keys::newsWidgetApiUrl);
     const std::string* text = address == links.end() ? nullptr : address->second.text();
     return text && !text->empty() ? std::optional(*text) : std::nullopt;

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include "platform/base/result.h"
 #include "platform/runtime/runtime.h"
 #include "platform/settings/property_list.h"
@@ -29,6 +30,24 @@ struct ChosenAssets {
 
     bool operator==(const ChosenAssets&) const = default;
 };
+
+using AssetList = platform::PropertyList::Array ChosenAssets::*;
+
+/// Where the assets of one type stand.
+struct AssetKind {
+    const char* type;
+    AssetList list;
+};
+
+inline constexpr AssetKind assetKinds[] = {{"indices", &ChosenAssets::indices},
+                                           {"stock", &ChosenAssets::stocks},
+                                           {"future", &ChosenAssets::futures},
+                                           {"crypto", &ChosenAssets::cryptos}};
+
+/// The asset's price identifier, or its title when it has none: the name by which the page knows it.
+std::string keyOf(const platform::PropertyList& asset);
+/// Its title, or its key when it has none.
+std::string titleOf(const platform::PropertyList& asset);
 
 // Every change is one transaction. Any thread; errors are those of the settings store.
 

@@ -1,6 +1,6 @@
 #include "extension/theme/theme_manager.h"
 
-#include "extension/theme/palette.h"
+#include "extension/theme/theme.h"
 
 namespace extension {
 namespace {
@@ -12,38 +12,33 @@ std::int64_t numberOf(ThemeType type) { return static_cast<std::int64_t>(type); 
 
 Result<void> writePalette(Transaction& store, bool isLight) {
     for (const PaletteColor& color : palette()) {
-        const Result<void> written = storeColor(store, color.name, isLight ? color.light : color.dark);
-        if (!written) return written;
+        TRY(storeColor(store, color.name, isLight ? color.light : color.dark));
     }
     return {};
-}
-
-Result<void> applyThemeType(Transaction& store, ThemeType type, const platform::Runtime& runtime) {
-    if (type == ThemeType::unpainted) return {};
-    if (type != ThemeType::automatic) return writePalette(store, type == ThemeType::light);
-    const ThemeType automatic = automaticThemeType(runtime);
-    const Result<void> written = store.set(keys::autoThemeType, numberOf(automatic));
-    return written ? writePalette(store, automatic == ThemeType::light) : written;
 }
 
 /// Writes the choice and its palette.
 Result<void> chooseThemeType(Transaction& store, std::int64_t number, const platform::Runtime& runtime) {
     const std::int64_t choice = number >= 4 ? 0 : number;
-    const Result<void> written = store.set(keys::themeType, choice);
-    return written ? applyThemeType(store, themeTypeOf(choice), runtime) : written;
+    ThemeType type = themeTypeOf(choice);
+    Result<void> written = store.set(keys::themeType, choice);
+    if (type == ThemeType::automatic) {
+        type = automaticThemeType(runtime);
+        written = written.and_then([&] { return store.set(keys::autoThemeType, numberOf(type)); });
+    }
+    if (type == ThemeType::unpainted) return written;
+    return written.and_then([&] { return writePalette(store, type == ThemeType::light); });
 }
 
 /// Dark the first time, otherwise again what was chosen.
 Result<void> chooseDefault(Transaction& store, const platform::Runtime& runtime) {
     const auto isSet = store.object(keys::isThemeTypeSet);
-    if (!isSet) return tl::unexpected(isSet.error());
-    if (!platform::coercedBool(*isSet)) {
-        const Result<void> chosen = chooseThemeType(store, numberOf(ThemeType::dark), runtime);
-        return chosen ? store.set(keys::isThemeTypeSet, true) : chosen;
-    }
-    const auto stored = store.object(keys::themeType);
-    if (!stored) return tl::unexpected(stored.error());
-    return chooseThemeType(store, numberOf(themeTypeOf(platform::coercedInteger(*stored))), runtime);
+    const auto chosen = TRY(isSet ? store.object(keys::themeType) : isSet);
+    if (platform::coercedBool(*isSet))
+        return chooseThemeType(store, numberOf(themeTypeOf(platform::coercedInteger(chosen))), runtime);
+    return chooseThemeType(store, numberOf(ThemeType::dark), runtime).and_then([&] {
+        return store.set(keys::isThemeTypeSet, true);
+    });
 }
 
 /// Does `work` in the shared store and logs a failure.
@@ -78,8 +73,7 @@ Result<void> ThemeManager::setCurrentSelectedThemeTypeWithType(std::int64_t type
 }
 
 Result<void> ThemeManager::setDefaultThemeIfNotSet(ProcessState& state) {
-    if (const auto defaults = sharedDefaults(state.runtime); !defaults)
-        return tl::unexpected(defaults.error());
+    TRY(sharedDefaults(state.runtime));
     const Result<void> done = inStore(
         state.runtime, [&](Transaction& transaction) { return chooseDefault(transaction, state.runtime); });
     readCurrentTheme(state);
@@ -131,6 +125,14 @@ bool ThemeManager::getReloadWidgetExtension(ProcessState& state) {
     if (!defaults) return false;
     const auto stored = (*defaults)->object(keys::reloadWidgetOnThemeChange);
     return stored && platform::coercedBool(*stored);
+}
+
+platform::Color getTheDirectionColor(std::string_view code, ProcessState& state) {
+    const auto theme = ThemeManager::currentTheme(state);
+    if (code == "1" || code == "+1" || code == "OPEN") return theme->positiveDirectionColor();
+    if (code == "-1" || code == "CLOSED") return theme->negativeDirectionColor();
+    if (code == "PRE" || code == "AFTER") return colorFromHexString("#FF9D00");
+    return theme->textColor();
 }
 
 }  // namespace extension

@@ -65,4 +65,9 @@ public:
     Observable<std::int64_t> currentSelectedThemeType{0};
 };
 
+/// Green for up ("1", "+1", "OPEN"), red for down ("-1", "CLOSED"), amber "#FF9D00" for "PRE" and "AFTER",
+/// and the text colour for every other text, in the current theme of the state. Exact comparison. Selector
+/// `getTheDirectionColor`, of a text.
+platform::Color getTheDirectionColor(std::string_view code, ProcessState& state = ProcessState::shared());
+
 }  // namespace extension

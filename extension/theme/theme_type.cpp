@@ -1,7 +1,8 @@
 #include "extension/theme/theme_type.h"
 
-#include "extension/app/settings/hours.h"
+#include "extension/app/settings/reload_times.h"
 #include "extension/app/settings/store_keys.h"
+#include "extension/theme/hex_codec.h"
 #include "platform/base/fatal.h"
 
 namespace extension {
@@ -35,6 +36,14 @@ ThemeType automaticThemeType(const platform::Runtime& runtime) {
 ThemeType effectiveThemeType(const platform::Runtime& runtime) {
     const ThemeType selected = selectedThemeType(runtime);
     return selected == ThemeType::automatic ? automaticThemeType(runtime) : selected;
+}
+
+EntryColors entryColors(const platform::Runtime& runtime) {
+    const bool isDark = effectiveThemeType(runtime) == ThemeType::dark;
+    return {.isDark = isDark,
+            .background = colorFromHexString(isDark ? "#1A1A22" : "#ffffff"),
+            .text = colorFromHexString(isDark ? "#ffffff" : "#000000"),
+            .dateTime = colorFromHexString(isDark ? "#b4b4b4" : "#000000")};
 }
 
 }  // namespace extension

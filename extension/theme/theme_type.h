@@ -1,8 +1,10 @@
 #pragma once
 
-// Light, dark or by the clock: the user's choice in the store, and what it means at this moment.
+// Light, dark or by the clock: the user's choice in the store, what it means at this moment, and the colours
+// that a timeline entry of this moment takes.
 
 #include <cstdint>
+#include "platform/base/color.h"
 #include "platform/runtime/runtime.h"
 
 namespace extension {
@@ -31,5 +33,16 @@ ThemeType automaticThemeType(const platform::Runtime& runtime);
 
 /// The stored choice with automatic resolved by the clock: dark, light or unpainted.
 ThemeType effectiveThemeType(const platform::Runtime& runtime);
+
+struct EntryColors {
+    bool isDark = true;
+    platform::Color background;
+    platform::Color text;
+    platform::Color dateTime;
+};
+
+/// For an entry that is made now: by the stored choice, and by the clock in India when the choice is
+/// automatic. A store that is empty or cannot be read gives the dark colours. Any thread.
+EntryColors entryColors(const platform::Runtime& runtime);
 
 }  // namespace extension

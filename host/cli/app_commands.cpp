@@ -13,9 +13,8 @@
 #include "companion/demo_service.h"
 #include "companion/operations.h"
 #include "host/cli/output.h"
-#include "host/cli/surroundings.h"
 #include "host/home/host_questions.h"
-#include "platform/base/alternatives.h"
+#include "host/process/program_options.h"
 #include "platform/runtime/runtime.h"
 #include "platform/wire/host_channel.h"
 #include "platform/wire/host_widget_center.h"
@@ -31,10 +30,9 @@ constexpr std::chrono::seconds galleryLimit{5};
 Result<void> callWords(companion::PhoneApp& app, const std::vector<std::string>& words) {
     if (words.size() < 2)
         return platform::failure("UsageError", 2, "a call needs a class and a selector; \"call\" lists them");
-    const auto result = app.call(words[0], words[1], {words.begin() + 2, words.end()});
-    if (!result) return tl::unexpected(result.error());
+    const auto result = TRY(app.call(words[0], words[1], {words.begin() + 2, words.end()}));
     // One line per call, so that the results of several calls can be told apart.
-    return printLines(result->dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    return printLines(result.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
 
 Result<void> callLines(companion::PhoneApp& app, std::istream& input) {
@@ -75,53 +73,39 @@ Result<void> printOperations() {
     return printText(lines);
 }
 
-Result<void> checkKind(const std::string& kind, ExtensionOptions options) {
-    ExtensionProcess extension(std::move(options));
-    const auto gallery = extension.gallery(galleryLimit);
-    if (!gallery) return tl::unexpected(gallery.error());
-    std::vector<std::string> kinds;
-    for (const WidgetListing& widget : *gallery) {
-        if (widget.kind == kind) return {};
-        kinds.push_back(widget.kind);
-    }
-    return platform::failure("UsageError", 2,
-                             "unknown widget \"" + kind + "\"; choose " + platform::alternatives(kinds));
-}
-
 }  // namespace
 
 Result<void> callOperation(const ProcessOptions& process, const std::vector<std::string>& words) {
     if (words.empty()) return printOperations();
-    auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
-    resolved->widgetCenter = std::make_shared<platform::HostWidgetCenter>(resolved->dataDirectory);
-    const platform::Runtime runtime(std::move(*resolved));
+    auto resolved = TRY(resolvedOptions(process));
+    resolved.widgetCenter = std::make_shared<platform::HostWidgetCenter>(resolved.dataDirectory);
+    const platform::Runtime runtime(std::move(resolved));
     runtime.makeCurrent();
     companion::PhoneApp app(runtime);
     return words == std::vector<std::string>{"-"} ? callLines(app, std::cin) : callWords(app, words);
 }
 
 Result<void> signInUser(const ProcessOptions& process, const std::string& name) {
-    auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
-    const std::filesystem::path socket = platform::hostSocketPath(resolved->dataDirectory);
+    auto resolved = TRY(resolvedOptions(process));
+    const std::filesystem::path socket = platform::hostSocketPath(resolved.dataDirectory);
     if (isHostRunning(socket)) return askToSignIn(socket, name == "none" ? "" : name);
-    const platform::Runtime runtime(std::move(*resolved));
+    const platform::Runtime runtime(std::move(resolved));
     std::optional<companion::Session> session;
     if (name != "none") {
-        auto found = sessionOf(name, runtime);
-        if (!found) return tl::unexpected(found.error());
-        session = std::move(*found);
+        auto found = TRY(sessionOf(name, runtime));
+        session = std::move(found);
     }
     return companion::PhoneApp(runtime).signIn(session);
 }
 
 Result<void> explainReloads(const ProcessOptions& process, const std::string& kind) {
-    const auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
-    Result<std::string> answer = askWhy(platform::hostSocketPath(resolved->dataDirectory), kind);
+    const auto resolved = TRY(resolvedOptions(process));
+    Result<std::string> answer = askWhy(platform::hostSocketPath(resolved.dataDirectory), kind);
     if (!answer) {
-        const Result<void> known = checkKind(kind, extensionOptions(process, *resolved));
+        const Result<void> known =
+            ExtensionProcess(extensionOptions(process, resolved))
+                .gallery(galleryLimit)
+                .and_then([&](const auto& gallery) { return checkKind(gallery, kind); });
         return tl::unexpected(known ? answer.error() : known.error());
     }
     if (!answer->ends_with('\n')) *answer += '\n';

@@ -11,7 +11,6 @@
 #include <utility>
 #include <vector>
 #include "host/cli/app_commands.h"
-#include "host/cli/gallery_command.h"
 #include "host/cli/output.h"
 #include "host/cli/store_commands.h"
 #include "host/cli/widget_commands.h"
@@ -44,12 +43,10 @@ constexpr const char* statisticsHelp = "print memory and times on standard error
 constexpr const char* scaleHelp = "pixels per point: 1, 2 or 3 (default)";
 constexpr const char* treeHelp = "a view tree as JSON; - is standard input";
 
-/// What a subcommand does once its words are read; returns the exit code.
-using Command = std::function<int()>;
+/// What a subcommand does once its words are read.
+using Command = std::function<Result<void>()>;
 
 constexpr long longestRun = 366L * 24 * 60 * 60;
-
-int exitCode(const Result<void>& result) { return result ? 0 : complain(result.error()); }
 
 /// The commands of the program. Reading the words fills the members and chooses `chosen`.
 class CommandLine {
@@ -86,7 +83,8 @@ public:
         } catch (const CLI::ParseError& wrong) {
             return complain({"UsageError", 2, wrong.what()});
         }
-        return chosen_();
+        const Result<void> done = chosen_();
+        return done ? 0 : complain(done.error());
     }
 
 private:
@@ -104,7 +102,7 @@ private:
             run_.process = process_;
             run_.isDemo = service_ == "demo";
             if (seconds_) run_.duration = std::chrono::seconds(*seconds_);
-            return exitCode(runHomeScreen(run_));
+            return runHomeScreen(run_);
         });
         run->add_option("--port", run_.port, "port of the page; 0 takes any free one");
         run->add_option("--service", service_, "demo (the default) or configured")
@@ -112,29 +110,27 @@ private:
         run->add_option("--for", seconds_, "stop after this many seconds")->check(CLI::Range(0L, longestRun));
 
         CLI::App* demo = add("demo", "start only the demo service and print its origin",
-                             [this] { return exitCode(becomeDemo(demoPort_)); });
+                             [this] { return becomeDemo(demoPort_); });
         demo->add_option("--port", demoPort_, "0 takes any free one")->check(CLI::Range(0, 65535));
 
         CLI::App* user = add("user", "sign a user of the demo service in, or out with \"none\"",
-                             [this] { return exitCode(signInUser(process_, userName_)); });
+                             [this] { return signInUser(process_, userName_); });
         user->add_option("NAME", userName_, "a user's name, or none")->required();
 
         CLI::App* why = add("why", "show why the running home screen reloaded a widget, or did not",
-                            [this] { return exitCode(explainReloads(process_, question_.kind)); });
+                            [this] { return explainReloads(process_, question_.kind); });
         why->add_option("KIND", question_.kind)->required();
 
-        CLI::App* gallery = add("gallery", "list the widgets", [this] { return exitCode(makeGallery()); });
+        CLI::App* gallery = add("gallery", "list the widgets", [this] {
+            return galleryFolder_ ? drawGallery(process_, *galleryFolder_, earlierGallery_)
+                                  : printGallery(process_);
+        });
         CLI::Option* folder = gallery->add_option("-o", galleryFolder_,
                                                   "draw every widget, family, theme and state into a folder");
         gallery
             ->add_option("--compare", earlierGallery_,
                          "mark what differs from this gallery, and exit 1 if anything does")
             ->needs(folder);
-    }
-
-    Result<void> makeGallery() const {
-        if (!galleryFolder_) return printGallery(process_);
-        return drawGalleryFolder(process_, *galleryFolder_, earlierGallery_);
     }
 
     void addQuestion(CLI::App& command) {
@@ -146,19 +142,19 @@ private:
         for (const auto& [name, request] : entryRequests) {
             CLI::App* command = add(name, "ask a widget and print its answer", [this, asked = request] {
                 question_.request = asked;
-                return exitCode(printEntries(process_, question_));
+                return printEntries(process_, question_);
             });
             addQuestion(*command);
             command->add_flag("--stats", question_.isMeasured, statisticsHelp);
         }
         CLI::App* view = add("view", "print the view tree of the timeline's first entry",
-                             [this] { return exitCode(printView(process_, question_)); });
+                             [this] { return printView(process_, question_); });
         addQuestion(*view);
     }
 
     void addDrawing() {
-        CLI::App* draw = add("draw", "draw a widget's first entry, or any view tree",
-                             [this] { return exitCode(drawChosen()); });
+        CLI::App* draw =
+            add("draw", "draw a widget's first entry, or any view tree", [this] { return drawChosen(); });
         auto* kind = draw->add_option("KIND", question_.kind, kindHelp);
         auto* family = draw->add_option("--family", question_.family, familyHelp);
         auto* request = draw->add_option("--request", request_, "timeline (default), snapshot or placeholder")
@@ -174,7 +170,7 @@ private:
         size->needs(tree);
 
         CLI::App* layout = add("layout", "lay out a view tree and print it with every frame",
-                               [this] { return exitCode(layoutTree(process_, tree_, drawing_.scale)); });
+                               [this] { return layoutTree(process_, tree_, drawing_.scale); });
         layout->add_option("FILE", tree_.file, treeHelp)->required();
         layout->add_option("--size", tree_.size, "size of the widget in points, WxH")->required();
         layout->add_option("--scale", drawing_.scale, scaleHelp);
@@ -196,26 +192,26 @@ private:
         CLI::App* store = app_.add_subcommand("store", "read and change the shared settings store");
         store->require_subcommand(1);
         CLI::App* exporting = add(*store, "export", "print the whole store as an XML property list",
-                                  [this] { return exitCode(exportStore(process_, storeFile_)); });
+                                  [this] { return exportStore(process_, storeFile_); });
         exporting->add_option("FILE", storeFile_);
         CLI::App* importing = add(*store, "import", "set every key of a property list",
-                                  [this] { return exitCode(importStore(process_, *storeFile_)); });
+                                  [this] { return importStore(process_, *storeFile_); });
         importing->add_option("FILE", storeFile_)->required();
         addWords(*store, "get", "KEY: print a value as JSON", 1,
-                 [this] { return exitCode(getKey(process_, words_[0])); });
+                 [this] { return getKey(process_, words_[0]); });
         addWords(*store, "set", "KEY TYPE VALUE: TYPE is string, integer, real, boolean, data, date or plist",
-                 3, [this] { return exitCode(setKey(process_, words_[0], words_[1], words_[2])); });
+                 3, [this] { return setKey(process_, words_[0], words_[1], words_[2]); });
         addWords(*store, "remove", "KEY: remove a value", 1,
-                 [this] { return exitCode(removeKey(process_, words_[0])); });
+                 [this] { return removeKey(process_, words_[0]); });
         add(*store, "repair", "set a damaged store aside and say where it is now",
-            [this] { return exitCode(repair(process_)); });
+            [this] { return repair(process_); });
     }
 
     void addPhoneApp() {
         addWords(app_, "call",
                  "CLASS SELECTOR ARGUMENT...: call what the extension publishes to the phone app; "
                  "without arguments: list it; -: read one call per line",
-                 std::nullopt, [this] { return exitCode(callOperation(process_, words_)); });
+                 std::nullopt, [this] { return callOperation(process_, words_); });
     }
 
     /// A command that takes its words as they are, even when they look like options. `description` begins

@@ -1,10 +1,10 @@
 #include "host/cli/store_commands.h"
 
 #include <nlohmann/json.hpp>
-#include <string_view>
 #include <utility>
+#include "companion/extension_facts.h"
 #include "host/cli/output.h"
-#include "host/cli/surroundings.h"
+#include "host/process/program_options.h"
 #include "platform/base/ascii.h"
 #include "platform/settings/property_list.h"
 #include "platform/settings/user_defaults.h"
@@ -21,13 +21,10 @@ using platform::PropertyList;
 using platform::Result;
 using platform::UserDefaults;
 
-/// The phone app and its widgets both use this name.
-constexpr std::string_view sharedSuite = "group.shareWithTodayExtension";
-
 Result<std::shared_ptr<UserDefaults>> openStore(const ProcessOptions& process) {
-    const auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
-    return UserDefaults::open(resolved->dataDirectory, sharedSuite);
+    return resolvedOptions(process).and_then([](const platform::RuntimeOptions& resolved) {
+        return UserDefaults::open(resolved.dataDirectory, companion::sharedSuite);
+    });
 }
 
 ordered_json valueJson(const PropertyList& value) {
@@ -47,58 +44,42 @@ ordered_json valueJson(const PropertyList& value) {
     return object;
 }
 
-tl::unexpected<Error> wrongValue(const std::string& value, std::string_view expected) {
-    return platform::failure("UsageError", 2, "\"" + value + "\" is " + std::string(expected));
-}
-
-Result<PropertyList> parseText(const std::string& text) {
-    if (!platform::isUtf8(text)) return platform::failure("UsageError", 2, "the text is not UTF-8");
-    return PropertyList(text);
-}
-
-Result<PropertyList> parseInteger(const std::string& text) {
-    const auto integer = platform::parsedNumber<std::int64_t>(text);
-    if (!integer) return wrongValue(text, "not a whole number of 64 bits");
-    return PropertyList(*integer);
-}
-
-Result<PropertyList> parseReal(const std::string& text) {
-    double real = 0.0;
-    if (!platform::parseDecimal(text, real)) return wrongValue(text, "not a decimal number");
-    return PropertyList(real);
-}
-
-Result<PropertyList> parseBoolean(const std::string& text) {
-    if (text != "true" && text != "false") return wrongValue(text, "neither true nor false");
-    return PropertyList(text == "true");
-}
-
-Result<PropertyList> parseData(const std::string& text) {
-    std::optional<std::string> bytes = platform::base64Decoded(text);
-    if (!bytes) return wrongValue(text, "not base64");
-    return PropertyList(platform::Bytes(std::move(*bytes)));
-}
-
-Result<PropertyList> parseDate(const std::string& text) {
-    const auto instant = platform::parseInstant(text);
-    if (!instant) return wrongValue(text, "not an ISO 8601 instant with an offset or Z");
-    return PropertyList(*instant);
-}
-
-Result<PropertyList> parsePlist(const std::string& text) {
-    Result<PropertyList> value = platform::parsePropertyList(text);
-    if (!value) return platform::failure("UsageError", 2, value.error().message);
-    return value;
+template <typename T>
+Result<PropertyList> valueOr(std::optional<T> value, const std::string& text, const std::string& trouble) {
+    if (value) return PropertyList(std::move(*value));
+    return platform::failure("UsageError", 2, "\"" + text + "\" is " + trouble);
 }
 
 Result<PropertyList> parseValue(const std::string& type, const std::string& text) {
-    if (type == "string") return parseText(text);
-    if (type == "integer") return parseInteger(text);
-    if (type == "real") return parseReal(text);
-    if (type == "boolean") return parseBoolean(text);
-    if (type == "data") return parseData(text);
-    if (type == "date") return parseDate(text);
-    if (type == "plist") return parsePlist(text);
+    if (type == "string") {
+        if (!platform::isUtf8(text)) return platform::failure("UsageError", 2, "the text is not UTF-8");
+        return PropertyList(text);
+    }
+    if (type == "integer") {
+        return valueOr(platform::parsedNumber<std::int64_t>(text), text, "not a whole number of 64 bits");
+    }
+    if (type == "real") {
+        double real = 0.0;
+        const bool isReal = platform::parseDecimal(text, real);
+        return valueOr(isReal ? std::optional(real) : std::nullopt, text, "not a decimal number");
+    }
+    if (type == "boolean") {
+        const bool isBoolean = text == "true" || text == "false";
+        return valueOr(isBoolean ? std::optional(text == "true") : std::nullopt, text,
+                       "neither true nor false");
+    }
+    if (type == "data") {
+        const auto bytes = platform::base64Decoded(text);
+        return valueOr(bytes ? std::optional<platform::Bytes>(*bytes) : std::nullopt, text, "not base64");
+    }
+    if (type == "date") {
+        return valueOr(platform::parseInstant(text), text, "not an ISO 8601 instant with an offset or Z");
+    }
+    if (type == "plist") {
+        return platform::parsePropertyList(text).map_error([](const Error& error) {
+            return Error{"UsageError", 2, error.message};
+        });
+    }
     return platform::failure(
         "UsageError", 2,
         "unknown type \"" + type + "\"; choose string, integer, real, boolean, data, date or plist");
@@ -107,20 +88,18 @@ Result<PropertyList> parseValue(const std::string& type, const std::string& text
 }  // namespace
 
 Result<void> exportStore(const ProcessOptions& process, const std::optional<std::string>& file) {
-    const auto store = openStore(process);
-    if (!store) return tl::unexpected(store.error());
-    Result<PropertyList::Dictionary> everything = (*store)->dictionaryRepresentation();
-    if (!everything) return tl::unexpected(everything.error());
-    const Result<std::string> xml = platform::xmlPropertyList(std::move(*everything));
-    if (!xml) return tl::unexpected(xml.error());
-    // The user's session is in it.
-    return file ? writeFile(*file, *xml, /*isPrivate=*/true) : printText(*xml);
+    return openStore(process)
+        .and_then([](const auto& store) { return store->dictionaryRepresentation(); })
+        .and_then([](const PropertyList::Dictionary& all) { return platform::xmlPropertyList(all); })
+        // The user's session is in it.
+        .and_then([&](const std::string& xml) {
+            return file ? writeFile(*file, xml, /*isPrivate=*/true) : printText(xml);
+        });
 }
 
 Result<void> importStore(const ProcessOptions& process, const std::string& file) {
-    const Result<std::string> bytes = readFile(file);
-    if (!bytes) return tl::unexpected(bytes.error());
-    const Result<PropertyList> list = platform::parsePropertyList(*bytes);
+    const std::string bytes = TRY(readFile(file));
+    const Result<PropertyList> list = platform::parsePropertyList(bytes);
     if (!list) {
         return platform::failure("PropertyListError", list.error().code, file + ": " + list.error().message);
     }
@@ -128,20 +107,18 @@ Result<void> importStore(const ProcessOptions& process, const std::string& file)
     if (values == nullptr) {
         return platform::failure("PropertyListError", 1, file + " does not hold a dictionary of keys");
     }
-    const auto store = openStore(process);
-    if (!store) return tl::unexpected(store.error());
-    return (*store)->transaction([values](UserDefaults::Transaction& transaction) -> Result<void> {
-        for (const auto& [key, value] : *values) {
-            if (Result<void> kept = transaction.set(key, value); !kept) return kept;
-        }
-        return {};
+    return openStore(process).and_then([values](const auto& store) {
+        return store->transaction([values](UserDefaults::Transaction& transaction) -> Result<void> {
+            for (const auto& [key, value] : *values) {
+                TRY(transaction.set(key, value));
+            }
+            return {};
+        });
     });
 }
 
 Result<void> getKey(const ProcessOptions& process, const std::string& key) {
-    const auto store = openStore(process);
-    if (!store) return tl::unexpected(store.error());
-    const Result<std::optional<PropertyList>> value = (*store)->object(key);
+    const auto value = openStore(process).and_then([&](const auto& store) { return store->object(key); });
     if (!value) return tl::unexpected(value.error());
     if (!*value) return platform::failure("SettingsError", 3, "the key \"" + key + "\" is not in the store");
     return print(valueJson(**value));
@@ -150,23 +127,19 @@ Result<void> getKey(const ProcessOptions& process, const std::string& key) {
 Result<void> setKey(const ProcessOptions& process, const std::string& key, const std::string& type,
                     const std::string& value) {
     if (!platform::isUtf8(key)) return platform::failure("UsageError", 2, "the key is not UTF-8");
-    const Result<PropertyList> parsed = parseValue(type, value);
-    if (!parsed) return tl::unexpected(parsed.error());
-    const auto store = openStore(process);
-    if (!store) return tl::unexpected(store.error());
-    return (*store)->set(key, *parsed);
+    return parseValue(type, value).and_then([&](const PropertyList& parsed) {
+        return openStore(process).and_then([&](const auto& store) { return store->set(key, parsed); });
+    });
 }
 
 Result<void> removeKey(const ProcessOptions& process, const std::string& key) {
-    const auto store = openStore(process);
-    if (!store) return tl::unexpected(store.error());
-    return (*store)->remove(key);
+    return openStore(process).and_then([&](const auto& store) { return store->remove(key); });
 }
 
 Result<void> repair(const ProcessOptions& process) {
-    const auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
-    const auto aside = platform::repairStore(resolved->dataDirectory, sharedSuite);
+    const auto aside = resolvedOptions(process).and_then([](const platform::RuntimeOptions& resolved) {
+        return platform::repairStore(resolved.dataDirectory, companion::sharedSuite);
+    });
     if (!aside) return tl::unexpected(aside.error());
     if (!*aside) return printText("The settings store is in order.\n");
     return printText("The damaged settings store is now in " + (*aside)->string() + "\n");

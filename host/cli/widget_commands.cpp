@@ -1,17 +1,19 @@
 #include "host/cli/widget_commands.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 #include "host/cli/output.h"
-#include "host/cli/surroundings.h"
+#include "host/gallery/state_sheet.h"
+#include "host/home/page_state.h"
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
 #include "host/paint/picture_formats.h"
+#include "host/process/program_options.h"
+#include "platform/base/ascii.h"
 #include "platform/json/json_document.h"
 #include "platform/view/view_json.h"
 
@@ -50,21 +52,19 @@ Result<Answered> askExtension(const ProcessOptions& process, const WidgetQuestio
         return wrongUsage("unknown family \"" + question.family +
                           "\"; choose systemSmall, systemMedium or systemLarge");
     }
-    const auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
+    const auto resolved = TRY(resolvedOptions(process));
 
-    ExtensionProcess extension(extensionOptions(process, *resolved));
-    Result<EntryAnswer> answer = extension.ask({.kind = question.kind,
-                                                .family = *family,
-                                                .request = question.request,
-                                                .wantsEntries = wanted == Wanted::entries,
-                                                .wantsViews = wanted == Wanted::views},
-                                               waitingLimit);
-    if (!answer) return tl::unexpected(answer.error());
-    if (answer->entries.empty()) {
+    ExtensionProcess extension(extensionOptions(process, resolved));
+    EntryAnswer answer = TRY(extension.ask({.kind = question.kind,
+                                            .family = *family,
+                                            .request = question.request,
+                                            .wantsEntries = wanted == Wanted::entries,
+                                            .wantsViews = wanted == Wanted::views},
+                                           waitingLimit));
+    if (answer.entries.empty()) {
         return platform::failure("ExtensionError", 3, question.kind + " answered without an entry");
     }
-    return Answered{*family, std::move(*answer), extension.statistics(), *resolved};
+    return Answered{*family, std::move(answer), extension.statistics(), resolved};
 }
 
 /// To a thousandth.
@@ -81,11 +81,6 @@ Result<ordered_json> entryJson(const AnsweredEntry& entry) {
     if (json) return json;
     return platform::failure("ExtensionError", 2,
                              "the extension sent an entry that cannot be read: " + json.error().message);
-}
-
-ordered_json policyJson(const platform::TimelineReloadPolicy& policy) {
-    if (policy.kind == platform::TimelineReloadPolicy::Kind::atEnd) return "atEnd";
-    return {{"after", platform::formatInstant(policy.date)}};
 }
 
 ordered_json listingJson(const WidgetListing& widget) {
@@ -112,35 +107,30 @@ struct DrawingTiming {
 
 Result<DrawingTiming> draw(const platform::View& view, const LayoutOptions& layout,
                            const DrawingOptions& drawing, const PictureFormat& format) {
-    const auto painter = Painter::make(platform::resourcesDirectory());
-    if (!painter) return tl::unexpected(painter.error());
+    const auto painter = TRY(Painter::make(platform::resourcesDirectory()));
 
     DrawingTiming timing;
     const auto start = std::chrono::steady_clock::now();
-    const DisplayList list = makeDisplayList(view, layout, (*painter)->measurer(drawing.scale));
+    const DisplayList list = makeDisplayList(view, layout, painter->measurer(drawing.scale));
     timing.layoutMs =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 
-    const Result<std::string> content = format.content(**painter, list, drawing.scale, timing.painter);
-    if (!content) return tl::unexpected(content.error());
-    const Result<void> written = drawing.output ? writeFile(*drawing.output, *content) : printText(*content);
-    if (!written) return tl::unexpected(written.error());
+    const std::string content = TRY(format.content(*painter, list, drawing.scale, timing.painter));
+    TRY(drawing.output ? writeFile(*drawing.output, content) : printText(content));
     return timing;
 }
 
 Result<platform::Size> parseSize(const std::string& text) {
-    platform::Size size;
-    const char* end = text.data() + text.size();
-    const auto width = std::from_chars(text.data(), end, size.width);
-    const bool hasHeight = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
-    const auto height = hasHeight ? std::from_chars(width.ptr + 1, end, size.height) : width;
-    const auto isSide = [](double side) { return side > 0.0 && side <= longestSide; };
-    if (!hasHeight || height.ec != std::errc() || height.ptr != end || !isSide(size.width) ||
-        !isSide(size.height)) {
-        return wrongUsage("the size \"" + text +
-                          "\" is not WxH, such as 338x158, with sides above 0 and at most 4096 points");
-    }
-    return size;
+    const auto side = [](std::string_view part) {
+        const double length = platform::parsedNumber<double>(part).value_or(0.0);
+        return length > 0.0 && length <= longestSide ? length : 0.0;
+    };
+    const std::size_t cross = std::min(text.find('x'), text.size());
+    const platform::Size size{side(text.substr(0, cross)),
+                              side(text.substr(std::min(cross + 1, text.size())))};
+    if (size.width > 0.0 && size.height > 0.0) return size;
+    return wrongUsage("the size \"" + text +
+                      "\" is not WxH, such as 338x158, with sides above 0 and at most 4096 points");
 }
 
 struct Tree {
@@ -149,79 +139,81 @@ struct Tree {
 };
 
 Result<Tree> readTree(const ProcessOptions& process, const TreeFile& tree) {
-    const auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
-    const Result<platform::Size> size = parseSize(tree.size);
-    if (!size) return tl::unexpected(size.error());
-    const Result<std::string> text = readFile(tree.file);
-    if (!text) return tl::unexpected(text.error());
-    const Result<platform::View> view = platform::viewFromJson(*text);
+    const auto resolved = TRY(resolvedOptions(process));
+    const platform::Size size = TRY(parseSize(tree.size));
+    const std::string text = TRY(readFile(tree.file));
+    const Result<platform::View> view = platform::viewFromJson(text);
     if (!view) {
         return platform::failure("ViewError", view.error().code, tree.file + ": " + view.error().message);
     }
-    return Tree{*view, {.size = *size, .osVersion = resolved->osVersion, .kind = {}, .family = {}}};
+    return Tree{*view, {.size = size, .osVersion = resolved.osVersion, .kind = {}, .family = {}}};
 }
 
 }  // namespace
 
 Result<void> printGallery(const ProcessOptions& process) {
-    const auto resolved = surroundings(process);
-    if (!resolved) return tl::unexpected(resolved.error());
-    ExtensionProcess extension(extensionOptions(process, *resolved));
-    const auto widgets = extension.gallery(waitingLimit);
+    const auto widgets = resolvedOptions(process).and_then([&](const platform::RuntimeOptions& resolved) {
+        return ExtensionProcess(extensionOptions(process, resolved)).gallery(waitingLimit);
+    });
     if (!widgets) return tl::unexpected(widgets.error());
     ordered_json list = ordered_json::array();
     for (const WidgetListing& widget : *widgets) list.push_back(listingJson(widget));
     return print(list);
 }
 
+Result<void> drawGallery(const ProcessOptions& process, const std::string& folder,
+                         const std::optional<std::string>& comparedWith) {
+    SheetOptions options{.folder = folder, .process = process};
+    if (comparedWith) options.comparedWith = *comparedWith;
+    if (process.isVerbose) options.log = printLine;
+    const SheetOutcome outcome = TRY(drawStateSheet(options));
+    auto printed = printText(std::to_string(outcome.pictures) + " pictures, see " +
+                             (options.folder / "index.html").string() + "\n");
+    if (!printed || outcome.isLikeBefore()) return printed;
+    return platform::failure("GalleryError", 2, "pictures: " + outcome.differences());
+}
+
 Result<void> printEntries(const ProcessOptions& process, const WidgetQuestion& question) {
-    const Result<Answered> answered = askExtension(process, question, Wanted::entries);
-    if (!answered) return tl::unexpected(answered.error());
+    const Answered answered = TRY(askExtension(process, question, Wanted::entries));
     ordered_json entries = ordered_json::array();
-    for (const AnsweredEntry& entry : answered->answer.entries) {
-        Result<ordered_json> json = entryJson(entry);
-        if (!json) return tl::unexpected(json.error());
-        entries.push_back(std::move(*json));
+    for (const AnsweredEntry& entry : answered.answer.entries) {
+        ordered_json json = TRY(entryJson(entry));
+        entries.push_back(std::move(json));
     }
     ordered_json output{
         {"kind", question.kind}, {"family", question.family}, {"request", requestName(question.request)}};
     if (question.request == EntryRequest::timeline) {
         output["entries"] = std::move(entries);
-        output["policy"] = policyJson(answered->answer.policy.value_or(platform::TimelineReloadPolicy{}));
+        output["policy"] = policyJson(answered.answer.policy.value_or(platform::TimelineReloadPolicy{}));
     } else {
         output["entry"] = std::move(entries.front());
     }
     const Result<void> printed = print(output);
     if (printed && question.isMeasured) {
-        printLine(ordered_json{{"extension", statisticsJson(answered->statistics)}}.dump());
+        printLine(ordered_json{{"extension", statisticsJson(answered.statistics)}}.dump());
     }
     return printed;
 }
 
 Result<void> printView(const ProcessOptions& process, const WidgetQuestion& question) {
-    const Result<Answered> answered = askExtension(process, question, Wanted::views);
-    if (!answered) return tl::unexpected(answered.error());
-    return print(platform::viewJson(answered->answer.entries.front().view.value_or(platform::View())));
+    const Answered answered = TRY(askExtension(process, question, Wanted::views));
+    return print(platform::viewJson(answered.answer.entries.front().view.value_or(platform::View())));
 }
 
 Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& question,
                         const DrawingOptions& drawing) {
-    const Result<PictureFormat> format = pictureFormat(drawing);
-    if (!format) return tl::unexpected(format.error());
-    const Result<Answered> answered = askExtension(process, question, Wanted::views);
-    if (!answered) return tl::unexpected(answered.error());
-    const Result<DrawingTiming> timing =
-        draw(answered->answer.entries.front().view.value_or(platform::View()),
-             {.size = answered->options.screen.widgetSize(answered->family),
-              .osVersion = answered->options.osVersion,
-              .kind = question.kind,
-              .family = question.family,
-              .isRedacted = question.request == EntryRequest::placeholder},
-             drawing, *format);
+    const PictureFormat format = TRY(pictureFormat(drawing));
+    const Answered answered = TRY(askExtension(process, question, Wanted::views));
+    const Result<DrawingTiming> timing = draw(answered.answer.entries.front().view.value_or(platform::View()),
+                                              {.size = answered.options.screen.widgetSize(answered.family),
+                                               .osVersion = answered.options.osVersion,
+                                               .kind = question.kind,
+                                               .family = question.family,
+                                               .isRedacted = question.request == EntryRequest::placeholder},
+                                              drawing, format);
     if (!timing) return tl::unexpected(timing.error());
     if (question.isMeasured) {
-        printLine(ordered_json{{"extension", statisticsJson(answered->statistics)},
+        printLine(ordered_json{{"extension", statisticsJson(answered.statistics)},
                                {"host",
                                 {{"layoutMs", rounded(timing->layoutMs)},
                                  {"paintMs", rounded(timing->painter.paintMs)},
@@ -232,20 +224,16 @@ Result<void> drawWidget(const ProcessOptions& process, const WidgetQuestion& que
 }
 
 Result<void> drawTree(const ProcessOptions& process, const TreeFile& file, const DrawingOptions& drawing) {
-    const Result<PictureFormat> format = pictureFormat(drawing);
-    if (!format) return tl::unexpected(format.error());
-    const Result<Tree> tree = readTree(process, file);
-    if (!tree) return tl::unexpected(tree.error());
-    return draw(tree->view, tree->layout, drawing, *format).map([](const DrawingTiming&) {});
+    const PictureFormat format = TRY(pictureFormat(drawing));
+    const Tree tree = TRY(readTree(process, file));
+    return draw(tree.view, tree.layout, drawing, format).map([](const DrawingTiming&) {});
 }
 
 Result<void> layoutTree(const ProcessOptions& process, const TreeFile& file, int scale) {
     if (scale < 1 || scale > 3) return wrongUsage("the scale must be 1, 2 or 3");
-    const Result<Tree> tree = readTree(process, file);
-    if (!tree) return tl::unexpected(tree.error());
-    const auto painter = Painter::make(platform::resourcesDirectory());
-    if (!painter) return tl::unexpected(painter.error());
-    return print(laidOutJson(tree->view, tree->layout, (*painter)->measurer(scale)));
+    const Tree tree = TRY(readTree(process, file));
+    const auto painter = TRY(Painter::make(platform::resourcesDirectory()));
+    return print(laidOutJson(tree.view, tree.layout, painter->measurer(scale)));
 }
 
 }  // namespace host

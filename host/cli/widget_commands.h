@@ -41,6 +41,10 @@ struct TreeFile {
 // All of them print to standard output. An error of the domain "UsageError" is wrong usage.
 
 platform::Result<void> printGallery(const platform::ProcessOptions& process);
+/// Draws the gallery into `folder` and prints how many pictures it has. When pictures differ from the earlier
+/// gallery, the error says how many.
+platform::Result<void> drawGallery(const platform::ProcessOptions& process, const std::string& folder,
+                                   const std::optional<std::string>& comparedWith);
 platform::Result<void> printEntries(const platform::ProcessOptions& process, const WidgetQuestion& question);
 platform::Result<void> printView(const platform::ProcessOptions& process, const WidgetQuestion& question);
 platform::Result<void> drawWidget(const platform::ProcessOptions& process, const WidgetQuestion& question,

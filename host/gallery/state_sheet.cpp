@@ -20,8 +20,8 @@
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
 #include "host/process/demo_child.h"
-#include "host/process/extension_arguments.h"
 #include "host/process/extension_process.h"
+#include "host/process/program_options.h"
 #include "platform/base/files.h"
 #include "platform/settings/property_list.h"
 
@@ -30,6 +30,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::ordered_json;
+using platform::ProcessOptions;
 using platform::PropertyList;
 using platform::Result;
 using platform::Runtime;
@@ -90,37 +91,31 @@ Result<PicturesByName> earlierPictures(const fs::path& folder) {
     return pictures;
 }
 
-std::string optionOr(const std::optional<std::string>& option, const char* variable, const char* otherwise) {
-    const char* value = std::getenv(variable);
-    return option ? *option : value != nullptr && *value != '\0' ? value : otherwise;
-}
-
-/// The same surroundings on every machine, unless somebody asks for others.
-platform::ProcessOptions surroundings(platform::ProcessOptions options) {
-    options.now = optionOr(options.now, "BRIGHTLEDGER_NOW", "2026-11-23T12:00:00+05:30");
-    options.screen = optionOr(options.screen, "BRIGHTLEDGER_SCREEN", platform::Screen().name.data());
-    options.locale = optionOr(options.locale, "BRIGHTLEDGER_LOCALE", "en_IN");
-    options.timeZone = optionOr(options.timeZone, "BRIGHTLEDGER_TIME_ZONE", "Asia/Kolkata");
+/// The same moment, place and device on every machine, unless somebody asks for others.
+ProcessOptions withDefaults(ProcessOptions options) {
+    const auto choose = [&](std::optional<std::string> ProcessOptions::*option, std::string_view otherwise) {
+        options.*option = platform::chosenOption(options, option).value_or(std::string(otherwise));
+    };
+    choose(&ProcessOptions::now, "2026-11-23T12:00:00+05:30");
+    choose(&ProcessOptions::screen, platform::Screen().name);
+    choose(&ProcessOptions::locale, "en_IN");
+    choose(&ProcessOptions::timeZone, "Asia/Kolkata");
     return options;
 }
 
 /// The extension in one state, with a store and an information dictionary of its own.
 class SheetRun {
 public:
-    static Result<std::unique_ptr<SheetRun>> make(const SheetOptions& options,
-                                                  const platform::ProcessOptions& surroundings,
+    static Result<std::unique_ptr<SheetRun>> make(const SheetOptions& options, ProcessOptions process,
                                                   const SheetState& state, const fs::path& folder,
                                                   const std::string& origin) {
-        platform::ProcessOptions process = surroundings;
         process.dataDirectory = (folder / state.name).string();
         process.infoPlist = (folder / (state.name + ".plist")).string();
         if (state.osVersion) process.osVersion = std::to_string(*state.osVersion);
         const std::string service = origin + "/scene/" + state.scene;
-        const Result<void> written = writeInformation(*process.infoPlist, service);
-        if (!written) return tl::unexpected(written.error());
-        const Result<RuntimeOptions> resolved = platform::runtimeOptions(process, *process.infoPlist);
-        if (!resolved) return tl::unexpected(resolved.error());
-        auto run = std::unique_ptr<SheetRun>(new SheetRun(options, process, *resolved));
+        TRY(writeInformation(*process.infoPlist, service));
+        const RuntimeOptions resolved = TRY(platform::runtimeOptions(process, *process.infoPlist));
+        auto run = std::unique_ptr<SheetRun>(new SheetRun(options, process, resolved));
         const Result<void> chosen = run->choose(state, service);
         return chosen ? Result<std::unique_ptr<SheetRun>>(std::move(run)) : tl::unexpected(chosen.error());
     }
@@ -134,12 +129,11 @@ public:
     const platform::Runtime& runtime() const { return runtime_; }
 
 private:
-    SheetRun(const SheetOptions& options, const platform::ProcessOptions& process,
-             const RuntimeOptions& resolved)
+    SheetRun(const SheetOptions& options, const ProcessOptions& process, const RuntimeOptions& resolved)
         : runtime_(resolved),
           phoneApp_(runtime_),
           extension_({.program = options.programs / "brightledger-extension",
-                      .arguments = extensionArguments(process, resolved),
+                      .arguments = extensionOptions(process, resolved).arguments,
                       .log = options.log}) {}
 
     static Result<void> writeInformation(const fs::path& file, const std::string& service) {
@@ -175,7 +169,7 @@ public:
         : options_(options), painter_(std::move(painter)), earlier_(std::move(earlier)) {}
 
     Result<void> draw(const fs::path& folder, const std::string& origin) {
-        const platform::ProcessOptions process = surroundings(options_.process);
+        const ProcessOptions process = withDefaults(options_.process);
         // A name that is not known is refused when the first state is set up.
         screen_ = platform::screenNamed(*process.screen).value_or(platform::Screen());
         subtitle_ = *process.now + ", " + *process.locale + ", " + *process.timeZone;
@@ -188,11 +182,10 @@ public:
         };
         auto next = asked(states_.front());
         for (auto state = states_.begin(); state != states_.end(); ++state) {
-            const Result<std::vector<SheetShot>> shots = next.get();
-            if (!shots) return tl::unexpected(shots.error());
+            const std::vector<SheetShot> shots = TRY(next.get());
             if (state + 1 != states_.end()) next = asked(*(state + 1));
-            for (const SheetShot& shot : *shots) {
-                if (const Result<void> drawn = draw(shot); !drawn) return drawn;
+            for (const SheetShot& shot : shots) {
+                TRY(draw(shot));
             }
         }
         return {};
@@ -212,20 +205,18 @@ private:
 
     Result<std::vector<SheetShot>> ask(SheetRun& run, const SheetState& state) {
         if (widgets_.empty()) {
-            auto widgets = run.extension().gallery(waitingLimit);
-            if (!widgets) return tl::unexpected(widgets.error());
-            widgets_ = std::move(*widgets);
+            auto widgets = TRY(run.extension().gallery(waitingLimit));
+            widgets_ = std::move(widgets);
         }
         std::vector<SheetShot> shots;
         for (const bool isDark : themes) {
-            if (const Result<void> set = run.setTheme(isDark); !set) return tl::unexpected(set.error());
+            TRY(run.setTheme(isDark));
             for (const WidgetListing& widget : widgets_) {
                 if (std::ranges::find(state.kinds, widget.kind) == state.kinds.end()) continue;
                 for (const WidgetFamily family : widget.families) {
-                    auto shot = ask(run, state.request, {widget.kind, family, isDark, state.name});
-                    if (!shot) return tl::unexpected(shot.error());
-                    shot->layout.contentMarginsDisabled = widget.contentMarginsDisabled;
-                    shots.push_back(std::move(*shot));
+                    auto shot = TRY(ask(run, state.request, {widget.kind, family, isDark, state.name}));
+                    shot.layout.contentMarginsDisabled = widget.contentMarginsDisabled;
+                    shots.push_back(std::move(shot));
                 }
             }
         }
@@ -233,20 +224,19 @@ private:
     }
 
     Result<SheetShot> ask(SheetRun& run, EntryRequest request, SheetPicture picture) const {
-        auto answer = run.extension().ask({.kind = picture.kind,
-                                           .family = picture.family,
-                                           .request = request,
-                                           .wantsEntries = options_.drawn != nullptr,
-                                           .wantsViews = true},
-                                          waitingLimit);
-        if (!answer) return tl::unexpected(answer.error());
-        if (answer->entries.empty()) return failure(picture.kind + " answered without an entry");
+        auto answer = TRY(run.extension().ask({.kind = picture.kind,
+                                               .family = picture.family,
+                                               .request = request,
+                                               .wantsEntries = options_.drawn != nullptr,
+                                               .wantsViews = true},
+                                              waitingLimit));
+        if (answer.entries.empty()) return failure(picture.kind + " answered without an entry");
         LayoutOptions layout{.size = run.runtime().screen().widgetSize(picture.family),
                              .osVersion = run.runtime().osVersion(),
                              .kind = picture.kind,
                              .family = std::string(description(picture.family)),
                              .isRedacted = request == EntryRequest::placeholder};
-        return SheetShot{std::move(picture), std::move(*answer), std::move(layout)};
+        return SheetShot{std::move(picture), std::move(answer), std::move(layout)};
     }
 
     Result<void> draw(const SheetShot& shot) {
@@ -286,7 +276,7 @@ private:
         for (const auto& [name, png] : *earlier_) {
             const auto drawn = drawn_.find(name);
             if (drawn != drawn_.end() && drawn->second != changed) continue;
-            if (const Result<void> kept = write(folder / name, png); !kept) return kept;
+            TRY(write(folder / name, png));
             if (drawn != drawn_.end()) continue;
             ++outcome_.missing;
             missing_.push_back(*pictureNamed(name));
@@ -316,9 +306,7 @@ private:
     std::string verdict() const {
         if (!earlier_) return "";
         if (outcome_.isLikeBefore()) return "All pictures look as before.";
-        return std::to_string(outcome_.changed) + " changed, " + std::to_string(outcome_.added) + " new, " +
-               std::to_string(outcome_.missing) + " no longer drawn, of " +
-               std::to_string(outcome_.pictures) + " pictures.";
+        return outcome_.differences() + ", of " + std::to_string(outcome_.pictures) + " pictures.";
     }
 
     static ordered_json pictureJson(const SheetPicture& picture, std::string_view news) {
@@ -374,25 +362,27 @@ private:
 
 }  // namespace
 
+std::string SheetOutcome::differences() const {
+    return std::to_string(changed) + " changed, " + std::to_string(added) + " new, " +
+           std::to_string(missing) + " no longer drawn";
+}
+
 Result<SheetOutcome> drawStateSheet(const SheetOptions& options) {
     std::optional<PicturesByName> earlier;
     if (options.comparedWith) {
-        auto read = earlierPictures(*options.comparedWith);
-        if (!read) return tl::unexpected(read.error());
-        earlier = std::move(*read);
+        auto read = TRY(earlierPictures(*options.comparedWith));
+        earlier = std::move(read);
     }
     std::error_code error;
     fs::create_directories(options.folder, error);
     if (error) return failure("cannot make " + options.folder.string() + ": " + error.message());
     const TemporaryFolder temporary;
     if (temporary.path().empty()) return failure("cannot make a temporary folder");
-    const auto demo = DemoChild::start(options.programs / "brightledger-demo");
-    if (!demo) return tl::unexpected(demo.error());
-    auto painter = Painter::make(options.resources);
-    if (!painter) return tl::unexpected(painter.error());
+    const auto demo = TRY(DemoChild::start(options.programs / "brightledger-demo"));
+    auto painter = TRY(Painter::make(options.resources));
 
-    SheetDrawing sheet(options, std::move(*painter), std::move(earlier));
-    return sheet.draw(temporary.path(), (*demo)->origin()).and_then([&] { return sheet.finish(); });
+    SheetDrawing sheet(options, std::move(painter), std::move(earlier));
+    return sheet.draw(temporary.path(), demo->origin()).and_then([&] { return sheet.finish(); });
 }
 
 }  // namespace host

@@ -45,6 +45,8 @@ struct SheetOutcome {
     std::size_t missing = 0;
 
     bool isLikeBefore() const { return changed + added + missing == 0; }
+    /// "1 changed, 0 new, 2 no longer drawn".
+    std::string differences() const;
 };
 
 /// Writes "<kind>-<family>-<theme>-<state>.png" for everything that the extension offers, and "index.html",

@@ -37,16 +37,13 @@ private:
 };
 
 Result<std::unique_ptr<HomeScreen>> HomeScreen::start(HomeScreenOptions options) {
-    auto painter = Painter::make(options.resources);
-    if (!painter) return tl::unexpected(painter.error());
-    std::unique_ptr<HomeScreen> home(new HomeScreen(std::move(options), std::move(*painter)));
-    if (const auto written = home->writeInformation(home->environment_); !written)
-        return tl::unexpected(written.error());
+    auto painter = TRY(Painter::make(options.resources));
+    std::unique_ptr<HomeScreen> home(new HomeScreen(std::move(options), std::move(painter)));
+    TRY(home->writeInformation(home->environment_));
     // Before the extension opens the store: two that create it at once would wait for each other.
     home->noticeUser();
-    auto gallery = home->extension_->gallery(std::chrono::seconds(10));
-    if (!gallery) return tl::unexpected(gallery.error());
-    home->gallery_ = std::move(*gallery);
+    auto gallery = TRY(home->extension_->gallery(std::chrono::seconds(10)));
+    home->gallery_ = std::move(gallery);
     if (home->demo_) {
         home->users_ = home->demo_->users().value_or(std::vector<companion::DemoUser>());
         home->assets_ = home->demo_->assets().value_or(std::vector<companion::DemoAsset>());
@@ -64,12 +61,10 @@ HomeScreen::HomeScreen(HomeScreenOptions options, std::unique_ptr<Painter> paint
     runtime_ = std::make_unique<platform::Runtime>(options_.runtime);
     phoneApp_ = std::make_unique<companion::PhoneApp>(*runtime_);
     if (options_.demoOrigin) demo_.emplace(*runtime_, *options_.demoOrigin);
-    extension_ = std::make_unique<ExtensionProcess>(
-        ExtensionOptions{.program = options_.extensionProgram,
-                         .arguments = options_.extensionArguments,
-                         .log = [this](std::string line) { noteLog(std::move(line)); }});
-    dayExtension_ = std::make_unique<ExtensionProcess>(ExtensionOptions{
-        .program = options_.extensionProgram, .arguments = options_.extensionArguments, .log = {}});
+    options_.extension.log = nullptr;
+    dayExtension_ = std::make_unique<ExtensionProcess>(options_.extension);
+    options_.extension.log = [this](std::string line) { noteLog(std::move(line)); };
+    extension_ = std::make_unique<ExtensionProcess>(options_.extension);
     schedule_ = std::make_unique<WidgetSchedule>(*extension_, clock_, ledger_, ReloadMode::live,
                                                  [this](int) { changed(); });
     if (options_.runtime.now) schedule_->setClock(options_.runtime.now, 0.0);
@@ -162,20 +157,19 @@ void HomeScreen::reloadForApp(std::optional<std::string_view> kind) {
 }
 
 Result<std::string> HomeScreen::picture(int id, int scale) {
-    const std::optional<WidgetState> state = widget(id);
+    const std::optional<WidgetState> state = schedule_->state(id);
     if (!state || !state->picture) return refusal("there is no picture yet");
     return renderer_.png(state->picture->widget, scale);
 }
 
 Result<std::string> HomeScreen::preview(const std::string& kind, WidgetFamily family, EntryRequest request,
                                         int scale) {
-    const auto answer = extension_->ask(
+    const auto answer = TRY(extension_->ask(
         {.kind = kind, .family = family, .request = request, .isPreview = true, .wantsViews = true},
-        answerLimit(request));
-    if (!answer) return tl::unexpected(answer.error());
-    if (answer->entries.empty() || !answer->entries.front().view)
+        answerLimit(request)));
+    if (answer.entries.empty() || !answer.entries.front().view)
         return refusal("the extension sent nothing to draw");
-    return renderer_.png({*answer->entries.front().view, kind, family, request == EntryRequest::placeholder},
+    return renderer_.png({*answer.entries.front().view, kind, family, request == EntryRequest::placeholder},
                          scale);
 }
 
@@ -201,42 +195,26 @@ Result<void> HomeScreen::remove(int id) {
     return placements_.remove(id).map([&] { schedule_->remove(id); });
 }
 
-Result<void> HomeScreen::move(int id, int index) { return placements_.move(id, index); }
-
-void HomeScreen::reload(std::optional<int> id) {
-    if (id) {
-        schedule_->reload(*id, Requester::person);
-    } else {
-        schedule_->reload(std::optional<std::string_view>(), Requester::person);
-    }
-}
-
-void HomeScreen::setMode(ReloadMode mode) { schedule_->setMode(mode); }
-
-void HomeScreen::setClock(std::optional<platform::Instant> instant, double rate) {
-    schedule_->setClock(instant, rate);
-}
-
 Result<void> HomeScreen::setEnvironment(const std::string& environment) {
-    if (const auto written = writeInformation(environment); !written) return written;
+    TRY(writeInformation(environment));
     {
         const std::lock_guard lock(mutex_);
         environment_ = environment;
     }
     // A process reads its environment once, so the next one must be new.
     extension_->end();
-    reload(std::nullopt);
+    schedule_->reload(std::nullopt, Requester::person);
     return {};
 }
 
 Result<void> HomeScreen::setFault(const std::string& fault) {
     if (!demo_) return refusal("the demo service is not in use");
-    if (const auto done = demo_->setFault(fault); !done) return done;
+    TRY(demo_->setFault(fault));
     {
         const std::lock_guard lock(mutex_);
         fault_ = fault;
     }
-    reload(std::nullopt);
+    schedule_->reload(std::nullopt, Requester::person);
     return {};
 }
 
@@ -246,7 +224,7 @@ Result<void> HomeScreen::killExtension() {
     ::kill(process, SIGKILL);
     noteLog("the extension was killed from the home screen");
     // Whoever kills it wants to see what follows: the next question starts a new one.
-    schedule_->reload(std::optional<std::string_view>(), Requester::app);
+    schedule_->reload(std::nullopt, Requester::app);
     return {};
 }
 

@@ -34,8 +34,8 @@ inline tl::unexpected<platform::Error> refusal(std::string message) {
 struct HomeScreenOptions {
     /// Of the phone app. Its widget center is ignored: the home screen is its own.
     platform::RuntimeOptions runtime;
-    std::filesystem::path extensionProgram;
-    std::vector<std::string> extensionArguments;
+    /// Its log goes to the inspector.
+    ExtensionOptions extension;
     /// The information dictionary that the extension is given: written at the start, and again when the
     /// environment changes.
     std::filesystem::path infoPlist;
@@ -66,11 +66,9 @@ public:
 
     const std::vector<WidgetListing>& gallery() const { return gallery_; }
     std::vector<Placement> placements() const { return placements_.all(); }
-    std::vector<WidgetState> widgets() const { return schedule_->states(); }
-    std::optional<WidgetState> widget(int id) const { return schedule_->state(id); }
-    ReloadMode mode() const { return schedule_->mode(); }
     platform::Instant now() const { return clock_.now(); }
-    double clockRate() const { return schedule_->clockRate(); }
+    /// The placed widgets, the rules by which they are reloaded, and the setting of their clock.
+    WidgetSchedule& schedule() { return *schedule_; }
     const Ledger& ledger() const { return ledger_; }
     const ExtensionProcess& extension() const { return *extension_; }
     WidgetRenderer& renderer() { return renderer_; }
@@ -90,12 +88,7 @@ public:
 
     platform::Result<void> place(const std::string& kind, platform::WidgetFamily family);
     platform::Result<void> remove(int id);
-    platform::Result<void> move(int id, int index);
-    /// One widget, or all without an id.
-    void reload(std::optional<int> id);
-    void setMode(ReloadMode mode);
-    /// The widgets' clock; absent: the system's time.
-    void setClock(std::optional<platform::Instant> instant, double rate);
+    platform::Result<void> move(int id, int index) { return placements_.move(id, index); }
     /// "prod" or "staging".
     platform::Result<void> setEnvironment(const std::string& environment);
     platform::Result<void> killExtension();

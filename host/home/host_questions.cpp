@@ -1,7 +1,5 @@
 #include "host/home/host_questions.h"
-#include <algorithm>
 #include "host/home/page_actions.h"
-#include "platform/base/alternatives.h"
 #include "platform/wire/host_channel.h"
 #include "platform/wire/host_widget_center.h"
 
@@ -18,13 +16,7 @@ constexpr std::chrono::seconds patience{5};
 
 Result<std::string> latestDecisions(const HomeScreen& home, std::string_view kind) {
     constexpr std::size_t mostLines = 20;
-    if (std::ranges::find(home.gallery(), kind, &WidgetListing::kind) == home.gallery().end()) {
-        std::vector<std::string> kinds;
-        for (const WidgetListing& widget : home.gallery()) kinds.push_back(widget.kind);
-        return platform::failure(
-            "UsageError", 2,
-            "unknown widget \"" + std::string(kind) + "\"; choose " + platform::alternatives(kinds));
-    }
+    TRY(checkKind(home.gallery(), kind));
     const std::vector<LedgerEntry> entries = home.ledger().entries(0, kind);
     std::string lines;
     const std::size_t first = entries.size() > mostLines ? entries.size() - mostLines : 0;

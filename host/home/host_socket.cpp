@@ -73,12 +73,11 @@ platform::Result<std::unique_ptr<HostSocket>> HostSocket::open(const std::filesy
     if (!prepareFolder(path.parent_path()))
         return socketError("other users can enter " + path.parent_path().string() +
                            "; remove it or set its mode to 0700");
-    auto lock = lockBeside(path);
-    if (!lock) return tl::unexpected(lock.error());
+    auto lock = TRY(lockBeside(path));
     ::unlink(path.c_str());
 
     std::unique_ptr<HostSocket> host(new HostSocket(path, std::move(answer)));
-    host->lock_ = std::move(*lock);
+    host->lock_ = std::move(lock);
     host->listener_ =
         platform::FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const int listener = host->listener_.number();

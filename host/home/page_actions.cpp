@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
-#include "companion/chosen_assets.h"
 #include "companion/user_choices.h"
 
 namespace host {
@@ -38,7 +37,11 @@ Result<void> move(HomeScreen& home, const json& request) {
 
 Result<void> reload(HomeScreen& home, const json& request) {
     const int id = numberOf(request, "id");
-    home.reload(id == 0 ? std::nullopt : std::optional(id));
+    if (id == 0) {
+        home.schedule().reload(std::nullopt, Requester::person);
+    } else {
+        home.schedule().reload(id, Requester::person);
+    }
     return {};
 }
 
@@ -52,8 +55,7 @@ Result<void> setAssets(HomeScreen& home, const json& request) {
     const auto found = request.find("keys");
     if (found == request.end() || !found->is_array() || found->size() > 200)
         return refusal("a list of at most 200 assets is needed");
-    const auto before = companion::chosenAssets(home.runtime());
-    if (!before) return tl::unexpected(before.error());
+    const auto before = TRY(companion::chosenAssets(home.runtime()));
 
     // An asset that the user has keeps its record; a new one takes the catalogue's.
     std::map<std::string, std::pair<companion::AssetList, platform::PropertyList>> known;
@@ -63,7 +65,7 @@ Result<void> setAssets(HomeScreen& home, const json& request) {
         }
     }
     for (const companion::AssetKind& kind : companion::assetKinds) {
-        for (const platform::PropertyList& record : (*before).*kind.list)
+        for (const platform::PropertyList& record : (before).*kind.list)
             known[companion::keyOf(record)] = {kind.list, record};
     }
     companion::ChosenAssets chosen;
@@ -91,7 +93,7 @@ Result<void> setMode(HomeScreen& home, const json& request) {
     const std::string mode = textOf(request, "mode");
     if (mode != "live" && mode != "phone")
         return refusal("unknown mode \"" + mode + "\"; choose live or phone");
-    home.setMode(mode == "live" ? ReloadMode::live : ReloadMode::phone);
+    home.schedule().setMode(mode == "live" ? ReloadMode::live : ReloadMode::phone);
     return {};
 }
 
@@ -99,14 +101,14 @@ Result<void> setClock(HomeScreen& home, const json& request) {
     const auto rate = request.find("rate");
     const std::string instant = textOf(request, "instant");
     if (instant.empty() && rate == request.end()) {
-        home.setClock(std::nullopt, 1.0);
+        home.schedule().setClock(std::nullopt, 1.0);
         return {};
     }
     const auto moment = instant.empty() ? home.now() : platform::parseInstant(instant);
     const double speed = rate != request.end() && rate->is_number() ? rate->get<double>() : 0.0;
     if (!moment) return refusal("\"" + instant + "\" is not a time such as 2026-11-22T09:00:00Z");
     if (!(speed >= 0.0 && speed <= 3600.0)) return refusal("the clock runs at 0 to 3600 times its speed");
-    home.setClock(moment, speed);
+    home.schedule().setClock(moment, speed);
     return {};
 }
 

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
-#include "companion/chosen_assets.h"
 #include "companion/deep_link.h"
 #include "companion/user_choices.h"
 #include "host/paint/widget_outline.h"
@@ -47,12 +46,6 @@ ordered_json linkJson(const std::string& url, const Rect& frame, const std::stri
             {"frame", {{"x", frame.x}, {"y", frame.y}, {"width", frame.width}, {"height", frame.height}}}};
 }
 
-ordered_json policyJson(const std::optional<platform::TimelineReloadPolicy>& policy) {
-    if (!policy) return nullptr;
-    if (policy->kind == platform::TimelineReloadPolicy::Kind::atEnd) return "atEnd";
-    return {{"after", platform::formatInstant(policy->date)}};
-}
-
 ordered_json nextJson(const std::optional<NextReload>& next, ReloadMode mode) {
     if (!next) return nullptr;
     return {{"due", platform::formatInstant(next->due)},
@@ -76,6 +69,12 @@ std::string dumped(const ordered_json& value) {
 }
 
 }  // namespace
+
+ordered_json policyJson(const std::optional<platform::TimelineReloadPolicy>& policy) {
+    if (!policy) return nullptr;
+    if (policy->kind == platform::TimelineReloadPolicy::Kind::atEnd) return "atEnd";
+    return {{"after", platform::formatInstant(policy->date)}};
+}
 
 ordered_json pictureJson(const ShownPicture& picture, const DisplayList& list) {
     ordered_json links = ordered_json::array();
@@ -130,7 +129,7 @@ ordered_json PageState::widgetJson(const WidgetState& state, const GridPlace& pl
 
 ordered_json PageState::widgetsJson() {
     std::map<int, WidgetState> states;
-    for (WidgetState& state : home_.widgets()) states.emplace(state.id, std::move(state));
+    for (WidgetState& state : home_.schedule().states()) states.emplace(state.id, std::move(state));
     {
         const std::lock_guard lock(mutex_);
         std::erase_if(pictures_, [&](const auto& cached) { return !states.contains(cached.first); });
@@ -140,7 +139,8 @@ ordered_json PageState::widgetsJson() {
     ordered_json widgets = ordered_json::array();
     for (std::size_t i = 0; i < placements.size(); ++i) {
         const auto found = states.find(placements[i].id);
-        if (found != states.end()) widgets.push_back(widgetJson(found->second, places[i], home_.mode()));
+        if (found != states.end())
+            widgets.push_back(widgetJson(found->second, places[i], home_.schedule().mode()));
     }
     return widgets;
 }
@@ -172,16 +172,17 @@ ordered_json PageState::phoneAppJson() const {
 }
 
 std::string PageState::state() {
-    return dumped({{"widgets", widgetsJson()},
-                   {"app", phoneAppJson()},
-                   {"mode", description(home_.mode())},
-                   {"clock", {{"now", platform::formatInstant(home_.now())}, {"rate", home_.clockRate()}}},
-                   {"extension",
-                    {{"process", home_.extension().processId()},
-                     {"peakRssKiB", home_.extension().statistics().peakRssKiB}}},
-                   {"hasDemo", home_.hasDemo()},
-                   {"environment", home_.environment()},
-                   {"fault", home_.fault()}});
+    return dumped(
+        {{"widgets", widgetsJson()},
+         {"app", phoneAppJson()},
+         {"mode", description(home_.schedule().mode())},
+         {"clock", {{"now", platform::formatInstant(home_.now())}, {"rate", home_.schedule().clockRate()}}},
+         {"extension",
+          {{"process", home_.extension().processId()},
+           {"peakRssKiB", home_.extension().statistics().peakRssKiB}}},
+         {"hasDemo", home_.hasDemo()},
+         {"environment", home_.environment()},
+         {"fault", home_.fault()}});
 }
 
 std::string PageState::choices() const {
@@ -211,11 +212,11 @@ std::string PageState::ledger(std::uint64_t after) const {
 }
 
 std::optional<std::string> PageState::inspection(int id) const {
-    const std::optional<WidgetState> state = home_.widget(id);
+    const std::optional<WidgetState> state = home_.schedule().state(id);
     if (!state) return std::nullopt;
     ordered_json inspection{{"id", id},
                             {"policy", policyJson(state->policy)},
-                            {"next", nextJson(state->next, home_.mode())},
+                            {"next", nextJson(state->next, home_.schedule().mode())},
                             {"lastError", state->lastError}};
     if (state->picture) {
         inspection["entry"] = platform::parsedJson(state->picture->entryJson).value_or(nullptr);

@@ -18,6 +18,9 @@ namespace host {
 /// What the page needs to know of a picture, so that it can be tapped and read out.
 nlohmann::ordered_json pictureJson(const ShownPicture& picture, const DisplayList& list);
 
+/// {"after": DATE} or "atEnd"; null when there is none.
+nlohmann::ordered_json policyJson(const std::optional<platform::TimelineReloadPolicy>& policy);
+
 /// Describes the home screen to the page. Any thread.
 class PageState {
 public:

@@ -91,9 +91,8 @@ platform::Result<void> Placements::load(std::vector<Placement> initial) {
     placements_.clear();
     std::error_code error;
     if (std::filesystem::exists(file_, error)) {
-        auto read = placementsIn(file_);
-        if (!read) return tl::unexpected(read.error());
-        initial = std::move(*read);
+        auto read = TRY(placementsIn(file_));
+        initial = std::move(read);
     }
     placements_ = std::move(initial);
     lastId_ = 0;

@@ -93,13 +93,12 @@ std::string resolvedFamily(PangoContext* context) {
 
 Result<TextContext> makeTextContext() {
     for (const char* variable : readByFontLibraries) unsetenv(variable);
-    Result<FontConfiguration> config = makeConfiguration();
-    if (!config) return tl::unexpected(config.error());
+    FontConfiguration config = TRY(makeConfiguration());
     // Otherwise the library reads the machine's fonts, which are not needed, and prints warnings about them.
-    FcConfigSetCurrent(config->get());
+    FcConfigSetCurrent(config.get());
 
     const FontMap map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
-    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(map.get()), config->get());
+    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(map.get()), config.get());
     pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(map.get()), 72.0);
 
     TextContext context(pango_font_map_create_context(map.get()));

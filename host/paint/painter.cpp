@@ -263,12 +263,10 @@ struct Painter::Implementation {
 };
 
 Result<std::unique_ptr<Painter>> Painter::make(const std::filesystem::path& resources) {
-    Result<TextContext> context = makeTextContext();
-    if (!context) return tl::unexpected(context.error());
-    Result<std::unique_ptr<PictureLibrary>> pictures = PictureLibrary::open(resources / "assets");
-    if (!pictures) return tl::unexpected(pictures.error());
+    TextContext context = TRY(makeTextContext());
+    std::unique_ptr<PictureLibrary> pictures = TRY(PictureLibrary::open(resources / "assets"));
     return std::unique_ptr<Painter>(
-        new Painter(std::make_unique<Implementation>(std::move(*context), std::move(*pictures))));
+        new Painter(std::make_unique<Implementation>(std::move(context), std::move(pictures))));
 }
 
 Painter::Painter(std::unique_ptr<Implementation> implementation)

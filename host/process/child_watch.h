@@ -13,11 +13,17 @@
 #include <string_view>
 #include <vector>
 #include "host/process/extension_process.h"
-#include "host/process/process_status.h"
 #include "platform/wire/extension.pb.h"
 #include "platform/wire/framing.h"
 
 namespace host {
+
+/// What a process takes, in KiB; zeros when there is no such process.
+struct ProcessMemory {
+    long peakResident = 0;
+    /// The part of the resident memory that belongs to no file.
+    long anonymous = 0;
+};
 
 /// Not for several threads at once.
 class ChildWatch {

@@ -11,10 +11,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
+#include <fstream>
 #include <system_error>
 #include <utility>
-#include "host/process/process_status.h"
 #include "host/process/spawn.h"
 
 namespace host {
@@ -30,6 +31,20 @@ constexpr std::size_t longestLogLine = 16384;
 /// A descriptor that becomes readable when the process ends. The C library's function is not declared for
 /// C++.
 int openProcess(int processId) { return static_cast<int>(syscall(SYS_pidfd_open, processId, 0)); }
+
+ProcessMemory memoryOf(int processId) {
+    ProcessMemory memory;
+    std::ifstream status("/proc/" + std::to_string(processId) + "/status");
+    // Lines such as "VmHWM:      9284 kB".
+    for (std::string line; std::getline(status, line);) {
+        long* kibibytes = line.starts_with("VmHWM:")     ? &memory.peakResident
+                          : line.starts_with("RssAnon:") ? &memory.anonymous
+                                                         : nullptr;
+        const char* digits = line.data() + std::min(line.find_first_of("0123456789"), line.size());
+        if (kibibytes != nullptr) std::from_chars(digits, line.data() + line.size(), *kibibytes);
+    }
+    return memory;
+}
 
 /// Reads what is there without waiting; false at the end of the stream.
 template <typename Take>
@@ -104,12 +119,10 @@ Result<void> ExtensionChild::tell(const wire::Request& request) {
 }
 
 Result<void> ExtensionChild::send(const wire::Request& request) {
-    const Result<std::string> frame = platform::framedMessage(request);
-    if (!frame) return tl::unexpected(frame.error());
+    const std::string frame = TRY(platform::framedMessage(request));
     // All or nothing: questions are small, and a child that leaves so many unread is stuck.
-    const ssize_t count =
-        ::send(messages_.number(), frame->data(), frame->size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (count == static_cast<ssize_t>(frame->size())) return {};
+    const ssize_t count = ::send(messages_.number(), frame.data(), frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (count == static_cast<ssize_t>(frame.size())) return {};
     return platform::failure(
         "ExtensionError", count < 0 ? errno : EAGAIN,
         "the extension takes no questions: " + std::generic_category().message(count < 0 ? errno : EAGAIN));

@@ -1,10 +1,12 @@
 #include "host/process/extension_process.h"
 
+#include <algorithm>
 #include <future>
 #include <mutex>
 #include <utility>
 #include "host/process/entry_messages.h"
 #include "host/process/extension_child.h"
+#include "platform/base/alternatives.h"
 #include "platform/wire/conversion.h"
 
 namespace host {
@@ -38,6 +40,15 @@ Result<T> waitFor(const Ask& ask) {
 }
 
 }  // namespace
+
+Result<void> checkKind(const std::vector<WidgetListing>& gallery, std::string_view kind) {
+    std::vector<std::string> kinds;
+    for (const WidgetListing& widget : gallery) kinds.push_back(widget.kind);
+    if (std::ranges::find(kinds, kind) != kinds.end()) return {};
+    return platform::failure(
+        "UsageError", 2,
+        "unknown widget \"" + std::string(kind) + "\"; choose " + platform::alternatives(kinds));
+}
 
 struct ExtensionProcess::State {
     explicit State(ExtensionOptions ownOptions) : options(std::move(ownOptions)) {}

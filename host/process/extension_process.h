@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 #include "platform/base/clock.h"
 #include "platform/base/result.h"
@@ -91,6 +92,9 @@ struct WidgetListing {
     std::vector<platform::WidgetFamily> families;
     bool contentMarginsDisabled = false;
 };
+
+/// A "UsageError" with the kinds to choose from when the gallery has no widget of that kind.
+platform::Result<void> checkKind(const std::vector<WidgetListing>& gallery, std::string_view kind);
 
 /// One child. The first question starts it; after its death or end the next question starts another.
 /// It runs with a clean environment and no open file except its three pipes, and dies with the host. It is

@@ -1,6 +1,7 @@
 #include "host/schedule/day_strip.h"
 #include <algorithm>
 #include <map>
+#include "companion/extension_facts.h"
 #include "host/schedule/reload_plan.h"
 
 namespace host {
@@ -21,10 +22,10 @@ std::map<Instant, std::string> changesOf(Instant start, Instant end, const platf
             if (moment && *moment > start && *moment < end) changes.emplace(*moment, cause);
         }
     };
-    add(india, 7h, "theme");
-    add(india, 19h + 1s, "theme");
-    add(calendar, 9h, "window");
-    add(calendar, 16h + 1s, "window");
+    add(india, companion::dayBegins, "theme");
+    add(india, companion::dayEnds + 1s, "theme");
+    add(calendar, companion::marketOpens, "window");
+    add(calendar, companion::marketCloses + 1s, "window");
     return changes;
 }
 
@@ -76,8 +77,7 @@ private:
     static Moment momentAt(Instant moment) { return {moment, SteadyTime()}; }
 
     void add(const AnsweredEntry& entry, Instant from, const std::string& cause) {
-        if (!entry.view) return;
-        if (visible_ == entry.view) return;
+        if (!entry.view || visible_ == entry.view) return;
         visible_ = entry.view;
         row_.looks.push_back({from, cause, {*entry.view, row_.kind, row_.family, false}});
     }

@@ -1,5 +1,6 @@
 #include "host/schedule/ledger.h"
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -8,15 +9,8 @@ namespace host {
 namespace {
 
 std::string_view description(LedgerEntry::Result result) {
-    switch (result) {
-        case LedgerEntry::Result::held: return "held";
-        case LedgerEntry::Result::running: return "running";
-        case LedgerEntry::Result::shown: return "shown";
-        case LedgerEntry::Result::unchanged: return "unchanged";
-        case LedgerEntry::Result::dropped: return "dropped";
-        case LedgerEntry::Result::failed: return "failed";
-    }
-    return "";
+    static constexpr std::array names{"held", "running", "shown", "unchanged", "dropped", "failed"};
+    return names.at(static_cast<std::size_t>(result));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "host/schedule/reload_plan.h"
 #include <algorithm>
+#include <array>
 
 namespace host {
 
@@ -8,14 +9,8 @@ using platform::Instant;
 std::string_view description(ReloadMode mode) { return mode == ReloadMode::live ? "live" : "phone"; }
 
 std::string_view description(Requester requester) {
-    switch (requester) {
-        case Requester::placement: return "placement";
-        case Requester::policy: return "policy";
-        case Requester::app: return "app";
-        case Requester::person: return "person";
-        case Requester::clock: return "clock";
-    }
-    return "";
+    static constexpr std::array names{"placement", "policy", "app", "person", "clock"};
+    return names.at(static_cast<std::size_t>(requester));
 }
 
 std::string reason(Hold hold, ReloadMode mode) {

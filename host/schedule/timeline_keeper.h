@@ -16,7 +16,6 @@
 #include "host/paint/widget_renderer.h"
 #include "host/process/extension_process.h"
 #include "host/schedule/ledger.h"
-#include "host/schedule/pause.h"
 #include "host/schedule/reload_plan.h"
 
 namespace host {
@@ -122,6 +121,7 @@ private:
         Moment start;
     };
 
+    class Pause;
     void startReloads(const Moment& now, Pause& pause);
     void startReload(Widget& widget, const NextReload& next, const Moment& now);
     void askForPlaceholder(const Moment& now);

@@ -103,26 +103,17 @@ struct PageServer::Signal {
         changed.notify_one();
     }
 
-    void end() {
-        {
-            const std::lock_guard lock(mutex);
-            isEnding = true;
-        }
-        changed.notify_one();
-    }
-
     /// False at the end.
-    bool wait() {
+    bool wait(const std::stop_token& end) {
         std::unique_lock lock(mutex);
-        changed.wait(lock, [this] { return isRaised || isEnding; });
+        changed.wait(lock, end, [this] { return isRaised; });
         isRaised = false;
-        return !isEnding;
+        return !end.stop_requested();
     }
 
     std::mutex mutex;
-    std::condition_variable changed;
+    std::condition_variable_any changed;
     bool isRaised = false;
-    bool isEnding = false;
 };
 
 PageServer::PageServer(HomeScreen& home) : home_(home), state_(home), signal_(std::make_shared<Signal>()) {}
@@ -144,17 +135,14 @@ platform::Result<std::unique_ptr<PageServer>> PageServer::start(HomeScreen& home
         page->server_ = std::move(*server);
         page->port_ = page->server_->port();
     }
-    page->teller_ = std::thread([&self = *page] { self.tellChanges(); });
+    page->teller_ = std::jthread([&self = *page](const std::stop_token& end) {
+        while (self.signal_->wait(end)) self.tell();
+    });
     home.whenChanged([signal = page->signal_] { signal->raise(); });
     return page;
 }
 
-PageServer::~PageServer() {
-    home_.whenChanged(nullptr);
-    signal_->end();
-    if (teller_.joinable()) teller_.join();
-    server_.reset();
-}
+PageServer::~PageServer() { home_.whenChanged(nullptr); }
 
 std::string PageServer::authority() const { return "127.0.0.1:" + std::to_string(port_); }
 
@@ -247,10 +235,6 @@ Response PageServer::events() {
     }
     signal_->raise();
     return {.contentType = "text/event-stream", .stream = stream};
-}
-
-void PageServer::tellChanges() {
-    while (signal_->wait()) tell();
 }
 
 void PageServer::tell() {

@@ -40,8 +40,7 @@ private:
     serving::Response events();
     bool hasCookie(const serving::Request& request) const;
     std::string authority() const;
-    /// Tells all readers the state whenever there may be another, until the end.
-    void tellChanges();
+    /// Sends the state to all readers.
     void tell();
 
     HomeScreen& home_;
@@ -52,10 +51,11 @@ private:
     std::mutex mutex_;
     std::vector<std::shared_ptr<serving::EventStream>> readers_;
     std::uint16_t port_ = 0;
-    std::unique_ptr<serving::HttpServer> server_;
     /// Shared with the home screen's listener, which may still be running when this ends.
     std::shared_ptr<Signal> signal_;
-    std::thread teller_;
+    // Last: the server's handlers and the teller use everything above until they end.
+    std::unique_ptr<serving::HttpServer> server_;
+    std::jthread teller_;
 };
 
 }  // namespace host

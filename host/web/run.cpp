@@ -10,7 +10,7 @@
 #include "host/home/host_questions.h"
 #include "host/home/host_socket.h"
 #include "host/process/demo_child.h"
-#include "host/process/extension_arguments.h"
+#include "host/process/program_options.h"
 #include "host/web/page_server.h"
 #include "platform/base/ending_signals.h"
 #include "platform/wire/host_channel.h"
@@ -28,17 +28,11 @@ void writeLogLine(std::string_view line) {
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
-void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::seconds>& duration) {
-    const auto end = std::chrono::steady_clock::now() + duration.value_or(std::chrono::seconds(0));
-    for (;;) {
-        if (!duration) {
-            if (::sigwaitinfo(&signals, nullptr) > 0) return;
-            continue;
-        }
-        const auto rest =
-            std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        if (rest.count() <= 0) return;
-        const timespec limit{rest.count() / 1000, rest.count() % 1000 * 1000000};
+void waitForEnd(const sigset_t& signals, std::chrono::nanoseconds duration) {
+    using std::chrono::steady_clock;
+    const auto start = steady_clock::now();
+    for (auto rest = duration; rest.count() > 0; rest = duration - (steady_clock::now() - start)) {
+        const timespec limit{rest.count() / 1'000'000'000, rest.count() % 1'000'000'000};
         if (::sigtimedwait(&signals, nullptr, &limit) > 0) return;
     }
 }
@@ -48,18 +42,16 @@ void waitForEnd(const sigset_t& signals, const std::optional<std::chrono::second
 platform::Result<void> runHomeScreen(const RunOptions& options) {
     const sigset_t signals = platform::blockEndingSignals();
     const std::filesystem::path resources = platform::resourcesDirectory();
-    auto runtime = platform::runtimeOptions(options.process, resources / "Info.plist");
-    if (!runtime) return tl::unexpected(runtime.error());
+    auto runtime = TRY(resolvedOptions(options.process));
 
     std::unique_ptr<DemoChild> demo;
     if (options.isDemo) {
-        auto started = DemoChild::start(platform::programDirectory() / "brightledger-demo");
-        if (!started) return tl::unexpected(started.error());
-        demo = std::move(*started);
+        auto started = TRY(DemoChild::start(platform::programDirectory() / "brightledger-demo"));
+        demo = std::move(started);
     }
 
     // First, since it makes the folder and finds out whether this home screen is running already.
-    const std::filesystem::path socketPath = platform::hostSocketPath(runtime->dataDirectory);
+    const std::filesystem::path socketPath = platform::hostSocketPath(runtime.dataDirectory);
     HomeScreen* answering = nullptr;
     std::mutex mutex;
     auto socket =
@@ -75,25 +67,22 @@ platform::Result<void> runHomeScreen(const RunOptions& options) {
     // The inspector shows the log, whoever reads standard error.
     child.isVerbose = true;
     child.infoPlist = std::filesystem::path(socketPath).replace_extension(".plist").string();
-    HomeScreenOptions homeOptions{.runtime = *runtime,
-                                  .extensionProgram = extensionProgram(),
-                                  .extensionArguments = extensionArguments(child, *runtime),
+    HomeScreenOptions homeOptions{.runtime = runtime,
+                                  .extension = extensionOptions(child, runtime),
                                   .infoPlist = *child.infoPlist,
                                   .resources = resources,
                                   .demoOrigin = demo ? std::optional(demo->origin()) : std::nullopt};
     if (options.process.isVerbose) homeOptions.log = writeLogLine;
-    auto home = HomeScreen::start(std::move(homeOptions));
-    if (!home) return tl::unexpected(home.error());
-    auto page = PageServer::start(**home, options.port, resources / "web");
-    if (!page) return tl::unexpected(page.error());
+    auto home = TRY(HomeScreen::start(std::move(homeOptions)));
+    auto page = TRY(PageServer::start(*home, options.port, resources / "web"));
     {
         const std::lock_guard lock(mutex);
-        answering = home->get();
+        answering = home.get();
     }
-    std::cout << (*page)->address() << '\n' << std::flush;
+    std::cout << page->address() << '\n' << std::flush;
     waitForEnd(signals, options.duration);
     // The page waits for its handlers, and they wait for the extension.
-    (*home)->stop();
+    home->stop();
     const std::lock_guard lock(mutex);
     answering = nullptr;
     return {};

@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
 #include "platform/base/result.h"
 #include "platform/runtime/process_options.h"
 
@@ -18,8 +17,8 @@ struct RunOptions {
     /// Starts the demo service and has the extension call it; otherwise the extension calls what its
     /// information dictionary names.
     bool isDemo = true;
-    /// How long to serve; absent: until SIGINT or SIGTERM.
-    std::optional<std::chrono::seconds> duration;
+    /// How long to serve, unless SIGINT or SIGTERM comes before.
+    std::chrono::nanoseconds duration = std::chrono::nanoseconds::max();
 };
 
 /// Serves the home screen on 127.0.0.1 and prints its address, one line on standard output. Fails when it

@@ -26,4 +26,19 @@ inline tl::unexpected<Error> failure(std::string domain, int code, std::string m
     return tl::unexpected<Error>(Error{std::move(domain), code, std::move(message)});
 }
 
+inline void unwrapped(Result<void>&& /*tried*/) {}
+
+template <typename T>
+T unwrapped(Result<T>&& tried) {
+    return *std::move(tried);
+}
+
 }  // namespace platform
+
+/// The value of an expression of type `Result`. On failure the function around it returns the error.
+#define TRY(...)                                                     \
+    __extension__({                                                  \
+        auto tried = __VA_ARGS__;                                    \
+        if (!tried) return tl::unexpected(std::move(tried).error()); \
+        platform::unwrapped(std::move(tried));                       \
+    })

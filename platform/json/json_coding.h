@@ -84,8 +84,7 @@ Result<T> decodedJSON(std::string_view document) {
     JSONReader reader(document);
     T value{};
     decode(reader, value);
-    const Result<void> finished = reader.finish();
-    if (!finished) return tl::unexpected(finished.error());
+    TRY(reader.finish());
     return value;
 }
 

@@ -1,19 +1,10 @@
 #include "platform/runtime/command_line.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
 namespace platform {
-namespace {
-
-const CommonOption* commonOption(std::string_view name) {
-    for (const CommonOption& option : commonOptions) {
-        if (option.name == name) return &option;
-    }
-    return nullptr;
-}
-
-}  // namespace
 
 Result<ProcessOptions> takeProcessOptions(std::vector<std::string>& arguments) {
     ProcessOptions options;
@@ -25,10 +16,11 @@ Result<ProcessOptions> takeProcessOptions(std::vector<std::string>& arguments) {
             break;
         }
         const std::size_t equals = argument.find('=');
-        const CommonOption* option = commonOption(std::string_view(argument).substr(0, equals));
+        const auto option = std::ranges::find(commonOptions, std::string_view(argument).substr(0, equals),
+                                              &CommonOption::name);
         if (argument == "--verbose") {
             options.isVerbose = true;
-        } else if (option == nullptr) {
+        } else if (option == commonOptions.end()) {
             rest.push_back(std::move(argument));
         } else if (equals != std::string::npos) {
             options.*(option->value) = argument.substr(equals + 1);

@@ -66,6 +66,11 @@ Result<BundleInformation> readBundle(const std::optional<std::string>& named, co
 
 }  // namespace
 
+std::optional<std::string> chosenOption(const ProcessOptions& options,
+                                        std::optional<std::string> ProcessOptions::*value) {
+    return choose(options, value).value;
+}
+
 Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::path& installedInfoPlist) {
     RuntimeOptions result;
 
@@ -106,9 +111,8 @@ Result<RuntimeOptions> runtimeOptions(const ProcessOptions& options, const fs::p
     if (zone.value && !isTimeZone(*zone.value)) return wrongUsage(zone, "is not a known time zone");
 
     const Setting infoPlist = choose(options, &ProcessOptions::infoPlist);
-    Result<BundleInformation> bundle = readBundle(infoPlist.value, installedInfoPlist);
-    if (!bundle) return tl::unexpected(bundle.error());
-    result.bundle = std::move(*bundle);
+    BundleInformation bundle = TRY(readBundle(infoPlist.value, installedInfoPlist));
+    result.bundle = std::move(bundle);
 
     if (options.isVerbose) result.log = DebugLog::standardError();
     return result;

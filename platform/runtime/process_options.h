@@ -42,6 +42,10 @@ inline constexpr std::array commonOptions{
     CommonOption{"--time-zone", "BRIGHTLEDGER_TIME_ZONE", &ProcessOptions::timeZone},
 };
 
+/// The option's value, or its variable's; an empty variable counts as unset.
+std::optional<std::string> chosenOption(const ProcessOptions& options,
+                                        std::optional<std::string> ProcessOptions::*value);
+
 /// Options come before environment variables, and those before the system's settings; an empty variable
 /// counts as unset. The bundle comes from `installedInfoPlist` unless another file is named, and is empty
 /// when the installed file is not there. The widget center and the seed of identifiers stay unset.

@@ -1,8 +1,9 @@
 #include "platform/settings/binary_property_list.h"
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
-#include <optional>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -33,60 +34,33 @@ constexpr unsigned lengthFollows = 0xF;
 constexpr std::size_t trailerSize = 32;
 
 /// A big-endian number of up to eight bytes.
-std::uint64_t readNumber(std::string_view bytes) {
+std::uint64_t numberIn(std::string_view bytes) {
     std::uint64_t number = 0;
     for (const char byte : bytes) number = number << 8 | static_cast<unsigned char>(byte);
     return number;
 }
 
-/// An array or dictionary whose elements are being read: one level of an explicit stack instead of recursion.
-struct Level {
-    std::uint64_t object = 0;
-    bool isDictionary = false;
-    std::string_view references;
-    std::size_t count = 0;
-    std::size_t next = 0;
-    PropertyList::Array elements;
-    PropertyList::Dictionary entries;
-    std::string key;
-};
-
+/// The first problem stays. After it nothing more is read, and what was read must not be used.
 class Reader {
 public:
     Reader(std::string_view bytes, Budget budget) : bytes_(bytes), budget_(budget) {}
 
     Result<PropertyList> read() {
         if (!readTrailer()) return refused("the binary property list has a damaged trailer");
-        std::optional<PropertyList> finished;
-        if (!enter(top_, finished)) return damaged();
-        while (!levels_.empty()) {
-            if (finished) take(std::move(*finished));
-            finished.reset();
-            Level& level = levels_.back();
-            if (level.next == level.count) {
-                finished = finish(level);
-                levels_.pop_back();
-                if (levels_.empty()) break;
-            } else if (!enterNext(level, finished)) {
-                return damaged();
-            }
-        }
-        return std::move(*finished);
-    }
-
-private:
-    tl::unexpected<Error> damaged() const {
+        PropertyList root = readObject(top_);
+        if (problem_ == nullptr) return root;
         return refused("the binary property list is damaged: " + std::string(problem_));
     }
 
+private:
     bool readTrailer() {
         if (bytes_.size() < binaryHeader.size() + trailerSize) return false;
         const std::string_view trailer = bytes_.substr(bytes_.size() - trailerSize);
         offsetSize_ = static_cast<unsigned char>(trailer[6]);
         referenceSize_ = static_cast<unsigned char>(trailer[7]);
-        count_ = readNumber(trailer.substr(8, 8));
-        top_ = readNumber(trailer.substr(16, 8));
-        const std::uint64_t table = readNumber(trailer.substr(24, 8));
+        count_ = numberIn(trailer.substr(8, 8));
+        top_ = numberIn(trailer.substr(16, 8));
+        const std::uint64_t table = numberIn(trailer.substr(24, 8));
         if (offsetSize_ < 1 || offsetSize_ > 8 || referenceSize_ < 1 || referenceSize_ > 8) return false;
         const std::size_t end = bytes_.size() - trailerSize;
         if (count_ == 0 || count_ > maximumObjects || table < binaryHeader.size() || table > end)
@@ -97,205 +71,143 @@ private:
         return top_ < count_;
     }
 
-    bool fail(const char* problem) {
-        problem_ = problem;
-        return false;
+    PropertyList fail(const char* problem) {
+        if (problem_ == nullptr) problem_ = problem;
+        return {};
     }
 
     /// The `size` bytes at the cursor, and moves past them.
-    bool slice(std::uint64_t size, std::string_view& out) {
-        if (size > objects_.size() - cursor_) return fail("an object reaches past the end");
-        out = objects_.substr(cursor_, size);
+    std::string_view take(std::uint64_t size) {
+        if (size > objects_.size() - cursor_) fail("an object reaches past the end");
+        if (problem_ != nullptr) return {};
         cursor_ += size;
-        return true;
+        return objects_.substr(cursor_ - size, size);
     }
 
-    bool readLength(unsigned kind, std::uint64_t& length) {
-        length = kind;
-        if (kind != lengthFollows) return true;
-        std::string_view marker;
-        std::string_view number;
-        if (!slice(1, marker)) return false;
-        const auto byte = static_cast<unsigned char>(marker[0]);
-        if (byte >> 4 != static_cast<unsigned>(Type::integer) || (byte & 0xF) > 3)
-            return fail("the length of an object is not an integer");
-        if (!slice(1U << (byte & 0xF), number)) return false;
-        length = readNumber(number);
-        return true;
+    std::uint64_t takeNumber(std::uint64_t size) { return numberIn(take(size)); }
+
+    std::uint64_t takeLength(unsigned kind) {
+        if (kind != lengthFollows) return kind;
+        const std::uint64_t marker = takeNumber(1);
+        if (marker >> 4 != static_cast<unsigned>(Type::integer) || (marker & 0xF) > 3)
+            fail("the length of an object is not an integer");
+        return takeNumber(1U << (marker & 0x3));
     }
 
-    /// Reads a plain object into `value`, or pushes a level for an array or a dictionary.
-    bool enter(std::uint64_t object, std::optional<PropertyList>& value) {
+    PropertyList readObject(std::uint64_t object) {
         if (object >= count_) return fail("a reference to an object that is not there");
-        cursor_ = readNumber(offsets_.substr(object * offsetSize_, offsetSize_));
+        cursor_ = numberIn(offsets_.substr(object * offsetSize_, offsetSize_));
         if (cursor_ < binaryHeader.size() || cursor_ >= objects_.size())
             return fail("an offset points outside of the objects");
         const auto marker = static_cast<unsigned char>(objects_[cursor_++]);
         const auto type = static_cast<Type>(marker >> 4);
         const unsigned kind = marker & 0xF;
-        if (type == Type::array || type == Type::dictionary) return push(object, type, kind);
-        return readPlain(type, kind, value);
-    }
-
-    bool push(std::uint64_t object, Type type, unsigned kind) {
-        if (levels_.size() == maximumDepth) return fail("nested too deeply");
-        for (const Level& level : levels_) {
-            if (level.object == object) return fail("an object contains itself");
-        }
-        Level level;
-        level.object = object;
-        level.isDictionary = type == Type::dictionary;
-        std::uint64_t count = 0;
-        if (!readLength(kind, count)) return false;
-        if (count > maximumObjects) return fail("too many objects");
-        if (!slice(count * referenceSize_ * (level.isDictionary ? 2 : 1), level.references)) return false;
-        if (!budget_.take()) return fail("too many objects");
-        level.count = count;
-        levels_.push_back(std::move(level));
-        return true;
-    }
-
-    std::uint64_t reference(const Level& level, std::size_t index) const {
-        return readNumber(level.references.substr(index * referenceSize_, referenceSize_));
-    }
-
-    bool enterNext(Level& level, std::optional<PropertyList>& value) {
-        const std::size_t index = level.next++;
-        if (!level.isDictionary) return enter(reference(level, index), value);
-        const std::size_t depth = levels_.size();
-        const std::uint64_t element = reference(level, level.count + index);
-        std::optional<PropertyList> key;
-        if (!enter(reference(level, index), key)) return false;
-        if (levels_.size() != depth || key->text() == nullptr) return fail("a key that is not a text");
-        level.key = *key->text();
-        return enter(element, value);
-    }
-
-    /// Gives the value that was just read to the level that asked for it.
-    void take(PropertyList value) {
-        Level& level = levels_.back();
-        if (level.isDictionary) {
-            level.entries.insert_or_assign(std::move(level.key), std::move(value));
-        } else {
-            level.elements.push_back(std::move(value));
-        }
-    }
-
-    static PropertyList finish(Level& level) {
-        if (level.isDictionary) return std::move(level.entries);
-        return std::move(level.elements);
-    }
-
-    bool readPlain(Type type, unsigned kind, std::optional<PropertyList>& value) {
         switch (type) {
-            case Type::simple:
-                if (kind != falseKind && kind != trueKind) return fail("an object of unknown type");
-                value = kind == trueKind;
-                break;
-            case Type::integer:
-                if (!readInteger(kind, value)) return false;
-                break;
-            case Type::real:
-                if (!readReal(kind, value)) return false;
-                break;
-            case Type::date:
-                if (!readDate(kind, value)) return false;
-                break;
-            case Type::identifier:
-                if (!readIdentifier(kind, value)) return false;
-                break;
             case Type::data:
             case Type::ascii:
-            case Type::utf16: return readContent(type, kind, value);
-            default: return fail("an object of unknown type");
+            case Type::utf16: return readContent(type, kind);
+            case Type::array:
+            case Type::dictionary: return readCollection(object, type, kind);
+            default: return budget_.take() ? readNumber(type, kind) : fail("too many objects");
         }
-        return budget_.take() || fail("too many objects");
     }
 
-    bool readInteger(unsigned kind, std::optional<PropertyList>& value) {
+    PropertyList readCollection(std::uint64_t object, Type type, unsigned kind) {
+        if (open_.size() == maximumDepth) return fail("nested too deeply");
+        if (std::ranges::find(open_, object) != open_.end()) return fail("an object contains itself");
+        const bool isDictionary = type == Type::dictionary;
+        const std::uint64_t count = takeLength(kind);
+        if (count > maximumObjects || !budget_.take()) return fail("too many objects");
+        const std::string_view references = take(count * referenceSize_ * (isDictionary ? 2 : 1));
+        const auto element = [&](std::uint64_t index) {
+            return readObject(numberIn(references.substr(index * referenceSize_, referenceSize_)));
+        };
+        open_.push_back(object);
+        PropertyList::Array elements;
+        PropertyList::Dictionary entries;
+        for (std::uint64_t index = 0; index < count && problem_ == nullptr; ++index) {
+            PropertyList first = element(index);
+            if (!isDictionary) {
+                elements.push_back(std::move(first));
+            } else if (const std::string* key = first.text()) {
+                entries.insert_or_assign(*key, element(count + index));
+            } else {
+                fail("a key that is not a text");
+            }
+        }
+        open_.pop_back();
+        if (isDictionary) return entries;
+        return elements;
+    }
+
+    /// Reads what has a fixed size.
+    PropertyList readNumber(Type type, unsigned kind) {
+        switch (type) {
+            case Type::simple:
+                if (kind != falseKind && kind != trueKind) break;
+                return kind == trueKind;
+            case Type::integer: return readInteger(kind);
+            case Type::real:
+                if (kind == 3) return std::bit_cast<double>(takeNumber(8));
+                if (kind != 2) return fail("a real of an unknown width");
+                return static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(takeNumber(4))));
+            case Type::date: {
+                if (kind != 3) return fail("a date of an unknown width");
+                const auto seconds = std::bit_cast<double>(takeNumber(8));
+                if (std::isnan(seconds)) return fail("a date that is not a number");
+                return instantFromReferenceDate(seconds);
+            }
+            case Type::identifier: {
+                if (kind > 7) return fail("an identifier of an unknown width");
+                const auto number = static_cast<std::int64_t>(takeNumber(kind + 1));
+                if (number < 0) return fail("an identifier beyond 64 bits");
+                return PropertyList::Dictionary{{identifierKey, number}};
+            }
+            default: break;
+        }
+        return fail("an object of unknown type");
+    }
+
+    PropertyList readInteger(unsigned kind) {
         if (kind > 4) return fail("an integer of an unknown width");
-        std::string_view digits;
-        if (!slice(1U << kind, digits)) return false;
-        if (digits.size() == 16) {
-            // The high half only says that the low one is unsigned, or repeats its sign.
-            const auto high = static_cast<std::int64_t>(readNumber(digits.substr(0, 8)));
-            const auto low = static_cast<std::int64_t>(readNumber(digits.substr(8)));
-            if (high != (low < 0 ? -1 : 0)) return fail("an integer beyond 64 bits");
-            digits.remove_prefix(8);
-        }
+        const bool isLong = kind == 4;
+        const auto high = static_cast<std::int64_t>(isLong ? takeNumber(8) : 0);
         // One, two and four bytes have no sign; eight have one.
-        value = static_cast<std::int64_t>(readNumber(digits));
-        return true;
+        const auto low = static_cast<std::int64_t>(takeNumber(isLong ? 8 : 1U << kind));
+        // The high half of sixteen only says that the low one is unsigned, or repeats its sign.
+        if (isLong && high != (low < 0 ? -1 : 0)) return fail("an integer beyond 64 bits");
+        return low;
     }
 
-    bool readReal(unsigned kind, std::optional<PropertyList>& value) {
-        if (kind != 2 && kind != 3) return fail("a real of an unknown width");
-        std::string_view digits;
-        if (!slice(1U << kind, digits)) return false;
-        const std::uint64_t bits = readNumber(digits);
-        value = kind == 3 ? std::bit_cast<double>(bits)
-                          : static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(bits)));
-        return true;
-    }
-
-    bool readDate(unsigned kind, std::optional<PropertyList>& value) {
-        std::string_view digits;
-        if (kind != 3) return fail("a date of an unknown width");
-        if (!slice(8, digits)) return false;
-        const auto seconds = std::bit_cast<double>(readNumber(digits));
-        if (seconds != seconds) return fail("a date that is not a number");
-        value = instantFromReferenceDate(seconds);
-        return true;
-    }
-
-    bool readIdentifier(unsigned kind, std::optional<PropertyList>& value) {
-        std::string_view digits;
-        if (kind > 7) return fail("an identifier of an unknown width");
-        if (!slice(kind + 1, digits)) return false;
-        const auto number = static_cast<std::int64_t>(readNumber(digits));
-        if (number < 0) return fail("an identifier beyond 64 bits");
-        value = PropertyList::Dictionary{{identifierKey, number}};
-        return true;
-    }
-
-    bool readContent(Type type, unsigned kind, std::optional<PropertyList>& value) {
-        std::uint64_t length = 0;
-        std::string_view content;
-        if (!readLength(kind, length)) return false;
+    PropertyList readContent(Type type, unsigned kind) {
+        const std::uint64_t length = takeLength(kind);
         if (length > objects_.size()) return fail("an object reaches past the end");
-        if (!slice(type == Type::utf16 ? length * 2 : length, content)) return false;
+        const std::string_view content = take(type == Type::utf16 ? length * 2 : length);
         if (!budget_.take(content.size())) return fail("too much content");
-        if (type == Type::data) {
-            value = Bytes(std::string(content));
-            return true;
-        }
-        return type == Type::ascii ? readAscii(content, value) : readUtf16(content, value);
+        if (type == Type::utf16) return readUtf16(content);
+        if (type == Type::data) return Bytes(std::string(content));
+        if (std::ranges::any_of(content, [](unsigned char byte) { return byte > 0x7F; }))
+            return fail("a plain text that is not ASCII");
+        return std::string(content);
     }
 
-    bool readAscii(std::string_view content, std::optional<PropertyList>& value) {
-        for (const char byte : content) {
-            if (static_cast<unsigned char>(byte) > 0x7F) return fail("a plain text that is not ASCII");
-        }
-        value = std::string(content);
-        return true;
-    }
-
-    bool readUtf16(std::string_view content, std::optional<PropertyList>& value) {
+    PropertyList readUtf16(std::string_view content) {
         std::string text;
         text.reserve(content.size());
+        const auto unitAt = [&](std::size_t at) {
+            return static_cast<char32_t>(numberIn(content.substr(at, 2)));
+        };
         for (std::size_t at = 0; at < content.size(); at += 2) {
-            auto unit = static_cast<char32_t>(readNumber(content.substr(at, 2)));
+            char32_t unit = unitAt(at);
             if (unit >= 0xD800 && unit < 0xE000) {
                 at += 2;
-                const char32_t low =
-                    at < content.size() ? static_cast<char32_t>(readNumber(content.substr(at, 2))) : 0;
+                const char32_t low = at < content.size() ? unitAt(at) : 0;
                 if (unit >= 0xDC00 || low < 0xDC00 || low > 0xDFFF) return fail("half a surrogate pair");
                 unit = 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
             }
             appendUtf8(text, unit);
         }
-        value = std::move(text);
-        return true;
+        return text;
     }
 
     std::string_view bytes_;
@@ -306,9 +218,10 @@ private:
     std::uint64_t count_ = 0;
     std::uint64_t top_ = 0;
     std::size_t cursor_ = 0;
-    std::vector<Level> levels_;
+    /// The collections that are being read, outermost first.
+    std::vector<std::uint64_t> open_;
     Budget budget_;
-    const char* problem_ = "";
+    const char* problem_ = nullptr;
 };
 
 void appendNumber(std::string& out, std::uint64_t number, std::size_t size) {
@@ -403,7 +316,6 @@ private:
         const std::size_t index = objects_.size();
         appendMarker(objects_.emplace_back().bytes, Type::array, array.size());
         std::vector<std::size_t> references;
-        references.reserve(array.size());
         for (const PropertyList& element : array) references.push_back(add(element));
         objects_[index].references = std::move(references);
         return index;
@@ -421,7 +333,6 @@ private:
         }
         appendMarker(bytes, Type::dictionary, dictionary.size());
         std::vector<std::size_t> references;
-        references.reserve(2 * dictionary.size());
         for (const auto& entry : dictionary) references.push_back(addText(entry.first));
         for (const auto& entry : dictionary) references.push_back(add(entry.second));
         objects_[index].references = std::move(references);

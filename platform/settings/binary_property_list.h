@@ -12,7 +12,7 @@ namespace platform::property_list {
 
 inline constexpr std::string_view binaryHeader = "bplist00";
 
-/// Reads a binary property list within the bounds of `budget`. Does not recurse; every
+/// Reads a binary property list within the bounds of `budget`. Every
 /// reference is checked, and a cycle is an error. An identifier becomes a dictionary with the only key
 /// `identifierKey`.
 Result<PropertyList> readBinary(std::string_view bytes, Budget budget);

@@ -31,22 +31,24 @@ tl::unexpected<Error> refused(std::string message) {
     return failure("KeyedArchiveError", 1, "the keyed archive " + std::move(message));
 }
 
-const PropertyList* find(const PropertyList::Dictionary& dictionary, std::string_view key) {
-    const auto found = dictionary.find(key);
-    return found == dictionary.end() ? nullptr : &found->second;
+/// The entry of a dictionary; null when there is none, or no dictionary.
+const PropertyList* find(const PropertyList* value, std::string_view key) {
+    if (value == nullptr || value->dictionary() == nullptr) return nullptr;
+    const auto found = value->dictionary()->find(key);
+    return found == value->dictionary()->end() ? nullptr : &found->second;
 }
 
 /// The index that an identifier refers to.
 std::optional<std::size_t> identifier(const PropertyList* value) {
-    if (value == nullptr || value->dictionary() == nullptr || value->dictionary()->size() != 1) return {};
-    const PropertyList* number = find(*value->dictionary(), identifierKey);
-    if (number == nullptr || number->integer() == nullptr || *number->integer() < 0) return {};
+    const PropertyList* number = find(value, identifierKey);
+    if (number == nullptr || value->dictionary()->size() != 1) return {};
+    if (number->integer() == nullptr || *number->integer() < 0) return {};
     return static_cast<std::size_t>(*number->integer());
 }
 
 enum class Kind { unknown, text, data, date, array, dictionary };
 
-Kind kindOfClass(std::string_view name) {
+Kind kindNamed(std::string_view name) {
     if (name == "NSString" || name == "NSMutableString") return Kind::text;
     if (name == "NSData" || name == "NSMutableData") return Kind::data;
     if (name == "NSDate") return Kind::date;
@@ -56,133 +58,129 @@ Kind kindOfClass(std::string_view name) {
 }
 
 /// Judged by the class's own name, or by the names that it lists as replacements.
-Kind kindOfClass(const PropertyList::Dictionary& description) {
-    const PropertyList* name = find(description, "$classname");
+Kind kindOfClass(const PropertyList& description) {
+    const PropertyList* name = find(&description, "$classname");
     if (name == nullptr || name->text() == nullptr) return Kind::unknown;
-    Kind kind = kindOfClass(*name->text());
-    const PropertyList* hints = find(description, "$classhints");
+    Kind kind = kindNamed(*name->text());
+    const PropertyList* hints = find(&description, "$classhints");
     if (hints == nullptr || hints->array() == nullptr) return kind;
     for (const PropertyList& hint : *hints->array()) {
-        if (kind == Kind::unknown && hint.text() != nullptr) kind = kindOfClass(*hint.text());
+        if (kind == Kind::unknown && hint.text() != nullptr) kind = kindNamed(*hint.text());
     }
     return kind;
 }
 
+/// The first problem stays. After it nothing more is read, and what was read must not be used.
 class Unarchiver {
 public:
     explicit Unarchiver(const PropertyList::Array& objects)
         : objects_(objects), isOpen_(objects.size(), false) {}
 
-    Result<PropertyList> object(const PropertyList* reference) {
+    Result<PropertyList> root(const PropertyList* reference) {
+        PropertyList value = object(reference);
+        if (problem_.empty()) return value;
+        return refused(problem_);
+    }
+
+private:
+    PropertyList fail(std::string problem) {
+        if (problem_.empty()) problem_ = std::move(problem);
+        return {};
+    }
+
+    PropertyList object(const PropertyList* reference) {
         const std::optional<std::size_t> index = identifier(reference);
-        if (!index || *index >= objects_.size()) return refused("refers to an object that is not there");
-        if (*index == 0) return refused("holds nothing where a value should be");
-        if (isOpen_[*index]) return refused("holds an object that contains itself");
-        if (depth_ > maximumDepth) return refused("is nested too deeply");
+        if (!index || *index >= objects_.size()) return fail("refers to an object that is not there");
+        if (*index == 0) return fail("holds nothing where a value should be");
+        if (isOpen_[*index]) return fail("holds an object that contains itself");
+        if (depth_ > maximumDepth) return fail("is nested too deeply");
         isOpen_[*index] = true;
         ++depth_;
-        Result<PropertyList> value = contentOf(objects_[*index]);
+        PropertyList value = contentOf(objects_[*index]);
         --depth_;
         isOpen_[*index] = false;
         return value;
     }
 
-private:
-    using Dictionary = PropertyList::Dictionary;
-
-    static std::size_t sizeOf(const PropertyList& value) {
-        if (value.text() != nullptr) return value.text()->size();
-        return value.data() != nullptr ? value.data()->size() : 0;
+    PropertyList plain(const PropertyList& value) {
+        std::size_t size = 0;
+        if (value.text() != nullptr) size = value.text()->size();
+        if (value.data() != nullptr) size = value.data()->size();
+        return budget_.take(size) ? value : fail("holds too much");
     }
 
-    Result<PropertyList> plain(const PropertyList& value) {
-        if (!budget_.take(sizeOf(value))) return refused("holds too much");
-        return value;
-    }
-
-    Result<PropertyList> contentOf(const PropertyList& object) {
-        if (object.array() != nullptr) return refused("holds an array in place of an object");
+    PropertyList contentOf(const PropertyList& object) {
+        if (object.array() != nullptr) return fail("holds an array in place of an object");
         if (object.dictionary() == nullptr) return plain(object);
-        if (!budget_.take()) return refused("holds too much");
-        const Dictionary& fields = *object.dictionary();
-        const std::optional<std::size_t> type = identifier(find(fields, "$class"));
+        if (!budget_.take()) return fail("holds too much");
+        const std::optional<std::size_t> type = identifier(find(&object, "$class"));
         if (!type || *type >= objects_.size() || objects_[*type].dictionary() == nullptr)
-            return refused("holds an object without a class");
-        switch (kindOfClass(*objects_[*type].dictionary())) {
+            return fail("holds an object without a class");
+        switch (kindOfClass(objects_[*type])) {
             case Kind::text:
-                return field(fields, "NS.string", [](const PropertyList& v) { return v.text() != nullptr; });
+                return field(object, "NS.string", [](const PropertyList& v) { return v.text() != nullptr; });
             case Kind::data:
-                return field(fields, "NS.data", [](const PropertyList& v) { return v.data() != nullptr; });
-            case Kind::date: return date(fields);
-            case Kind::array: return array(fields);
-            case Kind::dictionary: return dictionary(fields);
+                return field(object, "NS.data", [](const PropertyList& v) { return v.data() != nullptr; });
+            case Kind::date: return date(object);
+            case Kind::array: return array(object);
+            case Kind::dictionary: return dictionary(object);
             case Kind::unknown: break;
         }
-        return refused("holds an object of an unknown class");
+        return fail("holds an object of an unknown class");
     }
 
     /// The content that an object contains or refers to.
-    Result<PropertyList> field(const Dictionary& fields, const char* key,
-                               bool (*isFit)(const PropertyList&)) {
-        const PropertyList* value = find(fields, key);
-        if (value == nullptr) return refused(std::string("holds an object without ") + key);
-        Result<PropertyList> content = identifier(value) ? object(value) : plain(*value);
-        if (content && !isFit(*content)) return refused(std::string("holds an object with a wrong ") + key);
-        return content;
+    PropertyList field(const PropertyList& owner, const std::string& key,
+                       bool (*isFit)(const PropertyList&)) {
+        const PropertyList* value = find(&owner, key);
+        if (value == nullptr) return fail("holds an object without " + key);
+        PropertyList content = identifier(value) ? object(value) : plain(*value);
+        return isFit(content) ? content : fail("holds an object with a wrong " + key);
     }
 
-    Result<PropertyList> date(const Dictionary& fields) {
-        const PropertyList* time = find(fields, "NS.time");
-        if (time == nullptr) return refused("holds a date without NS.time");
+    PropertyList date(const PropertyList& owner) {
+        const PropertyList* time = find(&owner, "NS.time");
+        if (time == nullptr) return fail("holds a date without NS.time");
         if (time->integer() != nullptr)
             return property_list::instantFromReferenceDate(static_cast<double>(*time->integer()));
         if (time->real() == nullptr || std::isnan(*time->real()))
-            return refused("holds a date that is not a number");
+            return fail("holds a date that is not a number");
         return property_list::instantFromReferenceDate(*time->real());
     }
 
     /// What `name` lists: one array, or in older archives a numbered field for each.
-    static Result<std::vector<const PropertyList*>> references(const Dictionary& fields,
-                                                               const std::string& name,
-                                                               const std::string& olderName) {
+    std::vector<const PropertyList*> references(const PropertyList& owner, const std::string& name,
+                                                const std::string& olderName) {
         std::vector<const PropertyList*> found;
-        if (const PropertyList* list = find(fields, name)) {
-            if (list->array() == nullptr) return refused("holds a collection with a wrong " + name);
+        if (const PropertyList* list = find(&owner, name)) {
+            if (list->array() == nullptr) return fail("holds a collection with a wrong " + name), found;
             for (const PropertyList& reference : *list->array()) found.push_back(&reference);
             return found;
         }
-        while (const PropertyList* reference = find(fields, olderName + "." + std::to_string(found.size())))
+        while (const PropertyList* reference = find(&owner, olderName + "." + std::to_string(found.size())))
             found.push_back(reference);
         return found;
     }
 
-    Result<PropertyList> array(const Dictionary& fields) {
-        const auto listed = references(fields, "NS.objects", "NS.object");
-        if (!listed) return tl::unexpected(listed.error());
+    PropertyList array(const PropertyList& owner) {
         PropertyList::Array elements;
-        for (const PropertyList* reference : *listed) {
-            Result<PropertyList> element = object(reference);
-            if (!element) return element;
-            elements.push_back(std::move(*element));
+        for (const PropertyList* reference : references(owner, "NS.objects", "NS.object")) {
+            elements.push_back(object(reference));
+            if (!problem_.empty()) break;
         }
         return elements;
     }
 
-    Result<PropertyList> dictionary(const Dictionary& fields) {
-        const auto keys = references(fields, "NS.keys", "NS.key");
-        if (!keys) return tl::unexpected(keys.error());
-        const auto values = references(fields, "NS.objects", "NS.object");
-        if (!values) return tl::unexpected(values.error());
-        if (keys->size() != values->size())
-            return refused("holds a dictionary whose keys and values differ in number");
-        Dictionary entries;
-        for (std::size_t i = 0; i < keys->size(); ++i) {
-            Result<PropertyList> key = object((*keys)[i]);
-            if (!key) return key;
-            if (key->text() == nullptr) return refused("holds a dictionary with a key that is not a text");
-            Result<PropertyList> value = object((*values)[i]);
-            if (!value) return value;
-            entries.insert_or_assign(*key->text(), std::move(*value));
+    PropertyList dictionary(const PropertyList& owner) {
+        const auto keys = references(owner, "NS.keys", "NS.key");
+        const auto values = references(owner, "NS.objects", "NS.object");
+        if (keys.size() != values.size())
+            return fail("holds a dictionary whose keys and values differ in number");
+        PropertyList::Dictionary entries;
+        for (std::size_t i = 0; i < keys.size() && problem_.empty(); ++i) {
+            const PropertyList key = object(keys[i]);
+            if (key.text() == nullptr) return fail("holds a dictionary with a key that is not a text");
+            entries.insert_or_assign(*key.text(), object(values[i]));
         }
         return entries;
     }
@@ -191,6 +189,7 @@ private:
     std::vector<bool> isOpen_;
     std::size_t depth_ = 0;
     Budget budget_ = smallBudget();
+    std::string problem_;
 };
 
 class Archiver {
@@ -264,21 +263,19 @@ Result<PropertyList> unarchivedObject(std::string_view archive) {
     const Result<PropertyList> list = property_list::parse(archive, smallBudget());
     if (!list) return refused("is not a property list: " + list.error().message);
     if (list->dictionary() == nullptr) return refused("is not a dictionary");
-    const PropertyList::Dictionary& fields = *list->dictionary();
-    const PropertyList* archiver = find(fields, "$archiver");
-    const PropertyList* version = find(fields, "$version");
-    if (archiver == nullptr || *archiver != PropertyList(archiverName) || version == nullptr ||
-        *version != PropertyList(archiveVersion))
+    const auto holds = [&list](const char* key, const PropertyList& expected) {
+        const PropertyList* value = find(&*list, key);
+        return value != nullptr && *value == expected;
+    };
+    if (!holds("$archiver", archiverName) || !holds("$version", archiveVersion))
         return refused("was not written by a keyed archiver of a known version");
-    const PropertyList* objects = find(fields, "$objects");
+    const PropertyList* objects = find(&*list, "$objects");
     if (objects == nullptr || objects->array() == nullptr || objects->array()->empty() ||
         objects->array()->front() != PropertyList(nothing))
         return refused("has no objects");
-    const PropertyList* top = find(fields, "$top");
-    const PropertyList* root =
-        top == nullptr || top->dictionary() == nullptr ? nullptr : find(*top->dictionary(), "root");
+    const PropertyList* root = find(find(&*list, "$top"), "root");
     if (root == nullptr) return refused("has no root");
-    return Unarchiver(*objects->array()).object(root);
+    return Unarchiver(*objects->array()).root(root);
 }
 
 std::string archivedObject(const PropertyList& root) { return Archiver().archive(root); }

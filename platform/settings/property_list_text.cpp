@@ -21,12 +21,6 @@ Instant instantFrom(double wholeSeconds, nanoseconds fraction) {
     return Instant(seconds(static_cast<std::int64_t>(wholeSeconds)) + fraction);
 }
 
-template <typename... Format>
-std::string_view written(std::array<char, 400>& buffer, double value, Format... format) {
-    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format...);
-    return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
-}
-
 }  // namespace
 
 std::string realText(double value) {
@@ -35,8 +29,8 @@ std::string realText(double value) {
     std::array<char, 400> buffer{};
     const double magnitude = std::fabs(value);
     const bool isPlain = magnitude == 0.0 || (magnitude >= 1e-5 && magnitude < 1e17);
-    return std::string(
-        written(buffer, value, isPlain ? std::chars_format::fixed : std::chars_format::scientific));
+    const auto format = isPlain ? std::chars_format::fixed : std::chars_format::scientific;
+    return {buffer.data(), std::to_chars(buffer.begin(), buffer.end(), value, format).ptr};
 }
 
 Instant instantFromReferenceDate(double secondsSince) {

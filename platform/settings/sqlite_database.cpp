@@ -94,12 +94,10 @@ Result<void> Database::execute(const char* sql) {
 }
 
 Result<std::string> Database::text(const char* sql) {
-    Result<Statement> statement = prepare(sql);
-    if (!statement) return tl::unexpected(statement.error());
-    auto run = statement->run();
-    const Result<bool> row = run.step();
-    if (!row) return tl::unexpected(row.error());
-    return *row ? run.text(0) : std::string();
+    Statement statement = TRY(prepare(sql));
+    auto run = statement.run();
+    const bool row = TRY(run.step());
+    return row ? run.text(0) : std::string();
 }
 
 void Database::keepLog() { sqlite3_db_config(handle_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr); }

@@ -94,20 +94,17 @@ Result<void> readFirstPages(Database& database) {
     const auto prepared =
         database.execute("PRAGMA synchronous=NORMAL; PRAGMA cache_size=-256; PRAGMA cell_size_check=ON");
     if (!prepared) return prepared;
-    const Result<std::string> version = database.text("PRAGMA user_version");
-    if (!version) return tl::unexpected(version.error());
-    if (*version == "0")
+    const std::string version = TRY(database.text("PRAGMA user_version"));
+    if (version == "0")
         return settingsFailure(SQLITE_CORRUPT, "settings store: the file is empty or not a settings store");
-    if (*version != storeVersion)
+    if (version != storeVersion)
         return settingsFailure(SQLITE_MISMATCH, "settings store: the file was written by a newer version");
     return {};
 }
 
 Result<Database> openAs(const fs::path& file, Database::Access access) {
-    Result<Database> database = Database::open(file, access);
-    if (!database) return database;
-    const Result<void> readable = readFirstPages(*database);
-    if (!readable) return tl::unexpected(readable.error());
+    Database database = TRY(Database::open(file, access));
+    TRY(readFirstPages(database));
     return database;
 }
 
@@ -172,16 +169,15 @@ Result<void> createStore(const fs::path& file) {
     // Side files without a store are the remains of an earlier one; SQLite would apply their log to ours.
     for (const char* side : sideFiles) {
         if (!isThere(withSuffix(file, side))) continue;
-        if (const auto aside = setStoreAside(file); !aside) return tl::unexpected(aside.error());
+        TRY(setStoreAside(file));
     }
     // Created under another name, so that a file with the store's own name is always complete.
     const fs::path fresh = withSuffix(file, ".new");
     for (const char* suffix : {"", "-wal", "-shm", "-journal"}) unlink(withSuffix(fresh, suffix).c_str());
-    if (const auto made = makeEmptyFile(fresh); !made) return made;
+    TRY(makeEmptyFile(fresh));
     {
-        Result<Database> database = Database::open(fresh, Database::Access::readWrite);
-        if (!database) return tl::unexpected(database.error());
-        const auto filled = database->execute(
+        Database database = TRY(Database::open(fresh, Database::Access::readWrite));
+        const auto filled = database.execute(
             "BEGIN IMMEDIATE;"
             "CREATE TABLE settings(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL) WITHOUT ROWID;"
             "PRAGMA user_version=1;"
@@ -204,26 +200,22 @@ Result<Database> openStore(const fs::path& file) {
 }
 
 Result<void> examineStore(const fs::path& file) {
-    Result<Database> database = Database::open(file, Database::Access::readWrite);
-    if (!database) return tl::unexpected(database.error());
-    database->keepLog();
+    Database database = TRY(Database::open(file, Database::Access::readWrite));
+    database.keepLog();
     // Also keeps out programs that do not know our lock.
-    const auto alone = database->execute("PRAGMA locking_mode=EXCLUSIVE");
-    if (!alone) return alone;
-    if (const auto readable = readFirstPages(*database); !readable) return readable;
-    const Result<std::string> found = database->text("PRAGMA integrity_check(1)");
-    if (!found) return tl::unexpected(found.error());
-    if (*found != "ok") return settingsFailure(SQLITE_CORRUPT, "settings store: " + *found);
+    TRY(database.execute("PRAGMA locking_mode=EXCLUSIVE"));
+    TRY(readFirstPages(database));
+    const std::string found = TRY(database.text("PRAGMA integrity_check(1)"));
+    if (found != "ok") return settingsFailure(SQLITE_CORRUPT, "settings store: " + found);
     return {};
 }
 
 Result<fs::path> setStoreAside(const fs::path& file) {
     fs::path name = nameAside(file);
     for (const char* side : sideFiles) {
-        const auto moved = moveAside(withSuffix(file, side), withSuffix(name, side));
-        if (!moved) return tl::unexpected(moved.error());
+        TRY(moveAside(withSuffix(file, side), withSuffix(name, side)));
     }
-    if (const auto moved = moveAside(file, name); !moved) return tl::unexpected(moved.error());
+    TRY(moveAside(file, name));
     syncFolder(file.parent_path());
     return name;
 }

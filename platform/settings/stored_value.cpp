@@ -3,7 +3,7 @@
 #include <bit>
 #include <chrono>
 #include <cstdint>
-#include <utility>
+#include <numeric>
 
 namespace platform {
 namespace {
@@ -83,82 +83,71 @@ class Decoder {
 public:
     explicit Decoder(std::string_view bytes) : rest_(bytes) {}
 
-    bool isAtEnd() const { return rest_.empty(); }
-
-    std::optional<PropertyList> value(int depthLeft) {
-        if (rest_.empty()) return std::nullopt;
-        const char tag = rest_.front();
-        rest_.remove_prefix(1);
-        switch (tag) {
-            case trueTag: return true;
-            case falseTag: return false;
-            case textTag:
-                if (auto text = content()) return std::string(*text);
-                break;
-            case dataTag:
-                if (auto data = content()) return Bytes(std::string(*data));
-                break;
-            case integerTag:
-                if (auto bits = number()) return static_cast<std::int64_t>(*bits);
-                break;
-            case realTag:
-                if (auto bits = number()) return std::bit_cast<double>(*bits);
-                break;
-            case dateTag:
-                if (auto bits = number())
-                    return Instant(std::chrono::nanoseconds(static_cast<std::int64_t>(*bits)));
-                break;
-            case arrayTag: return depthLeft == 0 ? std::nullopt : array(depthLeft - 1);
-            case dictionaryTag: return depthLeft == 0 ? std::nullopt : dictionary(depthLeft - 1);
-            default: break;
-        }
-        return std::nullopt;
+    std::optional<PropertyList> decode() {
+        PropertyList decoded = value(maximumStoredDepth);
+        if (isDamaged_ || !rest_.empty()) return std::nullopt;
+        return decoded;
     }
 
 private:
-    std::optional<std::uint64_t> number() {
-        if (rest_.size() < 8) return std::nullopt;
-        std::uint64_t value = 0;
-        for (int i = 7; i >= 0; --i)
-            value = value << 8 | static_cast<unsigned char>(rest_[static_cast<std::size_t>(i)]);
-        rest_.remove_prefix(8);
-        return value;
+    PropertyList value(int depthLeft) {
+        const std::string_view tag = take(1);
+        switch (tag.empty() ? '\0' : tag[0]) {
+            case trueTag: return true;
+            case falseTag: return false;
+            case textTag: return std::string(content());
+            case dataTag: return Bytes(std::string(content()));
+            case integerTag: return static_cast<std::int64_t>(number());
+            case realTag: return std::bit_cast<double>(number());
+            case dateTag: return Instant(std::chrono::nanoseconds(static_cast<std::int64_t>(number())));
+            case arrayTag:
+                if (depthLeft > 0) return array(depthLeft - 1);
+                break;
+            case dictionaryTag:
+                if (depthLeft > 0) return dictionary(depthLeft - 1);
+                break;
+            default: break;
+        }
+        isDamaged_ = true;
+        return {};
     }
 
-    std::optional<std::string_view> content() {
-        const auto size = number();
-        if (!size || *size > rest_.size()) return std::nullopt;
-        const std::string_view bytes = rest_.substr(0, *size);
-        rest_.remove_prefix(*size);
+    std::string_view take(std::uint64_t size) {
+        isDamaged_ = isDamaged_ || size > rest_.size();
+        if (isDamaged_) return {};
+        const std::string_view bytes = rest_.substr(0, size);
+        rest_.remove_prefix(size);
         return bytes;
     }
 
-    std::optional<PropertyList> array(int depthLeft) {
-        const auto count = number();
-        if (!count || *count > rest_.size()) return std::nullopt;
+    std::uint64_t number() {
+        const std::string_view bytes = take(8);
+        return std::accumulate(bytes.rbegin(), bytes.rend(), std::uint64_t{0},
+                               [](std::uint64_t value, unsigned char byte) { return value << 8 | byte; });
+    }
+
+    std::string_view content() { return take(number()); }
+
+    PropertyList array(int depthLeft) {
         PropertyList::Array elements;
-        for (std::uint64_t i = 0; i < *count; ++i) {
-            std::optional<PropertyList> element = value(depthLeft);
-            if (!element) return std::nullopt;
-            elements.push_back(std::move(*element));
-        }
+        for (std::uint64_t left = number(); left > 0 && !isDamaged_; --left)
+            elements.push_back(value(depthLeft));
         return elements;
     }
 
-    std::optional<PropertyList> dictionary(int depthLeft) {
-        const auto count = number();
-        if (!count || *count > rest_.size()) return std::nullopt;
+    PropertyList dictionary(int depthLeft) {
         PropertyList::Dictionary entries;
-        for (std::uint64_t i = 0; i < *count; ++i) {
-            const auto key = content();
-            std::optional<PropertyList> element = key ? value(depthLeft) : std::nullopt;
-            if (!element || !entries.try_emplace(std::string(*key), std::move(*element)).second)
-                return std::nullopt;
+        for (std::uint64_t left = number(); left > 0 && !isDamaged_; --left) {
+            const std::string key(content());
+            // A key that comes twice was not written by us.
+            if (!entries.try_emplace(key, value(depthLeft)).second) isDamaged_ = true;
         }
         return entries;
     }
 
     std::string_view rest_;
+    /// Stays; what was read must not be used then.
+    bool isDamaged_ = false;
 };
 
 }  // namespace
@@ -169,11 +158,6 @@ std::optional<std::string> encodeStoredValue(const PropertyList& value) {
     return bytes;
 }
 
-std::optional<PropertyList> decodeStoredValue(std::string_view bytes) {
-    Decoder decoder(bytes);
-    std::optional<PropertyList> value = decoder.value(maximumStoredDepth);
-    if (!decoder.isAtEnd()) return std::nullopt;
-    return value;
-}
+std::optional<PropertyList> decodeStoredValue(std::string_view bytes) { return Decoder(bytes).decode(); }
 
 }  // namespace platform

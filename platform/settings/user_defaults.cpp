@@ -67,21 +67,18 @@ struct UserDefaults::Connection {
     Result<Statement*> statement(Query query) {
         auto& cached = statements[query];
         if (!cached) {
-            Result<Statement> prepared = database.prepare(queries[query]);
-            if (!prepared) return tl::unexpected(prepared.error());
-            cached = std::make_unique<Statement>(std::move(*prepared));
+            Statement prepared = TRY(database.prepare(queries[query]));
+            cached = std::make_unique<Statement>(std::move(prepared));
         }
         return cached.get();
     }
 
     Result<std::optional<PropertyList>> object(std::string_view key) {
-        const Result<Statement*> prepared = statement(readOne);
-        if (!prepared) return tl::unexpected(prepared.error());
-        auto run = (*prepared)->run();
+        Statement* prepared = TRY(statement(readOne));
+        auto run = prepared->run();
         run.bindText(1, key);
-        const Result<bool> row = run.step();
-        if (!row) return tl::unexpected(row.error());
-        if (!*row) return std::nullopt;
+        const bool row = TRY(run.step());
+        if (!row) return std::nullopt;
         return decoded(key, run.bytes(0));
     }
 
@@ -97,21 +94,18 @@ struct UserDefaults::Connection {
     Result<void> remove(std::string_view key) { return change(erase, key, std::nullopt); }
 
     Result<void> change(Query query, std::string_view key, std::optional<std::string_view> bytes) {
-        const Result<Statement*> prepared = statement(query);
-        if (!prepared) return tl::unexpected(prepared.error());
-        auto run = (*prepared)->run();
+        Statement* prepared = TRY(statement(query));
+        auto run = prepared->run();
         run.bindText(1, key);
         if (bytes) run.bindBytes(2, *bytes);
-        const Result<bool> done = run.step();
-        if (!done) return tl::unexpected(done.error());
+        TRY(run.step());
         return {};
     }
 
     /// Runs `work` between `begin` and a commit; rolls back unless both succeed.
     template <typename Work>
     Result<void> inTransaction(const char* begin, Work&& work) {
-        const auto begun = database.execute(begin);
-        if (!begun) return begun;
+        TRY(database.execute(begin));
         struct Undo {
             Database& database;
             ~Undo() {
@@ -163,11 +157,10 @@ Result<std::shared_ptr<UserDefaults>> UserDefaults::open(const fs::path& directo
                                                          std::string_view suiteName, Complaint complain) {
     if (const auto objection = objectionToSuiteName(suiteName); !objection.empty())
         return settingsFailure(SQLITE_CANTOPEN, std::string(objection));
-    const Result<fs::path> folder = storeFolder(directory);
-    if (!folder) return tl::unexpected(folder.error());
-    const fs::path file = storeFile(*folder, suiteName);
+    const fs::path folder = TRY(storeFolder(directory));
+    const fs::path file = storeFile(folder, suiteName);
     StoreLock lock(file);
-    if (const auto joined = joinStore(lock, file); !joined) return tl::unexpected(joined.error());
+    TRY(joinStore(lock, file));
     Result<Database> database = openStore(file);
     if (!database) {
         Error error = database.error();
@@ -176,7 +169,7 @@ Result<std::shared_ptr<UserDefaults>> UserDefaults::open(const fs::path& directo
     }
     auto connection = std::make_unique<Connection>(std::move(lock), std::move(*database));
     // Reads the schema too, so that a damaged one is found here.
-    if (const auto ready = connection->statement(readOne); !ready) return tl::unexpected(ready.error());
+    TRY(connection->statement(readOne));
     return std::shared_ptr<UserDefaults>(new UserDefaults(std::move(connection), std::move(complain)));
 }
 
@@ -203,16 +196,14 @@ Result<std::vector<Result<std::optional<PropertyList>>>> UserDefaults::objects(
 
 Result<PropertyList::Dictionary> UserDefaults::dictionaryRepresentation() const {
     return withConnection([](Connection& connection) -> Result<PropertyList::Dictionary> {
-        const Result<Statement*> prepared = connection.statement(readAll);
-        if (!prepared) return tl::unexpected(prepared.error());
-        auto run = (*prepared)->run();
+        Statement* prepared = TRY(connection.statement(readAll));
+        auto run = prepared->run();
         PropertyList::Dictionary entries;
         for (Result<bool> row = run.step(); !row || *row; row = run.step()) {
             if (!row) return tl::unexpected(row.error());
             std::string key(run.bytes(0).value_or(""));
-            Result<PropertyList> value = decoded(key, run.bytes(1));
-            if (!value) return tl::unexpected(value.error());
-            entries.insert_or_assign(std::move(key), std::move(*value));
+            PropertyList value = TRY(decoded(key, run.bytes(1)));
+            entries.insert_or_assign(std::move(key), std::move(value));
         }
         return entries;
     });
@@ -260,9 +251,7 @@ Result<std::optional<fs::path>> repairStore(const fs::path& directory, std::stri
     }
     if (const auto health = examineStore(file); health || !isDamage(health.error()))
         return health ? Result<std::optional<fs::path>>(std::nullopt) : tl::unexpected(health.error());
-    Result<fs::path> aside = setStoreAside(file);
-    if (!aside) return tl::unexpected(aside.error());
-    return std::move(*aside);
+    return TRY(setStoreAside(file));
 }
 
 }  // namespace platform

@@ -180,9 +180,8 @@ private:
         PropertyList::Array array;
         for (const pugi::xml_node& child : element) {
             if (isSkipped(child)) continue;
-            Result<PropertyList> value = read(child, depth);
-            if (!value) return value;
-            array.push_back(std::move(*value));
+            PropertyList value = TRY(read(child, depth));
+            array.push_back(std::move(value));
         }
         return array;
     }
@@ -197,9 +196,8 @@ private:
                 if (!key) return refused("the XML property list holds a value without a key");
                 continue;
             }
-            Result<PropertyList> value = read(child, depth);
-            if (!value) return value;
-            dictionary.insert_or_assign(std::move(*key), std::move(*value));
+            PropertyList value = TRY(read(child, depth));
+            dictionary.insert_or_assign(std::move(*key), std::move(value));
             key.reset();
         }
         if (key) return refused("the XML property list holds a key without a value");

@@ -1,8 +1,8 @@
 #include "platform/text/number_formatter.h"
 
 #include <unicode/uloc.h>
+#include <unicode/unistr.h>
 #include <unicode/unum.h>
-#include <unicode/ustring.h>
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -53,15 +53,6 @@ Format makeFormat(const Locale& locale) {
     return U_SUCCESS(status) ? std::move(format) : nullptr;
 }
 
-std::string utf8(const char16_t* text, std::int32_t length) {
-    std::string bytes(static_cast<std::size_t>(length) * 3, '\0');
-    std::int32_t size = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strToUTF8(bytes.data(), static_cast<std::int32_t>(bytes.size()), &size, text, length, &status);
-    bytes.resize(U_SUCCESS(status) ? static_cast<std::size_t>(size) : 0);
-    return bytes;
-}
-
 /// Whether a decimal number that a double cannot hold is too large, and not too small, judged by the power of
 /// ten of its first digit other than 0.
 bool isTooLarge(std::string_view number) {
@@ -102,7 +93,9 @@ std::string NumberFormatter::twoDecimals(double value) const {
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t length = unum_formatDouble(implementation_->format.get(), value, text.data(),
                                                   static_cast<std::int32_t>(text.size()), nullptr, &status);
-    return U_SUCCESS(status) ? utf8(text.data(), length) : std::string();
+    std::string bytes;
+    if (U_SUCCESS(status)) icu::UnicodeString(text.data(), length).toUTF8String(bytes);
+    return bytes;
 }
 
 bool parseDecimal(std::string_view text, double& value) {

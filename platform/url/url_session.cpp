@@ -340,13 +340,12 @@ std::string acceptLanguage(const Locale& locale) {
 
 Result<Bytes> contentsOf(const URL& url, URLLoader& loader, bool allowsPrivateHosts,
                          steady_clock::time_point deadline) {
-    const Result<HTTPResponse> response = loader.load(
-        {.url = url, .maximumBodySize = largestPicture, .allowsPrivateHosts = allowsPrivateHosts}, deadline);
-    if (!response) return tl::unexpected(response.error());
-    const int status = response->statusCode;
+    const HTTPResponse response = TRY(loader.load(
+        {.url = url, .maximumBodySize = largestPicture, .allowsPrivateHosts = allowsPrivateHosts}, deadline));
+    const int status = response.statusCode;
     const bool isContent = status == 101 || (status >= 200 && status < 400) || status == 401 || status == 407;
     if (!isContent) return tl::unexpected(urlError(url_error::badServerResponse));
-    return response->body.value_or(Bytes());
+    return response.body.value_or(Bytes());
 }
 
 }  // namespace platform

@@ -45,12 +45,11 @@ TimelineReloadPolicy policyOf(const wire::Answer& message) {
 
 Result<std::string> framedMessage(const google::protobuf::MessageLite& message) {
     const std::size_t size = message.ByteSizeLong();
-    Result<std::string> frame = frameLength(size);
-    if (!frame) return frame;
+    std::string frame = TRY(frameLength(size));
     // In its place at once: with pictures a second copy costs an extension its life.
-    const std::size_t prefix = frame->size();
-    frame->resize(prefix + size);
-    message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(frame->data() + prefix));
+    const std::size_t prefix = frame.size();
+    frame.resize(prefix + size);
+    message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(frame.data() + prefix));
     return frame;
 }
 

@@ -56,10 +56,9 @@ void FrameReader::append(std::string_view bytes) {
 
 Result<std::optional<std::string>> FrameReader::next() {
     const std::string_view rest = std::string_view(buffer_).substr(start_);
-    const Result<std::optional<Varint>> length = readVarint(rest);
-    if (!length) return tl::unexpected(length.error());
-    if (!*length) return std::nullopt;
-    const auto [size, prefix] = **length;
+    const std::optional<Varint> length = TRY(readVarint(rest));
+    if (!length) return std::nullopt;
+    const auto [size, prefix] = *length;
     if (size > maximumMessageSize) return tooLong(size);
     if (rest.size() - prefix < size) return std::nullopt;
     start_ += prefix + size;

@@ -96,8 +96,7 @@ Result<std::string> askHost(const std::filesystem::path& socket, std::string_vie
     if (socket.native().size() >= sizeof address.sun_path)
         return centerError("the path of the host's socket is too long: " + socket.string());
     std::memcpy(address.sun_path, socket.c_str(), socket.native().size());
-    const Result<std::string> length = frameLength(question.size());
-    if (!length) return tl::unexpected(length.error());
+    const std::string length = TRY(frameLength(question.size()));
 
     // A socket that belongs to another user is not our host.
     struct stat status = {};
@@ -112,7 +111,7 @@ Result<std::string> askHost(const std::filesystem::path& socket, std::string_vie
             return centerError("the widget host did not answer");
         usleep(10'000);
     }
-    if (!send(connection, *length, deadline) || !send(connection, question, deadline))
+    if (!send(connection, length, deadline) || !send(connection, question, deadline))
         return centerError("the widget host did not take the question");
     const std::optional<std::string> answer = receive(connection, deadline);
     if (!answer) return centerError("the widget host did not answer");

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <cctype>
 #include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -56,13 +57,6 @@ TEST(PhoneApp, OneConversationKeepsWhatItSets) {
         {R"(KeyConstants setStorylyURL: "two words")", "null"},
         {"KeyConstants storylyURL", R"("two words")"},
         {"WidgetHelper checkAndRemoveExpiredFutureWidgets", "null"},
-        {"WidgetKitHelper isWigetAdded", "false"},
-        {"WidgetKitHelper setIsWigetAdded: true", "null"},
-        {"WidgetKitHelper isWigetAdded", "true"},
-        {"WidgetKitHelper isPortfolioWigetAdded", "false"},
-        {"WidgetKitHelper setPortfolioWidgetFamily: systemSmall", "null"},
-        {"WidgetKitHelper portfolioWidgetFamily", R"("systemSmall")"},
-        {"WidgetKitHelper newsWidgetFamily", R"("")"},
         {"WidgetKitHelper getCurrentConfigurations", "null"},
         {"WidgetKitHelper reloadAllWidgets: NewsWidget", "null"},
         {"WidgetKitHelper reloadAllWidgets: null", "null"},
@@ -103,6 +97,23 @@ TEST(PhoneApp, OneConversationKeepsWhatItSets) {
         {R"(UIColor hexString {"components":[]})", R"("#ffffff")"},
     };
     for (const auto& [line, answer] : lines) EXPECT_EQ(phone.said(line), answer) << line;
+}
+
+TEST(PhoneApp, EachPresencePropertyIsSetWithoutTheOthers) {
+    const std::pair<std::string, std::string> properties[] = {
+        {"IsWigetAdded", "true"},          {"IsNewsWidgetAdded", "true"},
+        {"IsPortfolioWigetAdded", "true"}, {"WidgetFamily", "\"systemSmall\""},
+        {"NewsWidgetFamily", "\"a\""},     {"PortfolioWidgetFamily", "\"b\""}};
+    for (const auto& [set, value] : properties) {
+        Conversation phone;
+        EXPECT_EQ(phone.said("WidgetKitHelper set" + set + ": " + value), "null");
+        for (const auto& [each, other] : properties) {
+            const std::string getter = static_cast<char>(std::tolower(each[0])) + each.substr(1);
+            EXPECT_EQ(phone.said("WidgetKitHelper " + getter),
+                      each == set ? value : (other == "true" ? "false" : "\"\""))
+                << set << " and " << each;
+        }
+    }
 }
 
 TEST(PhoneApp, TheCurrentThemeIsEveryColourByItsName) {

@@ -29,16 +29,16 @@ std::uint64_t microseconds(const timeval& time) {
     return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000U + static_cast<std::uint64_t>(time.tv_usec);
 }
 
-wire::Reply failureReply(std::uint64_t id, std::string message) {
+wire::Reply replyTo(std::uint64_t id) {
     wire::Reply reply;
     reply.set_id(id);
-    reply.mutable_failure()->set_message(std::move(message));
     return reply;
 }
 
-wire::Reply wrongUsageReply(std::uint64_t id, std::string message) {
-    wire::Reply reply = failureReply(id, std::move(message));
-    reply.mutable_failure()->set_is_wrong_usage(true);
+wire::Reply failureReply(std::uint64_t id, std::string message, bool isWrongUsage = false) {
+    wire::Reply reply = replyTo(id);
+    reply.mutable_failure()->set_message(std::move(message));
+    reply.mutable_failure()->set_is_wrong_usage(isWrongUsage);
     return reply;
 }
 
@@ -100,8 +100,7 @@ struct Question {
 
     void answer(const std::vector<AnyEntry>& entries,
                 std::optional<platform::TimelineReloadPolicy> policy = {}) const {
-        wire::Reply reply;
-        reply.set_id(id);
+        wire::Reply reply = replyTo(id);
         wire::Answer& message = *reply.mutable_answer();
         for (const AnyEntry& entry : entries) fill(entry, message);
         if (policy) platform::setPolicy(*policy, message);
@@ -140,8 +139,7 @@ void ask(WidgetConfiguration& widget, platform::WidgetFamily family, platform::S
 }
 
 wire::Reply galleryReply(std::uint64_t id, const PerchWidgetBundle& bundle) {
-    wire::Reply reply;
-    reply.set_id(id);
+    wire::Reply reply = replyTo(id);
     for (const auto& widget : bundle.body()) {
         wire::Bundle::Widget& message = *reply.mutable_bundle()->add_widgets();
         message.set_kind(widget->description().kind);
@@ -161,28 +159,20 @@ struct Conversation::State {
         wire::Request request;
         if (!request.ParseFromArray(message.data(), static_cast<int>(message.size())))
             return platform::failure("WireError", 3, "the host sent something that is not a message");
-        if (request.has_hello()) return greet(request.hello());
+        if (request.has_hello()) {
+            isGreeted = request.hello().version() == platform::wireVersion;
+            if (isGreeted) return {};
+            return platform::failure("WireError", 4, "the host speaks another version");
+        }
         if (!isGreeted) return platform::failure("WireError", 5, "the host did not say its version first");
         if (request.has_ping()) {
-            pong(request.id());
+            wire::Reply reply = replyTo(request.id());
+            reply.mutable_pong();
+            replies->send(std::move(reply));
         } else {
             begin([this, taken = std::move(request)] { handle(taken); });
         }
         return {};
-    }
-
-    Result<void> greet(const wire::Hello& hello) {
-        if (hello.version() != platform::wireVersion)
-            return platform::failure("WireError", 4, "the host speaks another version");
-        isGreeted = true;
-        return {};
-    }
-
-    void pong(std::uint64_t id) {
-        wire::Reply reply;
-        reply.set_id(id);
-        reply.mutable_pong();
-        replies->send(std::move(reply));
     }
 
     void handle(const wire::Request& request) {
@@ -197,12 +187,12 @@ struct Conversation::State {
     void handleAsk(std::uint64_t id, const wire::Ask& message) {
         WidgetConfiguration* widget = bundle.widget(message.kind());
         if (widget == nullptr)
-            return replies->send(wrongUsageReply(id, kindComplaint(bundle, message.kind())));
+            return replies->send(failureReply(id, kindComplaint(bundle, message.kind()), true));
         const auto& families = widget->description().families;
         const auto family = platform::widgetFamily(message.family());
-        if (!family || std::find(families.begin(), families.end(), *family) == families.end()) {
+        if (!family || std::ranges::find(families, *family) == families.end()) {
             return replies->send(
-                wrongUsageReply(id, familyComplaint(widget->description(), message.family())));
+                failureReply(id, familyComplaint(widget->description(), message.family()), true));
         }
         ask(*widget, *family, runtime.screen().widgetSize(*family),
             std::make_shared<const Question>(Question{
@@ -243,10 +233,9 @@ Conversation::~Conversation() { state_->replies->close(); }
 Result<void> Conversation::receive(std::string_view bytes) {
     state_->reader.append(bytes);
     for (;;) {
-        const Result<std::optional<std::string>> message = state_->reader.next();
-        if (!message) return tl::unexpected(message.error());
-        if (!*message) return {};
-        if (const Result<void> taken = state_->handleMessage(**message); !taken) return taken;
+        const std::optional<std::string> message = TRY(state_->reader.next());
+        if (!message) return {};
+        TRY(state_->handleMessage(*message));
     }
 }
 
@@ -261,7 +250,7 @@ Result<void> runMessageLoop(const Runtime& runtime, const PerchWidgetBundle& bun
     for (;;) {
         const Result<std::string> bytes = platform::readSome(input);
         if (!bytes || bytes->empty()) return {};
-        if (const Result<void> taken = conversation->receive(*bytes); !taken) return taken;
+        TRY(conversation->receive(*bytes));
     }
 }
 

@@ -1,20 +1,32 @@
 #include "extension/app/bundle/perch_widget_bundle.h"
 
+#include <algorithm>
 #include <utility>
-#include "extension/app/bundle/widget_content.h"
-#include "extension/app/settings/deep_links.h"
+#include "extension/app/settings/widget_names.h"
 #include "extension/widgets/news/timeline/news_provider.h"
 #include "extension/widgets/news/views/news_widget_entry_view.h"
 #include "extension/widgets/perch/timeline/perch_timeline_provider.h"
 #include "extension/widgets/perch/views/perch_widget_entry_view.h"
 #include "extension/widgets/portfolio/timeline/pw_provider.h"
-#include "extension/widgets/portfolio/views/portfolio_widget_entry_view.h"
+#include "extension/widgets/portfolio/views/portfolio_view.h"
+#include "platform/view/view.h"
 
 namespace extension {
 
 using namespace platform;
 
 namespace {
+
+/// The entry view on its background, edge to edge and without the system's margins: from version 17 on
+/// the background is the container's, before that a plain one.
+View widgetContent(const View& entryView, const Color& backgroundColor,
+                   const EnvironmentValues& environment) {
+    // Twice, once in each form that the platform offers.
+    const View background = ColorFill(backgroundColor).ignoresSafeArea().ignoresSafeArea();
+    const View filled = environment.osVersion >= 17 ? entryView.containerBackground(background)
+                                                    : entryView.background(background);
+    return filled.padding(0.0);
+}
 
 /// A widget whose entries are shown by `makeView`, edge to edge on their own background.
 template <typename Provider, typename MakeView>
@@ -70,10 +82,9 @@ PerchWidgetBundle::PerchWidgetBundle(const Runtime& runtime) {
 }
 
 WidgetConfiguration* PerchWidgetBundle::widget(std::string_view kind) const {
-    for (const auto& each : widgets_) {
-        if (each->description().kind == kind) return each.get();
-    }
-    return nullptr;
+    const auto found =
+        std::ranges::find(widgets_, kind, [](const auto& each) { return each->description().kind; });
+    return found == widgets_.end() ? nullptr : found->get();
 }
 
 }  // namespace extension

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 #include <vector>
-#include "extension/app/settings/widget_kinds.h"
+#include "extension/app/settings/widget_names.h"
 #include "platform/runtime/runtime.h"
 #include "platform/widget/widget.h"
 

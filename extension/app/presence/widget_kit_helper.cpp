@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 #include "extension/app/settings/store_keys.h"
-#include "extension/app/settings/widget_kinds.h"
+#include "extension/app/settings/widget_names.h"
 
 namespace extension {
 namespace {
@@ -25,63 +25,7 @@ void notePresence(const std::vector<PlacedWidget>& placed, WidgetPresence& prese
     notePresence(placed, portfolioWidgetKind, presence.isPortfolioWigetAdded, presence.portfolioWidgetFamily);
 }
 
-template <typename T>
-T read(ProcessState& state, PresenceMember<T> property) {
-    return state.presence->get().*property;
-}
-
-template <typename T, typename Value>
-void write(ProcessState& state, PresenceMember<T> property, Value value) {
-    state.presence->update([&](WidgetPresence& presence) { presence.*property = value; });
-}
-
 }  // namespace
-
-bool WidgetKitHelper::isWigetAdded(ProcessState& state) { return read(state, &WidgetPresence::isWigetAdded); }
-
-void WidgetKitHelper::setIsWigetAdded(bool value, ProcessState& state) {
-    write(state, &WidgetPresence::isWigetAdded, value);
-}
-
-std::string WidgetKitHelper::widgetFamily(ProcessState& state) {
-    return read(state, &WidgetPresence::widgetFamily);
-}
-
-void WidgetKitHelper::setWidgetFamily(std::string_view value, ProcessState& state) {
-    write(state, &WidgetPresence::widgetFamily, value);
-}
-
-bool WidgetKitHelper::isNewsWidgetAdded(ProcessState& state) {
-    return read(state, &WidgetPresence::isNewsWidgetAdded);
-}
-
-void WidgetKitHelper::setIsNewsWidgetAdded(bool value, ProcessState& state) {
-    write(state, &WidgetPresence::isNewsWidgetAdded, value);
-}
-
-std::string WidgetKitHelper::newsWidgetFamily(ProcessState& state) {
-    return read(state, &WidgetPresence::newsWidgetFamily);
-}
-
-void WidgetKitHelper::setNewsWidgetFamily(std::string_view value, ProcessState& state) {
-    write(state, &WidgetPresence::newsWidgetFamily, value);
-}
-
-bool WidgetKitHelper::isPortfolioWigetAdded(ProcessState& state) {
-    return read(state, &WidgetPresence::isPortfolioWigetAdded);
-}
-
-void WidgetKitHelper::setIsPortfolioWigetAdded(bool value, ProcessState& state) {
-    write(state, &WidgetPresence::isPortfolioWigetAdded, value);
-}
-
-std::string WidgetKitHelper::portfolioWidgetFamily(ProcessState& state) {
-    return read(state, &WidgetPresence::portfolioWidgetFamily);
-}
-
-void WidgetKitHelper::setPortfolioWidgetFamily(std::string_view value, ProcessState& state) {
-    write(state, &WidgetPresence::portfolioWidgetFamily, value);
-}
 
 void WidgetKitHelper::getCurrentConfigurations(ProcessState& state, std::function<void()> completion) {
     state.runtime.widgetCenter().getCurrentConfigurations(
@@ -101,9 +45,8 @@ void WidgetKitHelper::reloadAllWidgets(std::optional<std::string_view> kind, Pro
 }
 
 platform::Result<void> WidgetKitHelper::updatePortfolioArrayUserDefaults(ProcessState& state) {
-    const auto defaults = sharedDefaults(state.runtime);
-    if (!defaults) return tl::unexpected(defaults.error());
-    const auto removed = (*defaults)->remove(keys::portfolioArray);
+    const auto defaults = TRY(sharedDefaults(state.runtime));
+    const auto removed = defaults->remove(keys::portfolioArray);
     if (!removed)
         state.runtime.log().write("Saved portfolio rows could not be removed: " + removed.error().message);
     return removed;

@@ -14,19 +14,43 @@ namespace extension {
 /// flags are in the state, which is the process's own unless a caller names another. Any thread.
 class WidgetKitHelper {
 public:
-    static bool isWigetAdded(ProcessState& state = ProcessState::shared());
-    static void setIsWigetAdded(bool value, ProcessState& state = ProcessState::shared());
-    static std::string widgetFamily(ProcessState& state = ProcessState::shared());
-    static void setWidgetFamily(std::string_view value, ProcessState& state = ProcessState::shared());
-    static bool isNewsWidgetAdded(ProcessState& state = ProcessState::shared());
-    static void setIsNewsWidgetAdded(bool value, ProcessState& state = ProcessState::shared());
-    static std::string newsWidgetFamily(ProcessState& state = ProcessState::shared());
-    static void setNewsWidgetFamily(std::string_view value, ProcessState& state = ProcessState::shared());
-    static bool isPortfolioWigetAdded(ProcessState& state = ProcessState::shared());
-    static void setIsPortfolioWigetAdded(bool value, ProcessState& state = ProcessState::shared());
-    static std::string portfolioWidgetFamily(ProcessState& state = ProcessState::shared());
+    static bool isWigetAdded(ProcessState& state = ProcessState::shared()) {
+        return state.presence->get().isWigetAdded;
+    }
+    static void setIsWigetAdded(bool value, ProcessState& state = ProcessState::shared()) {
+        state.presence->update([&](WidgetPresence& presence) { presence.isWigetAdded = value; });
+    }
+    static std::string widgetFamily(ProcessState& state = ProcessState::shared()) {
+        return state.presence->get().widgetFamily;
+    }
+    static void setWidgetFamily(std::string_view value, ProcessState& state = ProcessState::shared()) {
+        state.presence->update([&](WidgetPresence& presence) { presence.widgetFamily = value; });
+    }
+    static bool isNewsWidgetAdded(ProcessState& state = ProcessState::shared()) {
+        return state.presence->get().isNewsWidgetAdded;
+    }
+    static void setIsNewsWidgetAdded(bool value, ProcessState& state = ProcessState::shared()) {
+        state.presence->update([&](WidgetPresence& presence) { presence.isNewsWidgetAdded = value; });
+    }
+    static std::string newsWidgetFamily(ProcessState& state = ProcessState::shared()) {
+        return state.presence->get().newsWidgetFamily;
+    }
+    static void setNewsWidgetFamily(std::string_view value, ProcessState& state = ProcessState::shared()) {
+        state.presence->update([&](WidgetPresence& presence) { presence.newsWidgetFamily = value; });
+    }
+    static bool isPortfolioWigetAdded(ProcessState& state = ProcessState::shared()) {
+        return state.presence->get().isPortfolioWigetAdded;
+    }
+    static void setIsPortfolioWigetAdded(bool value, ProcessState& state = ProcessState::shared()) {
+        state.presence->update([&](WidgetPresence& presence) { presence.isPortfolioWigetAdded = value; });
+    }
+    static std::string portfolioWidgetFamily(ProcessState& state = ProcessState::shared()) {
+        return state.presence->get().portfolioWidgetFamily;
+    }
     static void setPortfolioWidgetFamily(std::string_view value,
-                                         ProcessState& state = ProcessState::shared());
+                                         ProcessState& state = ProcessState::shared()) {
+        state.presence->update([&](WidgetPresence& presence) { presence.portfolioWidgetFamily = value; });
+    }
 
     /// Asks the home screen what is placed and notes the answer in the presence flags, then calls
     /// `completion` (if any) on the thread of the answer. A flag once set stays set; an error changes

@@ -49,8 +49,6 @@ struct WidgetPresence {
 
     bool operator==(const WidgetPresence&) const = default;
 };
-template <typename T>
-using PresenceMember = T WidgetPresence::*;
 
 /// The process-wide values of the classes that are published to the phone app. A process has one; a test
 /// makes its own. `runtime` must outlive it.
@@ -69,7 +67,10 @@ struct ProcessState {
     Guarded<std::shared_ptr<const Theme>> currentTheme;
 
     /// The one of this process, made when it is first used. Only one-line doors call it.
-    static ProcessState& shared();
+    static ProcessState& shared() {
+        static ProcessState state(platform::Runtime::process());
+        return state;
+    }
 };
 
 }  // namespace extension

@@ -1,9 +1,13 @@
 #pragma once
 
-// The settings store that the phone app and its widgets share: its suite and its keys.
+// The settings store that the phone app and its widgets share: its suite and its keys. Also the key names
+// that the phone app reads by class, and two texts that it leaves here for as long as the process lives.
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
+#include "extension/app/settings/process_state.h"
 #include "platform/base/result.h"
 #include "platform/runtime/runtime.h"
 #include "platform/settings/user_defaults.h"
@@ -41,6 +45,32 @@ inline constexpr std::string_view isThemeTypeSet = "IsThemeTypeSet";
 }  // namespace keys
 
 /// The store shared with the phone app. Any thread.
-platform::Result<std::shared_ptr<platform::UserDefaults>> sharedDefaults(const platform::Runtime& runtime);
+inline platform::Result<std::shared_ptr<platform::UserDefaults>> sharedDefaults(
+    const platform::Runtime& runtime) {
+    return runtime.defaults(keys::GROUP_TODAY_EXTENSION);
+}
+
+class KeyConstants {
+public:
+    static constexpr std::string_view GROUP_TODAY_EXTENSION = keys::GROUP_TODAY_EXTENSION;
+    static constexpr std::string_view refresh_rate = keys::refresh_rate;
+    static constexpr std::string_view reloadWidgetOnThemeChange = keys::reloadWidgetOnThemeChange;
+
+    // In memory only, absent until they are set. Any thread.
+    static std::optional<std::string> appleEmailId(ProcessState& state = ProcessState::shared()) {
+        return state.appleEmailId.get();
+    }
+    static void setAppleEmailId(std::optional<std::string_view> value,
+                                ProcessState& state = ProcessState::shared()) {
+        state.appleEmailId.set(std::optional<std::string>(value));
+    }
+    static std::optional<std::string> storylyURL(ProcessState& state = ProcessState::shared()) {
+        return state.storylyURL.get();
+    }
+    static void setStorylyURL(std::optional<std::string_view> value,
+                              ProcessState& state = ProcessState::shared()) {
+        state.storylyURL.set(std::optional<std::string>(value));
+    }
+};
 
 }  // namespace extension

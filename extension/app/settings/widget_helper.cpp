@@ -47,9 +47,8 @@ void pruneExpiredFutures(const platform::Runtime& runtime) {
 
     // The phone app may have written since, so the list is read again under the lock.
     const auto done = (*defaults)->transaction([&](UserDefaults::Transaction& store) -> Result<void> {
-        const auto current = store.object(keys::futureWidget);
-        if (!current) return tl::unexpected(current.error());
-        const auto kept = prunedFutures(*current, runtime);
+        const auto current = TRY(store.object(keys::futureWidget));
+        const auto kept = prunedFutures(current, runtime);
         return kept ? store.set(keys::futureWidget, *kept) : Result<void>();
     });
     if (!done) runtime.log().write("Expired futures could not be removed: " + done.error().message);

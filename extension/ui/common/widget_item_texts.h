@@ -1,8 +1,9 @@
 #pragma once
 
-// The texts that the widgets share.
+// What the widgets share: texts, the line between them, and where a tap leads.
 
 #include <string>
+#include <string_view>
 #include "platform/view/view.h"
 
 namespace extension {
@@ -45,5 +46,22 @@ struct WidgetItemSmallTitle {
 
     platform::View body() const;
 };
+
+/// One pixel thick, in the middle of a little room: 4 points compact, 10 points full.
+struct WidgetDivider {
+    platform::Color color;
+    bool isCompact = false;
+
+    platform::View body() const;
+};
+
+/// Whether a tap can lead there.
+bool isAddress(std::string_view text);
+
+/// `label` as a link to `address`; fatal when that is not an address.
+platform::View requiredLink(std::string_view address, const platform::View& label);
+
+/// `label` with the whole widget's link to `address`; fatal when that is not an address.
+platform::View requiredWidgetURL(std::string_view address, const platform::View& label);
 
 }  // namespace extension

@@ -1,4 +1,4 @@
-#include "extension/theme/palette.h"
+#include "extension/theme/theme.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

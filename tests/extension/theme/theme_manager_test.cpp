@@ -6,11 +6,10 @@
 #include <fstream>
 #include <set>
 #include <thread>
-#include "extension/app/settings/key_constants.h"
-#include "extension/theme/direction_color.h"
-#include "extension/theme/entry_theme.h"
+#include "extension/app/settings/store_keys.h"
 #include "extension/theme/hex_codec.h"
-#include "extension/theme/palette.h"
+#include "extension/theme/theme.h"
+#include "extension/theme/theme_type.h"
 #include "platform/settings/store_file.h"
 #include "tests/extension/shared_settings.h"
 #include "tests/support/expected_text.h"
@@ -209,10 +208,9 @@ TEST(ThemeManager, ItsObservableTypeIsZeroUntilItIsSetAndTellsItsObservers) {
 TEST(DirectionColor, ComparesTheCodeExactly) {
     ThemedPhone phone;
     ThemeManager::setCurrentSelectedThemeTypeWithType(0, phone.state);
-    EXPECT_TRUE(tests::answersAsExpected("extension/direction_colors.txt",
-                                         [theme = Theme(phone.runtime)](const std::string& code) {
-                                             return hexString(getTheDirectionColor(code, theme));
-                                         }));
+    EXPECT_TRUE(tests::answersAsExpected("extension/direction_colors.txt", [&phone](const std::string& code) {
+        return hexString(getTheDirectionColor(code, phone.state));
+    }));
 }
 
 /// Calls the class-level operations as the phone app does; true when all answered well. For a process of its

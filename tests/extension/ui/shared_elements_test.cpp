@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 #include "extension/ui/common/dynamic_stack.h"
-#include "extension/ui/common/widget_divider.h"
 #include "extension/ui/common/widget_item_texts.h"
 #include "platform/view/view_json.h"
 

@@ -185,9 +185,11 @@ struct House {
         runtime.dataDirectory = directory / "data";
         HomeScreenOptions options{
             .runtime = runtime,
-            .extensionProgram = programs / "brightledger-extension",
-            .extensionArguments = {"--data-dir", (directory / "data").string(), "--info-plist",
-                                   plist.string(), "--locale", "en_IN", "--time-zone", "Asia/Kolkata"},
+            .extension = {.program = programs / "brightledger-extension",
+                          .arguments = {"--data-dir", (directory / "data").string(), "--info-plist",
+                                        plist.string(), "--locale", "en_IN", "--time-zone",
+                                        "Asia/Kolkata"},
+                          .log = {}},
             .infoPlist = plist,
             .resources = std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources",
             .demoOrigin = demo->origin()};

@@ -2,13 +2,32 @@
 
 #include <nlohmann/json.hpp>
 #include <utility>
-#include "extension/theme/entry_theme.h"
+#include "extension/app/settings/widget_names.h"
+#include "extension/theme/theme_type.h"
 #include "platform/view/view_json.h"
 
 namespace extension {
 namespace {
 
 using nlohmann::ordered_json;
+
+std::optional<std::string> badge(std::optional<StoryType> type) {
+    if (type == StoryType::podcast) return "Podcast";
+    if (type == StoryType::videos) return "Video";
+    if (type == StoryType::photogallery) return "PhotoGallery";
+    return std::nullopt;
+}
+
+/// "brightledgerwidget://news/?url=...&articleType=...&storyId=...&isArticle=1".
+std::string storyLink(const NewsDetails& story) {
+    std::string link(widgetScheme);
+    // Nothing is encoded on the way: the app takes the share URL as the service wrote it.
+    link.append("news/?url=").append(story.shareUrl.value_or(""));
+    link.append("&articleType=").append(story.storyType ? rawValue(*story.storyType) : "");
+    link.append("&storyId=").append(story.storyID.value_or(""));
+    link.append("&isArticle=1");
+    return link;
+}
 
 ordered_json storyJson(const NewsUIVM& story) {
     ordered_json json{{"id", story.id.text()},
@@ -22,6 +41,19 @@ ordered_json storyJson(const NewsUIVM& story) {
 }
 
 }  // namespace
+
+NewsUIVM makeNewsUIVM(const NewsDetails& story, platform::IdSource& ids,
+                      const ThumbnailReader& readThumbnail) {
+    NewsUIVM item{.id = ids.next(),
+                  .thumbnailUrl = story.thumbnail.value_or(""),
+                  .headline = story.headline.value_or(""),
+                  .deeplink = storyLink(story),
+                  .storyTypeIncon = badge(story.storyType),
+                  .thumbnailData = std::nullopt,
+                  .isLive = story.storyType == StoryType::liveblog};
+    if (const auto url = platform::URL::parse(item.thumbnailUrl)) item.thumbnailData = readThumbnail(*url);
+    return item;
+}
 
 NewsTimelineEntry::NewsTimelineEntry(const platform::Runtime& runtime, std::vector<NewsUIVM> stories,
                                      bool isSuccessful)

@@ -1,8 +1,11 @@
 #include "extension/widgets/perch/model/selected_assets.h"
 
 #include <string>
+#include <string_view>
 #include "extension/app/settings/store_keys.h"
 #include "extension/app/settings/widget_helper.h"
+#include "extension/app/settings/widget_names.h"
+#include "platform/text/letter_case.h"
 
 namespace extension {
 namespace {
@@ -11,45 +14,87 @@ using platform::PropertyList;
 using platform::Result;
 using platform::UserDefaults;
 
-const PropertyList& defaultRecords() {
-    static const PropertyList records(
-        PropertyList::Array{PropertyList::Dictionary{{"title", "SENSEX"},
-                                                     {"exchg", "bse"},
-                                                     {"id", "4"},
-                                                     {"type", "indices"},
-                                                     {"symbol", "in;SEN"},
-                                                     {"priceIdentifier", "in;SEN-II"},
-                                                     {"link_flag", "1"}},
-                            PropertyList::Dictionary{{"title", "NIFTY 50"},
-                                                     {"exchg", "nse"},
-                                                     {"id", "9"},
-                                                     {"type", "indices"},
-                                                     {"symbol", "in;NSX"},
-                                                     {"priceIdentifier", "in;NSX-II"},
-                                                     {"link_flag", "1"}},
-                            // The service spells only this one in lower case.
-                            PropertyList::Dictionary{{"title", "NIFTY BANK"},
-                                                     {"exchg", "nse"},
-                                                     {"id", "23"},
-                                                     {"type", "indices"},
-                                                     {"symbol", "in;nbx"},
-                                                     {"priceIdentifier", "in;nbx-II"},
-                                                     {"link_flag", "1"}}});
-    return records;
+std::string withoutBlanks(std::string text) {
+    std::erase(text, ' ');
+    return text;
+}
+
+std::string futureTail(const DefaultMultiAssetsVM& asset) {
+    std::string instrument = "&instrument=" + asset.instrument;
+    if (asset.instrument == "FUTIDX") return "?ind_id=" + asset.indId + instrument;
+    if (asset.instrument == "FUTSTK") return "?sc_id=" + asset.scId + instrument;
+    if (asset.instrument == "OPTSTK") return "?sc_id=" + asset.scId + "&exchg=" + asset.exchg + instrument;
+    if (asset.instrument == "OPTIDX")
+        return "?sc_id=" + asset.scId + "&exchg=" + asset.exchg + "&ind_id=" + asset.indId + instrument;
+    // Without a "?": the phone app knows the other contracts by this shape.
+    return instrument;
+}
+
+std::string pathAndQuery(const DefaultMultiAssetsVM& asset) {
+    const std::string type = platform::lowerCased(asset.type);
+    if (type == "stock")
+        return "stock/?id=" + asset.id + "&exchg=" + asset.exchg + "&market=" + asset.market +
+               "&title=" + withoutBlanks(asset.title);
+    if (type == "indices")
+        return "indices/?id=" + asset.id + "&exchg=" + asset.exchg +
+               "&link_flag=" + (asset.linkFlag ? "1" : "0");
+    if (type == "future") return "future/" + futureTail(asset);
+    if (type == "crypto") return "crypto/?id=" + asset.id + "&title=" + withoutBlanks(asset.title);
+    return "";
+}
+
+PropertyList indexRecord(const char* title, const char* exchange, const char* id, const std::string& symbol) {
+    return PropertyList::Dictionary{{"title", title},   {"exchg", exchange},
+                                    {"id", id},         {"type", "indices"},
+                                    {"symbol", symbol}, {"priceIdentifier", symbol + "-II"},
+                                    {"link_flag", "1"}};
+}
+
+PropertyList defaultRecords() {
+    // The service spells only the last symbol in lower case.
+    return PropertyList::Array{indexRecord("SENSEX", "bse", "4", "in;SEN"),
+                               indexRecord("NIFTY 50", "nse", "9", "in;NSX"),
+                               indexRecord("NIFTY BANK", "nse", "23", "in;nbx")};
 }
 
 // All or nothing: with the mark but without the list the user would never have assets.
 Result<void> seed(UserDefaults::Transaction& store) {
     // Reads again, now that nobody else can write.
-    const auto mark = store.object(keys::firstTimeAppInstalledForWidget);
-    if (!mark) return tl::unexpected(mark.error());
-    if (*mark) return {};
+    const auto mark = TRY(store.object(keys::firstTimeAppInstalledForWidget));
+    if (mark) return {};
 
-    if (auto set = store.set(keys::firstTimeAppInstalledForWidget, true); !set) return set;
+    TRY(store.set(keys::firstTimeAppInstalledForWidget, true));
     return store.set(keys::indicesWidget, defaultRecords());
 }
 
 }  // namespace
+
+DefaultMultiAssetsVM makeAsset(const platform::PropertyList::Dictionary& record) {
+    const auto text = [&record](std::string_view key) {
+        const auto found = record.find(key);
+        const std::string* const value = found == record.end() ? nullptr : found->second.text();
+        return value ? *value : std::string();
+    };
+    return {.id = text("id"),
+            .exchg = platform::lowerCased(text("exchg")),
+            .type = platform::lowerCased(text("type")),
+            .symbol = text("symbol"),
+            .market = platform::lowerCased(text("market")),
+            .title = text("title"),
+            .instrument = platform::upperCased(text("instrument")),
+            .indId = text("ind_id"),
+            .scId = text("sc_id"),
+            .expiryDate = text("expiryDate"),
+            .optionType = text("option_type"),
+            .strikePrice = text("strike_price"),
+            .priceIdentifier = text("priceIdentifier"),
+            .linkFlag = text("link_flag") != "0"};
+}
+
+std::string makeDeepLink(const DefaultMultiAssetsVM& asset, std::size_t position) {
+    return std::string(widgetScheme) + pathAndQuery(asset) +
+           "&positionSelected=" + std::to_string(position + 1);
+}
 
 void seedDefaultsAtFirstRun(const platform::Runtime& runtime) {
     const auto store = sharedDefaults(runtime);

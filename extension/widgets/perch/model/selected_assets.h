@@ -1,11 +1,54 @@
 #pragma once
 
-// The assets that the user has chosen in the phone app, as the settings store holds them.
+// The assets that the user has chosen in the phone app, as the settings store holds them, and their links.
 
-#include "extension/widgets/perch/model/default_multi_assets_vm.h"
+#include <cstddef>
+#include <string>
+#include <vector>
 #include "platform/runtime/runtime.h"
+#include "platform/settings/property_list.h"
 
 namespace extension {
+
+/// One asset that the user follows.
+struct DefaultMultiAssetsVM {
+    std::string id;
+    /// Lower case, as are `type` and `market`.
+    std::string exchg;
+    /// "stock", "indices", "future" or "crypto".
+    std::string type;
+    std::string symbol;
+    std::string market;
+    std::string title;
+    /// Upper case.
+    std::string instrument;
+    std::string indId;
+    std::string scId;
+    /// "yyyy-MM-dd".
+    std::string expiryDate;
+    std::string optionType;
+    std::string strikePrice;
+    /// What the service is asked for.
+    std::string priceIdentifier;
+    bool linkFlag = true;
+
+    bool operator==(const DefaultMultiAssetsVM&) const = default;
+};
+
+struct DefaultMultiAssetsListVM {
+    std::vector<DefaultMultiAssetsVM> defaultAssetsList;
+
+    bool operator==(const DefaultMultiAssetsListVM&) const = default;
+};
+
+/// Reads a stored record. A value that is absent or not a text is empty; only the text "0" turns
+/// the link flag off. Never fails.
+DefaultMultiAssetsVM makeAsset(const platform::PropertyList::Dictionary& record);
+
+/// The address that opens the asset in the phone app: for the asset at `position` (from 0) of the user's
+/// list; the link counts from 1. Values go in as they are, and only titles lose their blanks, so the text
+/// need not be an address.
+std::string makeDeepLink(const DefaultMultiAssetsVM& asset, std::size_t position);
 
 /// Chooses three indices for a user who has just installed the app: once, whatever happens to
 /// them later. A store that cannot be read is left as it is, since it may hold a choice. Any thread.

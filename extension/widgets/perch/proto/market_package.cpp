@@ -6,7 +6,6 @@
 #include <google/protobuf/unknown_field_set.h>
 #include <algorithm>
 #include <limits>
-#include <string>
 
 namespace extension {
 namespace {
@@ -25,17 +24,6 @@ bool hasMistypedField(const Message& message) {
 bool hasMistypedFieldAnywhere(const MarketPackage_MultiAssetInfo& info) {
     return hasMistypedField(info) || hasMistypedField(info.data()) ||
            std::ranges::any_of(info.data().datalist(), hasMistypedField);
-}
-
-// The same bytes for equal messages, which plain serialisation does not promise.
-std::string deterministicBytes(const Message& message) {
-    std::string bytes;
-    google::protobuf::io::StringOutputStream output(&bytes);
-    google::protobuf::io::CodedOutputStream coded(&output);
-    coded.SetSerializationDeterministic(true);
-    message.SerializePartialToCodedStream(&coded);
-    coded.Trim();
-    return bytes;
 }
 
 tl::unexpected<platform::Error> decodingFailure(std::string message) {
@@ -57,22 +45,14 @@ platform::Result<MarketPackage_MultiAssetInfo> decodeMultiAssetInfo(std::string_
     return info;
 }
 
-std::size_t hashValue(const Message& message) {
-    return std::hash<std::string>{}(deterministicBytes(message));
+std::string deterministicBytes(const Message& message) {
+    std::string bytes;
+    google::protobuf::io::StringOutputStream output(&bytes);
+    google::protobuf::io::CodedOutputStream coded(&output);
+    coded.SetSerializationDeterministic(true);
+    message.SerializePartialToCodedStream(&coded);
+    coded.Trim();
+    return bytes;
 }
 
 }  // namespace extension
-
-namespace MarketPackage {
-
-bool operator==(const MultiAssetInfo& a, const MultiAssetInfo& b) {
-    return extension::deterministicBytes(a) == extension::deterministicBytes(b);
-}
-bool operator==(const MultiAssetData& a, const MultiAssetData& b) {
-    return extension::deterministicBytes(a) == extension::deterministicBytes(b);
-}
-bool operator==(const MultiAssetDataListItem& a, const MultiAssetDataListItem& b) {
-    return extension::deterministicBytes(a) == extension::deterministicBytes(b);
-}
-
-}  // namespace MarketPackage

@@ -2,8 +2,10 @@
 
 // The quote message under its published names, and how it is read and compared.
 
+#include <concepts>
 #include <cstddef>
 #include <functional>
+#include <string>
 #include <string_view>
 #include "extension/widgets/perch/proto/market_package.pb.h"
 #include "platform/base/result.h"
@@ -19,36 +21,25 @@ using MarketPackage_MultiAssetDataListItem = MarketPackage::MultiAssetDataListIt
 /// are kept. Any thread.
 platform::Result<MarketPackage_MultiAssetInfo> decodeMultiAssetInfo(std::string_view bytes);
 
-/// Takes any message; equal messages have equal values.
-std::size_t hashValue(const google::protobuf::Message& message);
+/// The same bytes for equal messages, which plain serialisation does not promise.
+std::string deterministicBytes(const google::protobuf::Message& message);
 
 }  // namespace extension
 
-// In the namespace of the messages, where the compiler looks for them.
+// In the namespace of the messages, where the compiler looks for it.
 namespace MarketPackage {
 
 /// Equal when all fields are, in their order, and the unknown fields byte for byte.
-bool operator==(const MultiAssetInfo& a, const MultiAssetInfo& b);
-bool operator==(const MultiAssetData& a, const MultiAssetData& b);
-bool operator==(const MultiAssetDataListItem& a, const MultiAssetDataListItem& b);
+template <std::derived_from<google::protobuf::Message> Message>
+bool operator==(const Message& a, const Message& b) {
+    return extension::deterministicBytes(a) == extension::deterministicBytes(b);
+}
 
 }  // namespace MarketPackage
 
-template <>
-struct std::hash<MarketPackage::MultiAssetInfo> {
-    std::size_t operator()(const MarketPackage::MultiAssetInfo& message) const {
-        return extension::hashValue(message);
-    }
-};
-template <>
-struct std::hash<MarketPackage::MultiAssetData> {
-    std::size_t operator()(const MarketPackage::MultiAssetData& message) const {
-        return extension::hashValue(message);
-    }
-};
-template <>
-struct std::hash<MarketPackage::MultiAssetDataListItem> {
-    std::size_t operator()(const MarketPackage::MultiAssetDataListItem& message) const {
-        return extension::hashValue(message);
+template <std::derived_from<google::protobuf::Message> Message>
+struct std::hash<Message> {
+    std::size_t operator()(const Message& message) const {
+        return std::hash<std::string>()(extension::deterministicBytes(message));
     }
 };

@@ -2,12 +2,9 @@
 
 #include <optional>
 #include <utility>
-#include "extension/app/settings/next_reload.h"
+#include "extension/app/settings/reload_times.h"
 
 namespace extension {
-
-PerchTimelineProvider::PerchTimelineProvider(const platform::Runtime& runtime)
-    : runtime_(runtime), prices_(runtime), viewModel_(runtime) {}
 
 PerchTimelineEntry PerchTimelineProvider::placeholder(const platform::TimelineProviderContext& /*context*/) {
     const Selection chosen = selection();
@@ -18,18 +15,10 @@ PerchTimelineEntry PerchTimelineProvider::placeholder(const platform::TimelinePr
     return Entry(runtime_, std::vector<PerchMultiAssetsVM>());
 }
 
-void PerchTimelineProvider::getSnapshot(const platform::TimelineProviderContext& /*context*/,
-                                        const std::function<void(Entry)>& completion) {
-    makeCurrentEntry(completion);
-}
-
-void PerchTimelineProvider::getTimeline(const platform::TimelineProviderContext& /*context*/,
+void PerchTimelineProvider::getTimeline(const platform::TimelineProviderContext& context,
                                         const std::function<void(platform::Timeline<Entry>)>& completion) {
-    const auto policy = reloadIn30Seconds(runtime_);
-    makeCurrentEntry([policy, completion](Entry entry) {
-        platform::Timeline<Entry> timeline{.entries = {}, .policy = policy};
-        timeline.entries.push_back(std::move(entry));
-        completion(std::move(timeline));
+    getSnapshot(context, [policy = reloadIn30Seconds(runtime_), completion](Entry entry) {
+        completion({{std::move(entry)}, policy});
     });
 }
 
@@ -42,7 +31,8 @@ PerchTimelineProvider::Selection PerchTimelineProvider::selection() {
     return chosen;
 }
 
-void PerchTimelineProvider::makeCurrentEntry(const std::function<void(Entry)>& completion) {
+void PerchTimelineProvider::getSnapshot(const platform::TimelineProviderContext& /*context*/,
+                                        const std::function<void(Entry)>& completion) {
     const Selection chosen = selection();
     const auto completeWith = [&runtime = runtime_, assets = chosen.assets,
                                completion](const QuoteList& quotes) {

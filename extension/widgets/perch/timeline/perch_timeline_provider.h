@@ -7,12 +7,39 @@
 #include <string>
 #include <vector>
 #include "extension/app/prices/price_refresh_manager_native.h"
+#include "extension/app/settings/observable.h"
 #include "extension/widgets/perch/model/perch_timeline_entry.h"
-#include "extension/widgets/perch/timeline/perch_widget_view_model.h"
+#include "extension/widgets/perch/model/selected_assets.h"
 #include "platform/runtime/runtime.h"
 #include "platform/widget/timeline.h"
 
 namespace extension {
+
+/// The assets that the Perch widget follows, as they were last loaded. Any thread; a loaded list never
+/// changes.
+class PerchWidgetViewModel {
+public:
+    using Assets = std::shared_ptr<const DefaultMultiAssetsListVM>;
+
+    explicit PerchWidgetViewModel(const platform::Runtime& runtime) : runtime_(runtime) {}
+
+    /// Chooses the default assets for a new user.
+    void seedDefaults() const { seedDefaultsAtFirstRun(runtime_); }
+
+    /// Reads the user's choice again, keeps it as `assetsListVM` and answers with it.
+    Assets loadSelectedAssets() {
+        Assets loaded =
+            std::make_shared<const DefaultMultiAssetsListVM>(extension::loadSelectedAssets(runtime_));
+        assetsListVM.set(loaded);
+        return loaded;
+    }
+
+    /// Empty until the first loading. For the phone app; nothing here reads it.
+    Observable<Assets> assetsListVM{std::make_shared<const DefaultMultiAssetsListVM>()};
+
+private:
+    const platform::Runtime& runtime_;
+};
 
 /// Every answer is one entry; whatever goes wrong, it is an entry without rows. Nothing is kept between
 /// questions. Any thread; `runtime` outlives it and the answers under way, which do not need the provider.
@@ -20,7 +47,8 @@ class PerchTimelineProvider {
 public:
     using Entry = PerchTimelineEntry;
 
-    explicit PerchTimelineProvider(const platform::Runtime& runtime);
+    explicit PerchTimelineProvider(const platform::Runtime& runtime)
+        : runtime_(runtime), prices_(runtime), viewModel_(runtime) {}
 
     /// Answers at once, without rows. Starts a request for quotes that nobody waits for.
     Entry placeholder(const platform::TimelineProviderContext& context);
@@ -42,7 +70,6 @@ private:
     };
 
     Selection selection();
-    void makeCurrentEntry(const std::function<void(Entry)>& completion);
 
     const platform::Runtime& runtime_;
     PriceRefreshManagerNative prices_;

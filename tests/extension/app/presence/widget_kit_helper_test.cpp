@@ -123,28 +123,5 @@ TEST(WidgetKitHelper, ForgetsTheSavedPortfolioRowsAndNothingElse) {
     WidgetKitHelper::updatePortfolioArrayUserDefaults(state);
 }
 
-/// Sets each property by its published name. For a process of its own: the runtime stays the current one.
-bool eachSetterWritesItsOwnProperty() {
-    const TestRuntime runtime;
-    runtime.makeCurrent();
-    using Helper = WidgetKitHelper;
-    Helper::setIsNewsWidgetAdded(true);
-    bool isGood = !Helper::isWigetAdded() && Helper::isNewsWidgetAdded() && !Helper::isPortfolioWigetAdded();
-    Helper::setIsNewsWidgetAdded(false);
-    Helper::setIsWigetAdded(true);
-    isGood &= Helper::isWigetAdded() && !Helper::isNewsWidgetAdded() && !Helper::isPortfolioWigetAdded();
-    Helper::setIsPortfolioWigetAdded(true);
-    isGood &= Helper::isPortfolioWigetAdded() && !Helper::isNewsWidgetAdded();
-    Helper::setWidgetFamily("perch");
-    Helper::setNewsWidgetFamily("news");
-    Helper::setPortfolioWidgetFamily("portfolio");
-    return isGood && Helper::widgetFamily() == "perch" && Helper::newsWidgetFamily() == "news" &&
-           Helper::portfolioWidgetFamily() == "portfolio";
-}
-
-TEST(WidgetKitHelperDeathTest, EachSetterWritesItsOwnProperty) {
-    EXPECT_EXIT(std::exit(eachSetterWritesItsOwnProperty() ? 0 : 1), testing::ExitedWithCode(0), "");
-}
-
 }  // namespace
 }  // namespace extension

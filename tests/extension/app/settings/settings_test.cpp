@@ -2,9 +2,10 @@
 #include <string>
 #include <vector>
 #include "extension/app/settings/build_flags.h"
-#include "extension/app/settings/deep_links.h"
 #include "extension/app/settings/store_keys.h"
 #include "extension/app/settings/widget_helper.h"
+#include "extension/app/settings/widget_names.h"
+#include "tests/extension/shared_settings.h"
 #include "tests/support/test_runtime.h"
 
 namespace extension {
@@ -59,46 +60,39 @@ PropertyList future(const char* title, const PropertyList& expiryDate) {
     return PropertyList::Dictionary{{"title", title}, {"expiryDate", expiryDate}};
 }
 
-std::optional<PropertyList> futuresOf(const TestRuntime& runtime) {
-    return sharedDefaults(runtime).value()->object(keys::futureWidget).value();
-}
-
-void storeFutures(const TestRuntime& runtime, const PropertyList& value) {
-    ASSERT_TRUE(sharedDefaults(runtime).value()->set(keys::futureWidget, value));
-}
-
 TEST(ExpiredFutures, WhatExpiresTodayIsGoneTodayAndTheRestKeepsItsOrder) {
     // 23:59:59 of the 22nd in India.
     const TestRuntime runtime{{.now = "2026-11-22T18:29:59Z"}};
-    storeFutures(runtime, PropertyList::Array{
-                              future("far", "9999-12-31"),
-                              future("today", "2026-11-22"),
-                              future("tomorrow", "2026-11-23"),
-                              future("past", "2026-11-21"),
-                              future("short", "2026-12-1"),
-                              future("no day", "2026-11-31"),
-                              future("with time", "2026-12-31T00:00"),
-                              future("blank", " 2026-12-31"),
-                              future("number", 20261231),
-                              PropertyList::Dictionary{{"title", "without"}},
-                              future("leap", "2028-02-29"),
-                          });
+    store(runtime, keys::futureWidget,
+          PropertyList::Array{
+              future("far", "9999-12-31"),
+              future("today", "2026-11-22"),
+              future("tomorrow", "2026-11-23"),
+              future("past", "2026-11-21"),
+              future("short", "2026-12-1"),
+              future("no day", "2026-11-31"),
+              future("with time", "2026-12-31T00:00"),
+              future("blank", " 2026-12-31"),
+              future("number", 20261231),
+              PropertyList::Dictionary{{"title", "without"}},
+              future("leap", "2028-02-29"),
+          });
     pruneExpiredFutures(runtime);
-    EXPECT_EQ(futuresOf(runtime),
+    EXPECT_EQ(stored(runtime, keys::futureWidget),
               PropertyList(PropertyList::Array{future("far", "9999-12-31"), future("tomorrow", "2026-11-23"),
                                                future("short", "2026-12-1"), future("leap", "2028-02-29")}));
 
     // Midnight of the 23rd: not later than now.
     runtime.clock().set(*platform::parseInstant("2026-11-22T18:30:00Z"), 0.0);
     pruneExpiredFutures(runtime);
-    EXPECT_EQ(futuresOf(runtime)->array()->size(), 3U);
+    EXPECT_EQ(stored(runtime, keys::futureWidget)->array()->size(), 3U);
 }
 
 TEST(ExpiredFutures, TheDeviceDecidesWhenADayBegins) {
     const TestRuntime runtime{{.now = "2026-11-22T20:00:00Z", .timeZone = {"America/New_York"}}};
-    storeFutures(runtime, PropertyList::Array{future("tomorrow there", "2026-11-23")});
+    store(runtime, keys::futureWidget, PropertyList::Array{future("tomorrow there", "2026-11-23")});
     pruneExpiredFutures(runtime);
-    EXPECT_EQ(futuresOf(runtime)->array()->size(), 1U);
+    EXPECT_EQ(stored(runtime, keys::futureWidget)->array()->size(), 1U);
 }
 
 TEST(ExpiredFutures, NothingIsWrittenWhenNothingGoes) {
@@ -115,7 +109,7 @@ TEST(ExpiredFutures, NothingIsWrittenWhenNothingGoes) {
     };
     for (const auto& [name, value] : cases) {
         const TestRuntime runtime;
-        storeFutures(runtime, value);
+        store(runtime, keys::futureWidget, value);
         const TestRuntime other{{.dataDirectory = runtime.dataDirectory()}};
         // While another process writes, a write of ours would fail.
         ASSERT_TRUE(sharedDefaults(other).value()->transaction([&](auto&) -> platform::Result<void> {
@@ -123,18 +117,19 @@ TEST(ExpiredFutures, NothingIsWrittenWhenNothingGoes) {
             return {};
         }));
         EXPECT_FALSE(runtime.logged("could not be removed")) << name;
-        EXPECT_EQ(futuresOf(runtime), value) << name;
+        EXPECT_EQ(stored(runtime, keys::futureWidget), value) << name;
     }
     const TestRuntime runtime;
     pruneExpiredFutures(runtime);
-    EXPECT_EQ(futuresOf(runtime), std::nullopt);
+    EXPECT_EQ(stored(runtime, keys::futureWidget), std::nullopt);
 }
 
 TEST(ExpiredFutures, AZoneThatNobodyKnowsCostsNoFuture) {
     const TestRuntime runtime{{.timeZone = {"No/Zone"}}};
-    storeFutures(runtime, PropertyList::Array{future("past", "2020-01-01"), future("far", "2030-01-01")});
+    store(runtime, keys::futureWidget,
+          PropertyList::Array{future("past", "2020-01-01"), future("far", "2030-01-01")});
     pruneExpiredFutures(runtime);
-    EXPECT_EQ(futuresOf(runtime)->array()->size(), 2U);
+    EXPECT_EQ(stored(runtime, keys::futureWidget)->array()->size(), 2U);
 }
 
 }  // namespace

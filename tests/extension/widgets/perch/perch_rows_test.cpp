@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include "extension/widgets/perch/model/asset_deep_link.h"
-#include "extension/widgets/perch/model/perch_multi_assets_vm.h"
+#include "extension/widgets/perch/model/perch_timeline_entry.h"
+#include "extension/widgets/perch/model/selected_assets.h"
 #include "tests/support/expected_text.h"
 #include "tests/support/test_runtime.h"
 

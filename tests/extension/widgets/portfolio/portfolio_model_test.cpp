@@ -2,8 +2,7 @@
 #include <string>
 #include <vector>
 #include "extension/widgets/portfolio/model/portfolio_data_model.h"
-#include "extension/widgets/portfolio/model/portfolio_widget_vm.h"
-#include "extension/widgets/portfolio/model/pw_api_error.h"
+#include "extension/widgets/portfolio/model/pw_timeline_entry.h"
 #include "platform/json/json_coding.h"
 #include "tests/support/expected_text.h"
 
@@ -39,18 +38,6 @@ TEST(PortfolioDocument, IsReadWhollyOrNotAtAllAndWrittenWithoutWhatIsAbsent) {
         const auto portfolio = platform::decodedJSON<PortfolioDataModel>(text);
         return portfolio ? platform::encodedJSON(*portfolio).dump() : "refused";
     }));
-}
-
-TEST(PortfolioDocument, IsReadAndWrittenInPartsToo) {
-    PortfolioDataModel portfolio{Portfoliosummary{NetworthDetails{}}};
-    portfolio.portfoliosummary->networthDetails->name = "Main";
-    EXPECT_EQ(platform::encodedJSON(portfolio).dump(),
-              R"({"portfoliosummary":{"networth_details":{"name":"Main"}}})");
-    EXPECT_EQ(platform::decodedJSON<PortfolioDataModel>(platform::encodedJSON(portfolio).dump()), portfolio);
-    const Portfoliosummary& summary = *portfolio.portfoliosummary;
-    EXPECT_EQ(platform::encodedJSON(summary).dump(), R"({"networth_details":{"name":"Main"}})");
-    EXPECT_EQ(platform::decodedJSON<Portfoliosummary>(R"({"networth_details":{"name":"Main"}})"), summary);
-    EXPECT_EQ(platform::encodedJSON(Portfoliosummary{}).dump(), "{}");
 }
 
 TEST(PortfolioRows, WithoutFiguresAreStillFourAndNeutral) {

@@ -5,7 +5,6 @@
 #include "extension/app/settings/store_keys.h"
 #include "extension/theme/hex_codec.h"
 #include "extension/widgets/portfolio/timeline/pw_provider.h"
-#include "extension/widgets/portfolio/timeline/pw_view_model.h"
 #include "tests/extension/shared_settings.h"
 #include "tests/support/served_runtime.h"
 #include "tests/support/waiting.h"

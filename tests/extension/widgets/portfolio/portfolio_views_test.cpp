@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include "extension/widgets/portfolio/views/portfolio_widget_entry_view.h"
+#include "extension/widgets/portfolio/views/portfolio_view.h"
 #include "platform/view/view_json.h"
 #include "tests/support/test_runtime.h"
 
