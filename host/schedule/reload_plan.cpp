@@ -40,8 +40,7 @@ void ReloadPlan::ask(Requester requester, const Moment& now) {
     if (!request_ || requester == Requester::person) request_ = Request{requester, now, isRunning_};
 }
 
-void ReloadPlan::clockMoved(const Moment& now) {
-    if (!lastStart_ || *lastStart_ <= now.shown) return;
+void ReloadPlan::clockMoved() {
     lastStart_.reset();
     takenUntil_.reset();
 }
@@ -50,15 +49,10 @@ std::optional<NextReload> ReloadPlan::next(const Moment& now) const {
     if (isRunning_) return std::nullopt;
     if (request_) {
         const auto& [requester, asked, cameDuringAnother] = *request_;
-        NextReload next{requester,
-                        asked.shown,
-                        {std::min(asked.shown, now.shown), asked.real},
-                        cameDuringAnother ? Hold::busy : Hold::none};
-        if (failures_ > 0 && requester != Requester::person && backOffEnd_ > asked.real) {
-            next.at.real = backOffEnd_;
-            next.hold = Hold::backOff;
-        }
-        return next;
+        return NextReload{requester,
+                          asked.shown,
+                          {std::min(asked.shown, now.shown), asked.real},
+                          cameDuringAnother ? Hold::busy : Hold::none};
     }
     if (failures_ > 0) {
         return NextReload{

@@ -73,13 +73,12 @@ public:
     /// Several requests before the next start are one. One that comes while an answer is awaited is kept for
     /// afterwards: the answer may rest on what is no longer true.
     void ask(Requester requester, const Moment& now);
-    /// The time was set: what lies in the future now has never happened.
-    void clockMoved(const Moment& now);
+    /// The time was set: the floor and the budget count from now on.
+    void clockMoved();
 
-    /// Nothing while an answer is awaited, or when nobody asks. Requests of people are never held; those of
-    /// the app, of a placement and of a set clock are held by back-off alone and cost no budget; nor does
-    /// anything in live mode. The hold still stands there when it is over, for the ledger to tell what was
-    /// waited for.
+    /// Nothing while an answer is awaited, or when nobody asks. Only the timeline's own requests are held and
+    /// cost budget; in live mode there is no budget. The hold is still named when it is over, so that the
+    /// ledger can say what was waited for.
     std::optional<NextReload> next(const Moment& now) const;
 
     /// The reload that `next` told begins.
@@ -87,8 +86,8 @@ public:
     /// It ended well. `entries` counts the timeline's entries, of which `last` is the latest date.
     void answered(const platform::TimelineReloadPolicy& policy, std::size_t entries, platform::Instant last,
                   const Moment& now);
-    /// The extension died, was too late or made no sense. 1, 2, 4 up to 300 s of real time pass before it is
-    /// asked again, whoever asks, unless it is a person.
+    /// The extension died, was too late or made no sense. 1, 2, 4 up to 300 s of real time pass before the
+    /// timeline is asked for again, unless somebody else asks.
     void failed(const Moment& now);
 
     bool isRunning() const { return isRunning_; }

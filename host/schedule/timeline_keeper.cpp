@@ -8,6 +8,8 @@ namespace {
 
 /// Shorter waits for other answers are not worth a word in the ledger.
 constexpr std::chrono::milliseconds notableWait{250};
+/// The system's clock is corrected by less than this all the time.
+constexpr std::chrono::minutes notableStepBack{1};
 
 std::string endOfHold(const NextReload& next, const Moment& now) {
     if (next.hold != Hold::backOff) return "until " + platform::formatInstant(next.at.shown);
@@ -38,8 +40,10 @@ public:
 
     void untilShown(platform::Instant moment) {
         if (clockRate_ <= 0.0) return;
-        const auto rest = static_cast<double>((moment - now_.shown).count()) / clockRate_;
-        add(std::chrono::nanoseconds(static_cast<long long>(rest)));
+        // Moments may be further apart than 64 bits of nanoseconds reach.
+        const double rest = static_cast<double>(moment.time_since_epoch().count()) -
+                            static_cast<double>(now_.shown.time_since_epoch().count());
+        add(std::chrono::nanoseconds(static_cast<long long>(std::clamp(rest / clockRate_, 0.0, longest))));
     }
     void until(const Moment& moment) {
         if (moment.shown > now_.shown) {
@@ -52,10 +56,12 @@ public:
 private:
     void add(std::chrono::nanoseconds duration) {
         // A moment that is a little late does no harm, a thread that wakes too often does.
-        const auto bounded = std::clamp<std::chrono::nanoseconds>(duration, std::chrono::milliseconds(1),
-                                                                  std::chrono::hours(1));
+        const auto bounded = std::max<std::chrono::nanoseconds>(duration, std::chrono::milliseconds(1));
         duration_ = std::min(duration_.value_or(bounded), bounded);
     }
+
+    /// An hour, in nanoseconds.
+    static constexpr double longest = 3.6e12;
 
     Moment now_;
     double clockRate_;
@@ -103,8 +109,9 @@ void TimelineKeeper::setMode(ReloadMode mode) {
 
 void TimelineKeeper::clockSet(double rate, const Moment& now) {
     clockRate_ = rate;
+    lastShown_ = now.shown;
     for (auto& [id, widget] : widgets_) {
-        widget.plan.clockMoved(now);
+        widget.plan.clockMoved();
         widget.plan.ask(Requester::clock, now);
         widget.waitsSince.reset();
     }
@@ -127,6 +134,9 @@ std::vector<WidgetState> TimelineKeeper::states(const Moment& now) const {
 }
 
 TimelineKeeper::Steps TimelineKeeper::advance(const Moment& now) {
+    // What was asked for under the later time would come late by as much.
+    if (now.shown + notableStepBack < lastShown_) clockSet(clockRate_, now);
+    lastShown_ = now.shown;
     Pause pause(now, clockRate_);
     startReloads(now, pause);
     askForPlaceholder(now);

@@ -70,7 +70,8 @@ public:
         /// When to advance next; absent: when something has happened.
         std::optional<std::chrono::nanoseconds> pause;
     };
-    /// Does everything that is due. To be called after every other call and after each pause.
+    /// Does everything that is due. To be called after every other call and after each pause. A clock that
+    /// went back counts as set.
     Steps advance(const Moment& now);
     /// An answer to a question, however late.
     void answered(std::uint64_t number, platform::Result<EntryAnswer> answer, long peakRssKiB,
@@ -137,6 +138,7 @@ private:
     Ledger& ledger_;
     ReloadMode mode_;
     double clockRate_ = 1.0;
+    platform::Instant lastShown_ = platform::Instant::min();
     int lastVersion_ = 0;
     std::uint64_t lastQuestion_ = 0;
     std::map<int, Widget> widgets_;

@@ -3,6 +3,11 @@
 #include <utility>
 
 namespace host {
+namespace {
+
+constexpr std::chrono::seconds longestSleep{10};
+
+}  // namespace
 
 WidgetSchedule::WidgetSchedule(ExtensionProcess& extension, platform::Clock& clock, Ledger& ledger,
                                ReloadMode mode, std::function<void(int id)> changed)
@@ -32,7 +37,8 @@ void WidgetSchedule::run() {
             for (const int id : steps.changed) changed_(id);
             lock.lock();
         } else if (steps.pause) {
-            wake_.wait_for(lock, *steps.pause, hasWork);
+            // The system's clock may be set meanwhile, which wakes nobody.
+            wake_.wait_for(lock, std::min<std::chrono::nanoseconds>(*steps.pause, longestSleep), hasWork);
         } else {
             wake_.wait(lock, hasWork);
         }

@@ -40,9 +40,10 @@ Instant instantFromReferenceDate(double secondsSince) {
 }
 
 double secondsSinceReferenceDate(Instant instant) {
-    const auto whole = std::chrono::floor<seconds>(instant);
-    const std::chrono::duration<double> fraction = instant - whole;
-    return static_cast<double>((whole.time_since_epoch() - referenceDate).count()) + fraction.count();
+    // Not floor(): whole seconds before the first instant are none.
+    const auto whole = std::chrono::duration_cast<seconds>(instant.time_since_epoch());
+    const std::chrono::duration<double> fraction = instant.time_since_epoch() - whole;
+    return static_cast<double>((whole - referenceDate).count()) + fraction.count();
 }
 
 std::string dateText(Instant instant) { return formatInstant(instant).substr(0, 19) + "Z"; }
@@ -51,13 +52,14 @@ std::optional<Instant> parseDateText(std::string_view text) {
     if (const auto instant = parseInstant(text)) return instant;
     const int year = parsedNumber<int>(text.substr(0, 4)).value_or(-1);
     if (text.size() < 4 || year < 0) return std::nullopt;
-    // For a year beyond the clock's range: the same day of a year within it, moved by whole days.
-    const auto near = parseInstant("2000" + std::string(text.substr(4)));
+    // For a year beyond the clock's range: the same day of a year of the same length, moved by whole days.
+    const int like = std::chrono::year(year).is_leap() ? 2000 : 2001;
+    const auto near = parseInstant(std::to_string(like) + std::string(text.substr(4)));
     if (!near) return std::nullopt;
     const auto newYear = [](int number) {
         return std::chrono::sys_days(std::chrono::year(number) / std::chrono::January / 1);
     };
-    const std::chrono::days moved = newYear(year) - newYear(2000);
+    const std::chrono::days moved = newYear(year) - newYear(like);
     const auto whole = std::chrono::floor<seconds>(near->time_since_epoch());
     return instantFrom(static_cast<double>((whole + moved).count()), near->time_since_epoch() - whole);
 }

@@ -113,12 +113,13 @@ TEST(ReloadPlan, WaitsLongerAfterEveryFailureAndNotAtAllAfterASuccess) {
     }
     EXPECT_THAT(pauses, testing::ElementsAre(1, 2, 4, 8, 16, 32, 64, 128, 256, 300, 300));
 
-    desk.plan.ask(Requester::app, desk.now);
-    EXPECT_EQ(desk.wait(), 300);
     desk.pass(301s);
     EXPECT_EQ(desk.wait(), 0);
     EXPECT_EQ(desk.hold(), Hold::backOff);
-    desk.plan.ask(Requester::person, desk.now);
+    desk.plan.start(desk.now);
+    desk.plan.failed(desk.now);
+    EXPECT_EQ(desk.wait(), 300);
+    desk.plan.ask(Requester::app, desk.now);
     EXPECT_EQ(desk.wait(), 0);
     EXPECT_EQ(desk.hold(), Hold::none);
     desk.reload(30s);
@@ -153,14 +154,14 @@ TEST(ReloadPlan, MergesRequestsAndKeepsOneThatComesWhileItIsAnswered) {
     EXPECT_EQ(desk.wait(), 30);
 }
 
-TEST(ReloadPlan, ForgetsAFutureThatTheClockHasLeft) {
+TEST(ReloadPlan, CountsAnewWhenTheClockIsSet) {
     Desk desk(ReloadMode::phone);
     for (int i = 0; i < 60; ++i) {
         desk.reload(0s);
         desk.pass(15min);
     }
     desk.now.shown -= 48h;
-    desk.plan.clockMoved(desk.now);
+    desk.plan.clockMoved();
     desk.plan.ask(Requester::clock, desk.now);
     desk.reload(30s);
     EXPECT_EQ(desk.hold(), Hold::floor);

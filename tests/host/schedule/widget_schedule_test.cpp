@@ -79,19 +79,33 @@ TEST(TimelineKeeper, ListsEveryReloadThatAFailureHeldAndItsGrant) {
     house.fail(1);
     house.time += 100ms;
     EXPECT_THAT(house.asks(), IsEmpty());
-    house.keeper.reload(1, Requester::app, house.now());
-    EXPECT_THAT(house.asks(), IsEmpty());
     EXPECT_EQ(house.steps.pause, 900ms);
     EXPECT_EQ(house.state(1).lastError, "it died");
     house.time += 900ms;
     EXPECT_THAT(house.asks(), ElementsAre(1));
     house.fail(1);
     EXPECT_THAT(house.asks(), IsEmpty());
+    house.keeper.reload(1, Requester::app, house.now());
+    EXPECT_THAT(house.asks(), ElementsAre(1));
     EXPECT_THAT(linesOf(house.ledger), ElementsAre("1 placement: failed (it died)",
                                                    "1 policy: held (waiting after a failure; for 1 s)",
-                                                   "1 app: held (waiting after a failure; for 1 s)",
-                                                   "1 app: failed (it died; had waited after a failure)",
-                                                   "1 policy: held (waiting after a failure; for 2 s)"));
+                                                   "1 policy: failed (it died; had waited after a failure)",
+                                                   "1 policy: held (waiting after a failure; for 2 s)",
+                                                   "1 app: running"));
+}
+
+TEST(TimelineKeeper, AsksAgainWhenTheSystemsClockGoesBack) {
+    Keeper house(ReloadMode::phone);
+    house.place(1);
+    EXPECT_THAT(house.asks(), ElementsAre(1));
+    house.answer(1, {"a"});
+    house.time -= 30s;
+    EXPECT_THAT(house.asks(), IsEmpty());
+    house.time -= 24h;
+    EXPECT_THAT(house.asks(), ElementsAre(1));
+    house.answer(1, {"b"});
+    EXPECT_THAT(house.asks(), IsEmpty());
+    EXPECT_EQ(house.state(1).next->at.shown, house.now().shown + 15min);
 }
 
 TEST(TimelineKeeper, AwaitsSixTimelinesAtOnceInTheOrderOfTheRequestsAndNotesWhoHadToWait) {

@@ -135,6 +135,8 @@ TEST(XmlPropertyLists, AreReadAsPhonesAndPeopleWriteThem) {
         {inXml("<dict><key>a</key><integer>1</integer><key>a</key><integer>2</integer></dict>"),
          Dictionary{{"a", 2}}},
         {inXml("<date>2026-11-22T03:30:00.250Z</date>"), *parseInstant("2026-11-22T03:30:00.250Z")},
+        {inXml("<date>2205-03-01T00:00:00Z</date>"), Instant(std::chrono::sys_days(2205y / 3 / 1))},
+        {inXml("<date>1699-12-31T23:59:59Z</date>"), Instant(std::chrono::sys_days(1700y / 1 / 1) - 1s)},
         {inXml("<date>4001-01-01T00:00:00Z</date>"), Instant::max()},
         {inXml("<date>0001-01-01T00:00:00Z</date>"), Instant::min()},
     };
