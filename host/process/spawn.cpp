@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,6 +34,13 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     return result;
 }
 
+constexpr rlim_t largestFile = 256U << 20;
+
+void limit(__rlimit_resource_t resource, rlim_t most) {
+    const rlimit both{most, most};
+    setrlimit(resource, &both);
+}
+
 /// Between fork and exec nothing may allocate or lock: locks that other threads held stay locked here.
 [[noreturn]] void execInChild(const SpawnOptions& options, pid_t parent, int trouble, char* const* arguments,
                               char* const* environment) {
@@ -46,8 +52,9 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(127);
-    const rlimit noCore{0, 0};
-    setrlimit(RLIMIT_CORE, &noCore);
+    limit(RLIMIT_CORE, 0);
+    limit(RLIMIT_FSIZE, largestFile);
+    if (options.addressSpace != 0) limit(RLIMIT_AS, options.addressSpace);
     dup2(options.messages, STDIN_FILENO);
     dup2(options.messages, STDOUT_FILENO);
     dup2(options.log, STDERR_FILENO);

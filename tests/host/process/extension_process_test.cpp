@@ -238,6 +238,8 @@ TEST(ExtensionProcess, AChildThatBehavesBadlyIsEndedAndNotBelieved) {
         {"printf '\\004\\022\\002\\010\\001'; x=$(head -c 40000000 /dev/zero | tr '\\0' x); x=; "
          "printf '\\004\\010\\001\\052\\000'; sleep 60",
          "the extension's memory passed 30 MB"},
+        {"dd if=/dev/zero of=/dev/null bs=400M count=1 2>/dev/null || exit 9",
+         "the extension ended with exit code 9"},
         {"exit 7", "the extension ended with exit code 7"},
         {"kill -SEGV $$", "the extension was ended by signal 11 (SIGSEGV)"},
         {"echo fatal error: broken >&2; kill -ABRT $$",
