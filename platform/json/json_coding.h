@@ -49,10 +49,10 @@ void decode(JSONReader& reader, std::optional<T>& value) {
 template <typename T>
 void decode(JSONReader& reader, std::vector<T>& values) {
     // An element can be much larger than its text: "{}," is three bytes.
-    constexpr std::size_t mostElements = 50'000;
+    constexpr std::size_t mostElements = 10'000;
     values.clear();
     reader.array([&] {
-        if (values.size() == mostElements) return reader.fail("more than 50,000 values");
+        if (values.size() == mostElements) return reader.fail("more than 10,000 values");
         decode(reader, values.emplace_back());
     });
 }

@@ -11,8 +11,10 @@ namespace {
 using namespace std::string_literals;
 
 std::string message(int field, std::string_view content) {
-    return std::string{static_cast<char>(field << 3 | 2), static_cast<char>(content.size())} +
-           std::string(content);
+    std::string bytes{static_cast<char>(field << 3 | 2)};
+    std::size_t size = content.size();
+    for (; size > 0x7F; size >>= 7) bytes += static_cast<char>(size | 0x80);
+    return bytes.append(1, static_cast<char>(size)).append(content);
 }
 
 std::string infoOf(std::string_view item) { return message(2, message(1, item)); }
@@ -102,6 +104,22 @@ TEST(QuoteMessage, GroupsNestAHundredLevelsAtTheMost) {
     };
     EXPECT_TRUE(decodeMultiAssetInfo(nested(100)));
     EXPECT_FALSE(decodeMultiAssetInfo(nested(101)));
+}
+
+TEST(QuoteMessage, IsRefusedWhenSmallBytesWouldTakeMuchMemory) {
+    const auto quotes = [](int count, const std::string& quote) {
+        std::string list;
+        for (int i = 0; i < count; ++i) list += message(1, quote);
+        return message(2, list);
+    };
+    const std::string blanks(1U << 20, ' ');
+    const std::string groups = "\x4b" + std::string(200'000, ' ') + "\x4c";
+    EXPECT_TRUE(decodeMultiAssetInfo(quotes(3000, message(1, "7") + message(4, "1.5"))));
+    for (const std::string& bytes : {quotes(100'000, ""), blanks, groups, message(2, message(1, blanks))}) {
+        const auto info = decodeMultiAssetInfo(bytes);
+        ASSERT_FALSE(info);
+        EXPECT_EQ(info.error().message, "the quotes hold too many fields");
+    }
 }
 
 TEST(QuoteMessage, EqualMessagesHaveEqualHashesAndDifferencesShow) {
