@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include "platform/base/file_descriptor.h"
-#include "platform/wire/descriptor.h"
+#include "platform/wire/framing.h"
 
 namespace host {
 namespace {

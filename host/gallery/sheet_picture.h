@@ -4,7 +4,7 @@
 
 #include <optional>
 #include <string>
-#include "platform/view/widget_family.h"
+#include "platform/view/screen.h"
 
 namespace host {
 
