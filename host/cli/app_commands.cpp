@@ -1,4 +1,4 @@
-#include "host/cli/app_commands.h"
+#include "host/cli/commands.h"
 
 #include <unistd.h>
 

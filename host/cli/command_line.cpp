@@ -10,10 +10,8 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include "host/cli/app_commands.h"
+#include "host/cli/commands.h"
 #include "host/cli/output.h"
-#include "host/cli/store_commands.h"
-#include "host/cli/widget_commands.h"
 #include "host/paint/picture_formats.h"
 #include "host/web/run.h"
 #include "platform/base/program_start.h"
