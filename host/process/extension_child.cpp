@@ -17,6 +17,7 @@
 #include <system_error>
 #include <utility>
 #include "host/process/spawn.h"
+#include "platform/wire/conversion.h"
 
 namespace host {
 namespace {
@@ -62,7 +63,7 @@ bool drain(const platform::FileDescriptor& descriptor, const Take& take) {
 
 }  // namespace
 
-ExtensionChild::ExtensionChild(const ExtensionOptions& options, std::vector<wire::Request> first)
+ExtensionChild::ExtensionChild(const ExtensionOptions& options, const std::vector<wire::Request>& first)
     : options_(options),
       watch_(
           options, [this] { return memoryOf(processId_); }, steady_clock::now()) {
