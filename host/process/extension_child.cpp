@@ -240,10 +240,12 @@ void ExtensionChild::advance() {
 }
 
 void ExtensionChild::readReplies() {
-    const std::lock_guard lock(mutex_);
-    const bool isOpen =
-        drain(messages_, [this](std::string_view bytes) { watch_.received(bytes, steady_clock::now()); });
+    const bool isOpen = drain(messages_, [this](std::string_view bytes) {
+        const std::lock_guard lock(mutex_);
+        watch_.received(bytes, steady_clock::now());
+    });
     if (isOpen) return;
+    const std::lock_guard lock(mutex_);
     messages_.reset();
     watch_.closedOutput(steady_clock::now());
 }
