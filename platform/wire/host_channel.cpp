@@ -75,7 +75,7 @@ std::optional<std::string> receive(const FileDescriptor& socket, SteadyTime dead
         frames.append({buffer.data(), static_cast<std::size_t>(count)});
         const Result<std::optional<std::string>> frame = frames.next();
         if (!frame) break;
-        if (*frame) return **frame;
+        if (*frame) return *frame;
     }
     return std::nullopt;
 }
