@@ -6,8 +6,7 @@
 #include <string_view>
 #include "demo/service.h"
 #include "platform/base/ascii.h"
-#include "platform/base/ending_signals.h"
-#include "platform/base/standard_streams.h"
+#include "platform/base/program_start.h"
 #include "platform/runtime/process_options.h"
 
 namespace {

@@ -3,9 +3,8 @@
 #include <optional>
 #include <string>
 #include <vector>
-#include "demo/json_response.h"
 #include "demo/market.h"
-#include "demo/quotes.h"
+#include "demo/responses.h"
 
 namespace demo {
 

@@ -4,9 +4,8 @@
 #include <cmath>
 #include <mutex>
 #include <optional>
-#include "demo/json_response.h"
 #include "demo/market.h"
-#include "demo/quotes.h"
+#include "demo/responses.h"
 #include "demo/scenes.h"
 #include "platform/base/files.h"
 

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include "platform/base/fatal.h"
+#include "platform/base/diagnostics.h"
 #include "platform/text/letter_case.h"
 
 namespace extension {

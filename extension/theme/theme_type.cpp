@@ -3,7 +3,7 @@
 #include "extension/app/settings/reload_times.h"
 #include "extension/app/settings/store_keys.h"
 #include "extension/theme/hex_codec.h"
-#include "platform/base/fatal.h"
+#include "platform/base/diagnostics.h"
 
 namespace extension {
 namespace {

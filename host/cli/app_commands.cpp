@@ -1,4 +1,4 @@
-#include "host/cli/app_commands.h"
+#include "host/cli/commands.h"
 
 #include <unistd.h>
 
@@ -17,7 +17,6 @@
 #include "host/process/program_options.h"
 #include "platform/runtime/runtime.h"
 #include "platform/wire/host_channel.h"
-#include "platform/wire/host_widget_center.h"
 
 namespace host {
 namespace {

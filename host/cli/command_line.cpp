@@ -10,14 +10,12 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include "host/cli/app_commands.h"
+#include "host/cli/commands.h"
 #include "host/cli/output.h"
-#include "host/cli/store_commands.h"
-#include "host/cli/widget_commands.h"
 #include "host/paint/picture_formats.h"
 #include "host/web/run.h"
-#include "platform/base/standard_streams.h"
-#include "platform/runtime/command_line.h"
+#include "platform/base/program_start.h"
+#include "platform/runtime/process_options.h"
 
 namespace host {
 namespace {

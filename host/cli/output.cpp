@@ -10,7 +10,7 @@
 #include <system_error>
 #include "platform/base/file_descriptor.h"
 #include "platform/base/terminal_text.h"
-#include "platform/wire/descriptor.h"
+#include "platform/wire/framing.h"
 
 namespace host {
 namespace {

@@ -1,4 +1,4 @@
-#include "host/cli/store_commands.h"
+#include "host/cli/commands.h"
 
 #include <nlohmann/json.hpp>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "host/cli/widget_commands.h"
+#include "host/cli/commands.h"
 
 #include <algorithm>
 #include <chrono>

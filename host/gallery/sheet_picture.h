@@ -4,7 +4,8 @@
 
 #include <optional>
 #include <string>
-#include "platform/view/widget_family.h"
+#include <string_view>
+#include "platform/view/screen.h"
 
 namespace host {
 
@@ -22,5 +23,9 @@ struct SheetPicture {
 
 /// Absent when the sheet gives no picture such a name.
 std::optional<SheetPicture> pictureNamed(const std::string& fileName);
+
+/// Whether two PNGs look the same: they have one size, and no channel of any pixel differs by more than one
+/// step. Bytes that cannot be decoded look only like the same bytes.
+bool looksLike(std::string_view picture, std::string_view other);
 
 }  // namespace host

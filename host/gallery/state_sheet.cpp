@@ -13,12 +13,11 @@
 #include <utility>
 #include <vector>
 #include "companion/operations.h"
-#include "host/gallery/comparison.h"
-#include "host/gallery/sheet_page.h"
 #include "host/gallery/sheet_picture.h"
 #include "host/gallery/sheet_states.h"
 #include "host/layout/layout.h"
 #include "host/paint/painter.h"
+#include "host/paint/widget_outline.h"
 #include "host/process/demo_child.h"
 #include "host/process/extension_process.h"
 #include "host/process/program_options.h"
@@ -26,6 +25,7 @@
 #include "platform/settings/property_list.h"
 
 namespace host {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -361,6 +361,20 @@ private:
 };
 
 }  // namespace
+
+std::string sheetPage(std::string page, nlohmann::ordered_json data, const platform::Screen& screen) {
+    for (const platform::WidgetFamily family : platform::allWidgetFamilies) {
+        const platform::Size size = screen.widgetSize(family);
+        data["families"][std::string(description(family))] = {
+            {"width", size.width}, {"height", size.height}, {"outline", widgetOutline(size)}};
+    }
+    std::string text = data.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    // Only texts hold this character, and the page's parser would take some of them for an element.
+    for (std::size_t place = 0; (place = text.find('<', place)) != std::string::npos;)
+        text.replace(place, 1, "\\u003c");
+    constexpr std::string_view mark = "{{data}}";
+    return page.replace(page.find(mark), mark.size(), text);
+}
 
 std::string SheetOutcome::differences() const {
     return std::to_string(changed) + " changed, " + std::to_string(added) + " new, " +

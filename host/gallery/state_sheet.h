@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include "host/gallery/sheet_picture.h"
@@ -13,8 +14,13 @@
 #include "host/process/extension_process.h"
 #include "platform/base/result.h"
 #include "platform/runtime/process_options.h"
+#include "platform/view/screen.h"
 
 namespace host {
+
+/// Puts `data` into `page`, which is resources/gallery/index.html and describes in its script what it reads.
+/// The sizes and outlines of the families are added. No text in `data` can end the element that holds it.
+std::string sheetPage(std::string page, nlohmann::ordered_json data, const platform::Screen& screen);
 
 struct SheetOptions {
     /// Made when it does not exist. Pictures of the same names are replaced.

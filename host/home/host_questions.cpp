@@ -1,7 +1,6 @@
 #include "host/home/host_questions.h"
 #include "host/home/page_actions.h"
 #include "platform/wire/host_channel.h"
-#include "platform/wire/host_widget_center.h"
 
 namespace host {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 #include "platform/base/result.h"
-#include "platform/view/widget_family.h"
+#include "platform/view/screen.h"
 
 namespace host {
 

@@ -9,8 +9,8 @@
 #include <vector>
 #include "platform/base/bytes.h"
 #include "platform/base/color.h"
+#include "platform/view/screen.h"
 #include "platform/view/view.h"
-#include "platform/view/widget_family.h"
 
 namespace host {
 

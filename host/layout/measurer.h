@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 #include "platform/base/bytes.h"
+#include "platform/view/screen.h"
 #include "platform/view/view.h"
-#include "platform/view/widget_family.h"
 
 namespace host {
 

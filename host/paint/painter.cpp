@@ -6,6 +6,7 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 #include "host/paint/font_library.h"
@@ -13,7 +14,6 @@
 #include "host/paint/picture_library.h"
 #include "host/paint/png_writer.h"
 #include "host/paint/rounded_path.h"
-#include "host/paint/svg_names.h"
 #include "host/paint/text_setter.h"
 
 namespace host {
@@ -29,6 +29,32 @@ constexpr int largestScale = 3;
 // An SVG has no pixels, so its frames are placed where the sharpest screen would put them.
 constexpr int vectorScale = largestScale;
 constexpr std::size_t keptSurfaces = 4;
+
+// What comes before a name where it is defined or used.
+constexpr std::array<std::string_view, 3> leads{"id=\"", "=\"#", "url(#"};
+
+/// Renumbers the identifiers of an SVG in the order in which they appear. Cairo keeps counting through all
+/// drawings of a process, but the same drawing must give the same text.
+std::string withRenumberedIds(std::string_view svg) {
+    std::unordered_map<std::string_view, std::size_t> numbers;
+    std::string renumbered;
+    renumbered.reserve(svg.size());
+    for (std::size_t place = 0; place < svg.size();) {
+        const auto* lead = std::ranges::find_if(
+            leads, [&](std::string_view candidate) { return svg.substr(place).starts_with(candidate); });
+        if (lead == leads.end()) {
+            renumbered += svg[place++];
+            continue;
+        }
+        const std::size_t begin = place + lead->size();
+        const std::size_t end = std::min(svg.find_first_of("\")", begin), svg.size());
+        const std::size_t number =
+            numbers.try_emplace(svg.substr(begin, end - begin), numbers.size()).first->second;
+        renumbered.append(*lead).append("n").append(std::to_string(number));
+        place = end;
+    }
+    return renumbered;
+}
 
 /// Both corners on the nearest pixel, ties up.
 Rect snapped(const Rect& frame, double scale) {

@@ -17,7 +17,7 @@
 #include "host/paint/picture_decoder.h"
 #include "platform/base/bytes.h"
 #include "platform/base/result.h"
-#include "platform/view/widget_family.h"
+#include "platform/view/screen.h"
 
 namespace host {
 

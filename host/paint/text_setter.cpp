@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
-#include "host/paint/system_font.h"
+#include "host/paint/font_library.h"
 
 namespace host {
 namespace {

@@ -10,7 +10,6 @@
 #include "platform/base/result.h"
 #include "platform/view/screen.h"
 #include "platform/view/view.h"
-#include "platform/view/widget_family.h"
 
 namespace host {
 

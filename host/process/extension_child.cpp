@@ -17,6 +17,7 @@
 #include <system_error>
 #include <utility>
 #include "host/process/spawn.h"
+#include "platform/wire/conversion.h"
 
 namespace host {
 namespace {
@@ -65,7 +66,7 @@ bool drain(const platform::FileDescriptor& descriptor, const Take& take) {
 
 }  // namespace
 
-ExtensionChild::ExtensionChild(const ExtensionOptions& options, std::vector<wire::Request> first)
+ExtensionChild::ExtensionChild(const ExtensionOptions& options, const std::vector<wire::Request>& first)
     : options_(options),
       watch_(
           options, [this] { return memoryOf(processId_); }, steady_clock::now()) {
@@ -243,10 +244,12 @@ void ExtensionChild::advance() {
 }
 
 void ExtensionChild::readReplies() {
-    const std::lock_guard lock(mutex_);
-    const bool isOpen =
-        drain(messages_, [this](std::string_view bytes) { watch_.received(bytes, steady_clock::now()); });
+    const bool isOpen = drain(messages_, [this](std::string_view bytes) {
+        const std::lock_guard lock(mutex_);
+        watch_.received(bytes, steady_clock::now());
+    });
     if (isOpen) return;
+    const std::lock_guard lock(mutex_);
     messages_.reset();
     watch_.closedOutput(steady_clock::now());
 }

@@ -21,7 +21,7 @@ namespace host {
 class ExtensionChild {
 public:
     /// `first` is sent before any question.
-    ExtensionChild(const ExtensionOptions& options, std::vector<brightledger::wire::Request> first);
+    ExtensionChild(const ExtensionOptions& options, const std::vector<brightledger::wire::Request>& first);
     /// Ends the child and waits for it.
     ~ExtensionChild();
 

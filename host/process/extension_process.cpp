@@ -101,13 +101,13 @@ Result<std::vector<WidgetListing>> ExtensionProcess::gallery(milliseconds limit)
     wire::Request request;
     request.mutable_gallery();
     const Result<wire::Reply> reply =
-        waitFor<wire::Reply>([&](auto completion) { state_->ask(request, limit, completion); });
+        waitFor<wire::Reply>([&](const auto& completion) { state_->ask(request, limit, completion); });
     if (!reply) return tl::unexpected(reply.error());
     return widgetListings(*reply);
 }
 
 Result<EntryAnswer> ExtensionProcess::ask(const EntryQuestion& question, milliseconds limit) {
-    return waitFor<EntryAnswer>([&](auto completion) { ask(question, limit, completion); });
+    return waitFor<EntryAnswer>([&](const auto& completion) { ask(question, limit, completion); });
 }
 
 void ExtensionProcess::ask(const EntryQuestion& question, milliseconds limit, Completion completion) {

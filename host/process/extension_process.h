@@ -12,8 +12,8 @@
 #include <vector>
 #include "platform/base/clock.h"
 #include "platform/base/result.h"
+#include "platform/view/screen.h"
 #include "platform/view/view.h"
-#include "platform/view/widget_family.h"
 #include "platform/widget/timeline.h"
 
 namespace host {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 #include "host/schedule/reload_plan.h"
-#include "platform/view/widget_family.h"
+#include "platform/view/screen.h"
 
 namespace host {
 

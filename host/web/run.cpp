@@ -12,7 +12,7 @@
 #include "host/process/demo_child.h"
 #include "host/process/program_options.h"
 #include "host/web/page_server.h"
-#include "platform/base/ending_signals.h"
+#include "platform/base/program_start.h"
 #include "platform/wire/host_channel.h"
 
 namespace host {

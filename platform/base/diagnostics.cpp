@@ -1,9 +1,8 @@
+#include "platform/base/diagnostics.h"
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <utility>
-#include "platform/base/debug_log.h"
-#include "platform/base/fatal.h"
 #include "platform/base/terminal_text.h"
 
 namespace platform {

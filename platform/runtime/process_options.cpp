@@ -2,7 +2,6 @@
 
 #include <pwd.h>
 #include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
@@ -12,6 +11,7 @@
 #include "platform/base/ascii.h"
 
 namespace platform {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -139,6 +139,34 @@ fs::path resourcesDirectory() {
     std::error_code error;
     if (fs::is_directory(beside, error)) return beside;
     return programDirectory().parent_path() / "share" / "brightledger";
+}
+
+Result<ProcessOptions> takeProcessOptions(std::vector<std::string>& arguments) {
+    ProcessOptions options;
+    std::vector<std::string> rest;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string& argument = arguments[i];
+        if (argument == "--") {
+            rest.insert(rest.end(), arguments.begin() + static_cast<std::ptrdiff_t>(i), arguments.end());
+            break;
+        }
+        const std::size_t equals = argument.find('=');
+        const auto option = std::ranges::find(commonOptions, std::string_view(argument).substr(0, equals),
+                                              &CommonOption::name);
+        if (argument == "--verbose") {
+            options.isVerbose = true;
+        } else if (option == commonOptions.end()) {
+            rest.push_back(std::move(argument));
+        } else if (equals != std::string::npos) {
+            options.*(option->value) = argument.substr(equals + 1);
+        } else if (i + 1 < arguments.size()) {
+            options.*(option->value) = std::move(arguments[++i]);
+        } else {
+            return failure("UsageError", 2, argument + " needs a value");
+        }
+    }
+    arguments = std::move(rest);
+    return options;
 }
 
 }  // namespace platform

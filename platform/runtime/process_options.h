@@ -1,6 +1,7 @@
 #pragma once
 
-// The options that all our programs share, and the runtime that they and the environment describe.
+// The options that all our programs share, how they are read from the command line, and the runtime that they
+// and the environment describe.
 
 #include <array>
 #include <filesystem>
@@ -64,5 +65,10 @@ std::filesystem::path programDirectory();
 /// The folder of the programs' resources: "resources" beside them in a build, or
 /// "../share/brightledger" once installed.
 std::filesystem::path resourcesDirectory();
+
+/// Takes the common options ("--now INSTANT", "--now=INSTANT", ...) out of `arguments`, wherever they are
+/// before a "--", and leaves the rest in order. The last one of several counts. A missing value is a
+/// "UsageError".
+Result<ProcessOptions> takeProcessOptions(std::vector<std::string>& arguments);
 
 }  // namespace platform

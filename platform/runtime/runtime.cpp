@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 #include <utility>
-#include "platform/base/fatal.h"
+#include "platform/base/diagnostics.h"
 
 namespace platform {
 namespace {

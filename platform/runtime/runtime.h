@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include "platform/base/clock.h"
-#include "platform/base/debug_log.h"
+#include "platform/base/diagnostics.h"
 #include "platform/base/locale.h"
 #include "platform/base/uuid.h"
 #include "platform/settings/bundle_information.h"

@@ -1,4 +1,4 @@
-#include "platform/settings/binary_property_list.h"
+#include "platform/settings/property_list_formats.h"
 
 #include <algorithm>
 #include <bit>
@@ -7,8 +7,6 @@
 #include <unordered_map>
 #include <utility>
 #include <vector>
-#include "platform/settings/property_list_limits.h"
-#include "platform/settings/property_list_text.h"
 #include "platform/settings/utf8.h"
 
 namespace platform::property_list {

@@ -1,7 +1,7 @@
 #include "platform/settings/bundle_information.h"
 
 #include "platform/base/files.h"
-#include "platform/settings/property_list_limits.h"
+#include "platform/settings/property_list_formats.h"
 
 namespace platform {
 

@@ -6,9 +6,7 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include "platform/settings/binary_property_list.h"
-#include "platform/settings/property_list_limits.h"
-#include "platform/settings/property_list_text.h"
+#include "platform/settings/property_list_formats.h"
 
 namespace platform {
 namespace {

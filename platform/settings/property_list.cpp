@@ -1,8 +1,6 @@
 #include "platform/settings/property_list.h"
 
-#include "platform/settings/binary_property_list.h"
-#include "platform/settings/property_list_limits.h"
-#include "platform/settings/xml_property_list.h"
+#include "platform/settings/property_list_formats.h"
 
 namespace platform {
 namespace {

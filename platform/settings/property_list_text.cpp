@@ -1,5 +1,5 @@
-#include "platform/settings/property_list_text.h"
 #include "platform/base/ascii.h"
+#include "platform/settings/property_list_formats.h"
 
 #include <array>
 #include <charconv>

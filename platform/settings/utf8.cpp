@@ -9,6 +9,7 @@ namespace platform {
 std::optional<char32_t> nextCodePoint(std::string_view text, std::size_t& position) {
     std::size_t after = position;
     UChar32 codePoint = 0;
+    // NOLINTNEXTLINE(bugprone-inc-dec-in-conditions): the macro is the library's.
     U8_NEXT(text.data(), after, text.size(), codePoint);
     if (codePoint < 0) return std::nullopt;
     position = after;

@@ -1,4 +1,4 @@
-#include "platform/settings/xml_property_list.h"
+#include "platform/settings/property_list_formats.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,8 +8,6 @@
 #include <string>
 #include <utility>
 #include "platform/base/ascii.h"
-#include "platform/settings/property_list_limits.h"
-#include "platform/settings/property_list_text.h"
 #include "platform/settings/utf8.h"
 
 namespace platform::property_list {

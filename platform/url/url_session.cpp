@@ -10,7 +10,7 @@
 #include <iterator>
 #include <mutex>
 #include <thread>
-#include "platform/base/fatal.h"
+#include "platform/base/diagnostics.h"
 #include "platform/url/transfer.h"
 
 namespace platform {

@@ -14,7 +14,7 @@
 #include <vector>
 #include "platform/base/bytes.h"
 #include "platform/base/color.h"
-#include "platform/view/widget_family.h"
+#include "platform/view/screen.h"
 
 namespace platform {
 

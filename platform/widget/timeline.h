@@ -4,7 +4,7 @@
 
 #include <vector>
 #include "platform/base/clock.h"
-#include "platform/view/widget_family.h"
+#include "platform/view/screen.h"
 
 namespace platform {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 #include "platform/base/result.h"
-#include "platform/view/widget_family.h"
+#include "platform/view/screen.h"
 
 namespace platform {
 

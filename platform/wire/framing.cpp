@@ -1,8 +1,13 @@
 #include "platform/wire/framing.h"
 
+#include <unistd.h>
+#include <array>
+#include <cerrno>
 #include <cstdint>
+#include <system_error>
 
 namespace platform {
+
 namespace {
 
 /// A length within the limit needs no more bytes.
@@ -39,6 +44,10 @@ tl::unexpected<Error> tooLong(std::uint64_t size) {
     return failure("WireError", 1, "a message of " + std::to_string(size) + " bytes is too long");
 }
 
+tl::unexpected<Error> systemFailure() {
+    return failure("SystemError", errno, std::generic_category().message(errno));
+}
+
 }  // namespace
 
 Result<std::string> frameLength(std::size_t size) {
@@ -63,6 +72,27 @@ Result<std::optional<std::string>> FrameReader::next() {
     if (rest.size() - prefix < size) return std::nullopt;
     start_ += prefix + size;
     return std::string(rest.substr(prefix, size));
+}
+
+Result<std::string> readSome(int descriptor) {
+    std::array<char, 16384> buffer{};
+    for (;;) {
+        const ssize_t count = read(descriptor, buffer.data(), buffer.size());
+        if (count >= 0) return std::string(buffer.data(), static_cast<std::size_t>(count));
+        if (errno != EINTR) return systemFailure();
+    }
+}
+
+Result<void> writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(descriptor, bytes.data(), bytes.size());
+        if (count >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return systemFailure();
+        }
+    }
+    return {};
 }
 
 }  // namespace platform

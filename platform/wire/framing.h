@@ -1,6 +1,6 @@
 #pragma once
 
-// Cuts a stream of bytes into messages: a varint length, then the message, one after the other.
+// Messages on a descriptor: a varint length, then the message, one after the other.
 
 #include <cstddef>
 #include <optional>
@@ -32,5 +32,12 @@ private:
     std::string buffer_;
     std::size_t start_ = 0;
 };
+
+/// Reads what is there, waiting for the first byte; empty at the end of the stream. Fails with the system's
+/// number as code (domain "SystemError").
+Result<std::string> readSome(int descriptor);
+
+/// Writes all of `bytes`, waiting as long as it takes. The process must not die of SIGPIPE.
+Result<void> writeAll(int descriptor, std::string_view bytes);
 
 }  // namespace platform

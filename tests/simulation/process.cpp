@@ -7,7 +7,7 @@
 #include "extension/app/bundle/message_loop.h"
 #include "host/process/child_watch.h"
 #include "host/process/entry_messages.h"
-#include "platform/base/fatal.h"
+#include "platform/base/diagnostics.h"
 #include "platform/wire/conversion.h"
 #include "platform/wire/framing.h"
 #include "tests/simulation/network.h"

@@ -10,9 +10,8 @@
 #include <vector>
 #include "extension/app/bundle/message_loop.h"
 #include "extension/app/bundle/perch_widget_bundle.h"
-#include "platform/base/standard_streams.h"
+#include "platform/base/program_start.h"
 #include "platform/base/terminal_text.h"
-#include "platform/runtime/command_line.h"
 #include "platform/runtime/process_options.h"
 
 namespace {

@@ -13,7 +13,6 @@
 #include "platform/base/alternatives.h"
 #include "platform/base/serial_queue.h"
 #include "platform/wire/conversion.h"
-#include "platform/wire/descriptor.h"
 #include "platform/wire/framing.h"
 
 namespace extension {

@@ -3,7 +3,7 @@
 // The hours of the day that matter to the widgets, and when they ask for a new timeline.
 
 #include <chrono>
-#include "platform/base/fatal.h"
+#include "platform/base/diagnostics.h"
 #include "platform/runtime/runtime.h"
 #include "platform/widget/timeline.h"
 

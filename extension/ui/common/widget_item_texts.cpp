@@ -1,7 +1,7 @@
 #include "extension/ui/common/widget_item_texts.h"
 
 #include <utility>
-#include "platform/base/fatal.h"
+#include "platform/base/diagnostics.h"
 #include "platform/url/url.h"
 
 namespace extension {

@@ -4,8 +4,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
-#include "host/gallery/comparison.h"
-#include "host/gallery/sheet_page.h"
+#include "host/gallery/sheet_picture.h"
 #include "host/paint/painter.h"
 #include "host/paint/picture_decoder.h"
 #include "tests/support/files.h"

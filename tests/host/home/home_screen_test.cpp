@@ -19,7 +19,6 @@
 #include "host/web/page_server.h"
 #include "platform/wire/framing.h"
 #include "platform/wire/host_channel.h"
-#include "platform/wire/host_widget_center.h"
 #include "tests/support/raw_client.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/test_runtime.h"
@@ -187,8 +186,7 @@ struct House {
             .runtime = runtime,
             .extension = {.program = programs / "brightledger-extension",
                           .arguments = {"--data-dir", (directory / "data").string(), "--info-plist",
-                                        plist.string(), "--locale", "en_IN", "--time-zone",
-                                        "Asia/Kolkata"},
+                                        plist.string(), "--locale", "en_IN", "--time-zone", "Asia/Kolkata"},
                           .log = {}},
             .infoPlist = plist,
             .resources = std::filesystem::path(BRIGHTLEDGER_SOURCE_DIR) / "resources",

@@ -11,7 +11,7 @@
 #include "platform/base/bytes.h"
 #include "platform/base/clock.h"
 #include "platform/base/files.h"
-#include "platform/base/standard_streams.h"
+#include "platform/base/program_start.h"
 #include "platform/base/uuid.h"
 #include "tests/support/expected_text.h"
 #include "tests/support/temporary_directory.h"

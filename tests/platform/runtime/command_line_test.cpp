@@ -1,4 +1,4 @@
-#include "platform/runtime/command_line.h"
+#include "platform/runtime/process_options.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -8,7 +8,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include "platform/runtime/command_line.h"
 #include "platform/text/calendar.h"
 #include "tests/support/expected_text.h"
 #include "tests/support/temporary_directory.h"

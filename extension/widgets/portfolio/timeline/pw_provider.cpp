@@ -8,7 +8,7 @@
 #include "extension/app/settings/reload_times.h"
 #include "extension/app/settings/store_keys.h"
 #include "extension/widgets/portfolio/model/portfolio_data_model.h"
-#include "platform/base/fatal.h"
+#include "platform/base/diagnostics.h"
 #include "platform/json/json_coding.h"
 
 namespace extension {

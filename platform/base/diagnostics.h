@@ -1,6 +1,6 @@
 #pragma once
 
-// Diagnostics for developers; widgets never show them.
+// The debug log, and the end of a process when something happens that must not. Widgets show neither.
 
 #include <functional>
 #include <mutex>
@@ -29,5 +29,13 @@ private:
     std::mutex mutex_;
     Sink sink_;
 };
+
+/// Writes "fatal error: " and `message` as one line to standard error and ends the process with
+/// SIGABRT. Only for the few failures that the widgets' contract calls fatal.
+[[noreturn]] void fatalError(std::string_view message);
+
+/// From now on `handler` is called instead, for a program that simulates processes. It must not return: it
+/// leaves by an exception.
+void handleFatalErrors(void (*handler)(std::string_view message));
 
 }  // namespace platform

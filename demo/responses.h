@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <nlohmann/json.hpp>
 #include "demo/market.h"
 #include "serving/http_server.h"
 
@@ -13,5 +14,9 @@ namespace demo {
 /// and its place in the list. `now` is shown as the time of the quotes.
 serving::Response quotesResponse(const serving::Request& request, platform::Instant now,
                                  const std::function<Price(const Instrument&, std::size_t place)>& priceOf);
+
+inline serving::Response jsonResponse(const nlohmann::ordered_json& json, int status = 200) {
+    return {.status = status, .contentType = "application/json", .body = platform::Bytes(json.dump())};
+}
 
 }  // namespace demo

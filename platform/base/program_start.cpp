@@ -1,7 +1,8 @@
-#include "platform/base/standard_streams.h"
+#include "platform/base/program_start.h"
 
 #include <fcntl.h>
 #include <unistd.h>
+#include <initializer_list>
 
 namespace platform {
 
@@ -12,6 +13,15 @@ void fillStandardStreams() {
         // that writing to it fails.
         ::open("/dev/null", descriptor == STDERR_FILENO ? O_WRONLY : O_RDONLY);
     }
+}
+
+sigset_t blockEndingSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
 }
 
 }  // namespace platform

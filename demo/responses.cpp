@@ -1,4 +1,4 @@
-#include "demo/quotes.h"
+#include "demo/responses.h"
 
 #include <string>
 #include "extension/widgets/perch/proto/market_package.h"
