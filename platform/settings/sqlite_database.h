@@ -74,6 +74,7 @@ public:
     Result<void> execute(const char* sql);
     /// The first column of the first row; empty without a row.
     Result<std::string> text(const char* sql);
+    bool isReadOnly() const { return sqlite3_db_readonly(handle_.get(), "main") == 1; }
     bool isInTransaction() const { return sqlite3_get_autocommit(handle_.get()) == 0; }
     /// Leaves the write-ahead log as it is when the connection closes.
     void keepLog();

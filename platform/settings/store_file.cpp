@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <array>
@@ -14,6 +15,7 @@
 #include <thread>
 #include "platform/base/clock.h"
 #include "platform/base/files.h"
+#include "platform/settings/stored_value.h"
 
 namespace platform {
 namespace {
@@ -24,7 +26,19 @@ using std::chrono::milliseconds;
 constexpr mode_t folderMode = 0700;
 constexpr mode_t fileMode = 0600;
 constexpr std::array<const char*, 2> sideFiles{"-wal", "-shm"};
-constexpr const char* storeVersion = "1";
+/// The total tells when rows are missing. SQLite keeps it with every write, in the same transaction.
+constexpr const char* schema =
+    "CREATE TABLE settings(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL, checksum INTEGER NOT NULL)"
+    " WITHOUT ROWID;"
+    "CREATE TABLE total(rows INTEGER NOT NULL, checksums INTEGER NOT NULL);"
+    "INSERT INTO total VALUES(0, 0);"
+    "CREATE TRIGGER added AFTER INSERT ON settings BEGIN"
+    " UPDATE total SET rows = rows + 1, checksums = checksums + new.checksum; END;"
+    "CREATE TRIGGER changed AFTER UPDATE ON settings BEGIN"
+    " UPDATE total SET checksums = checksums - old.checksum + new.checksum; END;"
+    "CREATE TRIGGER removed AFTER DELETE ON settings BEGIN"
+    " UPDATE total SET rows = rows - 1, checksums = checksums - old.checksum; END;"
+    "PRAGMA user_version=2";
 
 fs::path withSuffix(fs::path file, const std::string& suffix) { return file += suffix; }
 
@@ -97,14 +111,94 @@ Result<void> readFirstPages(Database& database) {
     const std::string version = TRY(database.text("PRAGMA user_version"));
     if (version == "0")
         return settingsFailure(SQLITE_CORRUPT, "settings store: the file is empty or not a settings store");
-    if (version != storeVersion)
+    if (version != "1" && version != "2")
         return settingsFailure(SQLITE_MISMATCH, "settings store: the file was written by a newer version");
     return {};
+}
+
+Result<bool> isOfFirstVersion(Database& database) {
+    return database.text("PRAGMA user_version").map([](const std::string& version) {
+        return version == "1";
+    });
+}
+
+Result<void> checkPages(Database& database) {
+    const std::string found = TRY(database.text("PRAGMA integrity_check(1)"));
+    if (found != "ok") return settingsFailure(SQLITE_CORRUPT, "settings store: " + found);
+    return {};
+}
+
+enum class Check { checksums, values };
+
+/// Reads every row, and compares all of them with the total. The first version has neither checksums nor
+/// total.
+Result<void> checkRows(Database& database, Check check) {
+    const bool isFirst = TRY(isOfFirstVersion(database));
+    TRY(database.execute("BEGIN"));
+    std::int64_t rows = 0;
+    std::int64_t checksums = 0;
+    {
+        Statement all = TRY(database.prepare(isFirst ? "SELECT key, value, '' FROM settings"
+                                                     : "SELECT key, value, checksum FROM settings"));
+        auto run = all.run();
+        while (TRY(run.step())) {
+            const std::string_view key = run.bytes(0).value_or("");
+            const std::string_view value = run.bytes(1).value_or("");
+            const std::string expected = checksum(key, value);
+            if ((!isFirst && run.text(2) != expected) ||
+                (check == Check::values && !decodeStoredValue(value))) {
+                return settingsFailure(
+                    SQLITE_CORRUPT, "settings store: the value of \"" + std::string(key) + "\" is damaged");
+            }
+            ++rows;
+            checksums += std::stoll(expected);
+        }
+    }
+    const std::string total = isFirst ? "" : TRY(database.text("SELECT rows || ' ' || checksums FROM total"));
+    if (!isFirst && total != std::to_string(rows) + " " + std::to_string(checksums))
+        return settingsFailure(SQLITE_CORRUPT, "settings store: values are missing");
+    return database.execute("COMMIT");
+}
+
+/// Gives the checksums to a store of the first version. All or nothing, and once when several processes try.
+Result<void> addChecksums(Database& database) {
+    TRY(database.execute("BEGIN IMMEDIATE"));
+    if (!TRY(isOfFirstVersion(database))) return database.execute("COMMIT");
+    TRY(checkPages(database));
+    TRY(database.execute("ALTER TABLE settings RENAME TO earlier"));
+    TRY(database.execute(schema));
+    {
+        Statement all = TRY(database.prepare("SELECT key, value FROM earlier"));
+        Statement insert = TRY(database.prepare("INSERT INTO settings VALUES(?1, ?2, ?3)"));
+        auto read = all.run();
+        while (TRY(read.step())) {
+            const std::string_view key = read.bytes(0).value_or("");
+            const std::string_view value = read.bytes(1).value_or("");
+            const std::string sum = checksum(key, value);
+            auto write = insert.run();
+            write.bindText(1, key);
+            write.bindBytes(2, value);
+            write.bindText(3, sum);
+            TRY(write.step());
+        }
+    }
+    TRY(database.execute("DROP TABLE earlier"));
+    return database.execute("COMMIT");
 }
 
 Result<Database> openAs(const fs::path& file, Database::Access access) {
     Database database = TRY(Database::open(file, access));
     TRY(readFirstPages(database));
+    if (!TRY(isOfFirstVersion(database))) {
+        TRY(checkRows(database, Check::checksums));
+    } else if (database.isReadOnly()) {
+        TRY(checkPages(database));
+        TRY(database.execute(
+            "PRAGMA temp_store=MEMORY;"
+            "CREATE TEMP VIEW settings AS SELECT key, value, '' AS checksum FROM main.settings"));
+    } else {
+        TRY(addChecksums(database));
+    }
     return database;
 }
 
@@ -143,6 +237,13 @@ void StoreLock::releaseForCreating() const {
     if (exists()) lockBytes(file_.number(), F_UNLCK);
 }
 
+std::string checksum(std::string_view key, std::string_view value) {
+    const auto add = [](uLong sum, std::string_view bytes) {
+        return crc32_z(sum, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size());
+    };
+    return std::to_string(add(add(add(0, key), std::string_view("\0", 1)), value));
+}
+
 bool isThere(const fs::path& file) {
     std::error_code error;
     return fs::symlink_status(file, error).type() != fs::file_type::not_found;
@@ -177,13 +278,9 @@ Result<void> createStore(const fs::path& file) {
     TRY(makeEmptyFile(fresh));
     {
         Database database = TRY(Database::open(fresh, Database::Access::readWrite));
-        const auto filled = database.execute(
-            "BEGIN IMMEDIATE;"
-            "CREATE TABLE settings(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL) WITHOUT ROWID;"
-            "PRAGMA user_version=1;"
-            "COMMIT;"
-            "PRAGMA journal_mode=WAL");
-        if (!filled) return filled;
+        TRY(database.execute("BEGIN IMMEDIATE"));
+        TRY(database.execute(schema));
+        TRY(database.execute("COMMIT; PRAGMA journal_mode=WAL"));
     }
     if (std::rename(fresh.c_str(), file.c_str()) != 0) return systemFailure("create", file);
     syncFolder(file.parent_path());
@@ -205,9 +302,8 @@ Result<void> examineStore(const fs::path& file) {
     // Also keeps out programs that do not know our lock.
     TRY(database.execute("PRAGMA locking_mode=EXCLUSIVE"));
     TRY(readFirstPages(database));
-    const std::string found = TRY(database.text("PRAGMA integrity_check(1)"));
-    if (found != "ok") return settingsFailure(SQLITE_CORRUPT, "settings store: " + found);
-    return {};
+    TRY(checkPages(database));
+    return checkRows(database, Check::values);
 }
 
 Result<fs::path> setStoreAside(const fs::path& file) {

@@ -43,7 +43,11 @@ std::string_view objectionToSuiteName(std::string_view name);
 /// Creates an empty store at `file`, all or nothing. The caller holds the lock for creating.
 Result<void> createStore(const std::filesystem::path& file);
 
-/// Opens a store and reads its first pages. An empty or foreign file counts as damaged.
+/// What is stored beside a value, so that damage to it or to its key shows.
+std::string checksum(std::string_view key, std::string_view value);
+/// Opens a store and reads all of it. An empty or foreign file counts as damaged, as do values that do not
+/// match their checksums or are missing. A store of the first version, which had no checksums, gets them; where
+/// it cannot be written, its checksums read as empty texts.
 Result<Database> openStore(const std::filesystem::path& file);
 
 /// Reads the whole store without changing it; damage is an error for which `isDamage` is true. No other

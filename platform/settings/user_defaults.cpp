@@ -19,17 +19,28 @@ constexpr std::chrono::seconds patience{5};
 // They index `queries` and the statements of a connection.
 enum Query : std::size_t { readOne, readAll, write, erase, queryCount };
 constexpr std::array<const char*, queryCount> queries{
-    "SELECT value FROM settings WHERE key = ?1",
-    "SELECT key, value FROM settings ORDER BY key",
-    "INSERT INTO settings(key, value) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET value = excluded.value",
+    "SELECT value, checksum FROM settings WHERE key = ?1",
+    "SELECT key, value, checksum FROM settings ORDER BY key",
+    "INSERT INTO settings VALUES(?1, ?2, ?3)"
+    " ON CONFLICT(key) DO UPDATE SET value = excluded.value, checksum = excluded.checksum",
     "DELETE FROM settings WHERE key = ?1",
 };
 
-/// The code of an error that concerns one value and not the store.
+// The codes of errors that concern one value and not the store.
 constexpr int undecodable = SQLITE_MISMATCH;
+constexpr int damagedValue = SQLITE_CORRUPT | (99 << 8);
 
-Result<PropertyList> decoded(std::string_view key, const std::optional<std::string_view>& bytes) {
-    std::optional<PropertyList> value = bytes ? decodeStoredValue(*bytes) : std::nullopt;
+/// The bytes of a value and its checksum, in two columns from `column` on.
+Result<std::string_view> intactValue(std::string_view key, const Statement::Run& run, int column) {
+    const std::string_view bytes = run.bytes(column).value_or("");
+    const std::string sum = run.text(column + 1);
+    if (sum.empty() || sum == checksum(key, bytes)) return bytes;
+    return settingsFailure(damagedValue,
+                           "settings store: the value of \"" + std::string(key) + "\" is damaged");
+}
+
+Result<PropertyList> decoded(std::string_view key, std::string_view bytes) {
+    std::optional<PropertyList> value = decodeStoredValue(bytes);
     if (value) return std::move(*value);
     return settingsFailure(undecodable,
                            "settings store: the value of \"" + std::string(key) + "\" cannot be decoded");
@@ -77,9 +88,9 @@ struct UserDefaults::Connection {
         Statement* prepared = TRY(statement(readOne));
         auto run = prepared->run();
         run.bindText(1, key);
-        const bool row = TRY(run.step());
-        if (!row) return std::nullopt;
-        return decoded(key, run.bytes(0));
+        if (!TRY(run.step())) return std::nullopt;
+        const std::string_view bytes = TRY(intactValue(key, run, 0));
+        return decoded(key, bytes);
     }
 
     Result<void> set(std::string_view key, const PropertyList& value) {
@@ -94,12 +105,28 @@ struct UserDefaults::Connection {
     Result<void> remove(std::string_view key) { return change(erase, key, std::nullopt); }
 
     Result<void> change(Query query, std::string_view key, std::optional<std::string_view> bytes) {
+        if (database.isReadOnly())
+            return settingsFailure(SQLITE_READONLY, "settings store: the file cannot be written");
+        TRY(keepDamaged(key));
         Statement* prepared = TRY(statement(query));
         auto run = prepared->run();
         run.bindText(1, key);
-        if (bytes) run.bindBytes(2, *bytes);
+        const std::string sum = bytes ? checksum(key, *bytes) : "";
+        if (bytes) {
+            run.bindBytes(2, *bytes);
+            run.bindText(3, sum);
+        }
         TRY(run.step());
         return {};
+    }
+
+    /// A damaged value is not overwritten: it is for repair to set aside.
+    Result<void> keepDamaged(std::string_view key) {
+        Statement* prepared = TRY(statement(readOne));
+        auto run = prepared->run();
+        run.bindText(1, key);
+        if (!TRY(run.step())) return {};
+        return intactValue(key, run, 0).map([](std::string_view) {});
     }
 
     /// Runs `work` between `begin` and a commit; rolls back unless both succeed.
@@ -185,7 +212,8 @@ Result<std::vector<Result<std::optional<PropertyList>>>> UserDefaults::objects(
                return connection.inTransaction("BEGIN", [&]() -> Result<void> {
                    for (const std::string& key : keys) {
                        Result<std::optional<PropertyList>> value = connection.object(key);
-                       if (!value && value.error().code != undecodable) return tl::unexpected(value.error());
+                       if (!value && value.error().code != undecodable && value.error().code != damagedValue)
+                           return tl::unexpected(value.error());
                        values.push_back(std::move(value));
                    }
                    return {};
@@ -202,7 +230,8 @@ Result<PropertyList::Dictionary> UserDefaults::dictionaryRepresentation() const 
         for (Result<bool> row = run.step(); !row || *row; row = run.step()) {
             if (!row) return tl::unexpected(row.error());
             std::string key(run.bytes(0).value_or(""));
-            PropertyList value = TRY(decoded(key, run.bytes(1)));
+            const std::string_view bytes = TRY(intactValue(key, run, 1));
+            PropertyList value = TRY(decoded(key, bytes));
             entries.insert_or_assign(std::move(key), std::move(value));
         }
         return entries;

@@ -13,6 +13,7 @@
 #include <functional>
 #include <future>
 #include <limits>
+#include <random>
 #include <string>
 #include <thread>
 #include <utility>
@@ -259,12 +260,12 @@ TEST(ASettingsStore, WithAStrangeValueGivesTheOthersAndAnErrorForThatOne) {
     ASSERT_TRUE(store->set("good", 1));
     sqlite3* other = nullptr;
     ASSERT_EQ(sqlite3_open(storeFile(folder.path(), suite).c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(
-        sqlite3_exec(other,
-                     "INSERT INTO settings VALUES('unknown', x'FF00'), ('cut', x'7305'), ('empty', x''),"
-                     "('long', x'5454'), ('number', 5), ('count', x'5bffffffffffffff7f')",
-                     nullptr, nullptr, nullptr),
-        SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other,
+                           "INSERT INTO settings VALUES('unknown', x'FF00', 1), ('cut', x'7305', 2),"
+                           "('empty', x'', 3), ('long', x'5454', 4), ('number', 5, 5),"
+                           "('count', x'5bffffffffffffff7f', 6)",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
     sqlite3_close(other);
 
     EXPECT_EQ(*store->object("good"), PropertyList(1));
@@ -279,8 +280,82 @@ TEST(ASettingsStore, WithAStrangeValueGivesTheOthersAndAnErrorForThatOne) {
     EXPECT_EQ(*several->at(1), PropertyList(1));
     EXPECT_EQ(*several->at(2), std::nullopt);
     EXPECT_FALSE(store->dictionaryRepresentation());
-    ASSERT_TRUE(store->set("number", 6));
-    EXPECT_EQ(*store->object("number"), PropertyList(6));
+    EXPECT_FALSE(store->set("number", 6)) << "repair sets it aside as it is";
+    EXPECT_FALSE(store->remove("number"));
+}
+
+/// Runs a statement on a store's file, as another program would.
+void runOn(const fs::path& file, const std::string& sql) {
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &other), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(other, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(other);
+    sqlite3_close(other);
+}
+
+TEST(ASettingsStore, OfTheFirstVersionIsTakenOverAsItIs) {
+    const TemporaryDirectory folder;
+    const fs::path file = storeFile(folder.path(), suite);
+    runOn(file,
+          "CREATE TABLE settings(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL) WITHOUT ROWID;"
+          "INSERT INTO settings VALUES('yes', x'54'), ('five', x'690500000000000000'), ('strange', x'FF');"
+          "PRAGMA user_version=1; PRAGMA journal_mode=WAL");
+    const auto expectContent = [&] {
+        const auto values =
+            UserDefaults::open(folder.path(), suite).value()->objects({"yes", "five", "strange"});
+        ASSERT_TRUE(values);
+        EXPECT_EQ(*values->at(0), PropertyList(true));
+        EXPECT_EQ(*values->at(1), PropertyList(5));
+        EXPECT_FALSE(values->at(2));
+    };
+    expectContent();
+    expectContent();
+    ASSERT_TRUE(opened(folder.path())->set("strange", 7));
+    EXPECT_EQ(opened(folder.path())->dictionaryRepresentation()->size(), 3U);
+}
+
+TEST(ASettingsStore, IsNotOpenedWhenOneBitOfAValueHasChangedOrOneIsMissing) {
+    const TemporaryDirectory folder;
+    const fs::path file = storeFile(folder.path(), suite);
+    for (const std::string damage :
+         {"UPDATE settings SET value = x'5500' WHERE key = 'b'",
+          "UPDATE settings SET key = 'd' WHERE key = 'b'",
+          "DROP TRIGGER removed; DELETE FROM settings WHERE key = 'b'", "UPDATE total SET rows = 4"}) {
+        fs::remove(file);
+        for (const char* key : {"a", "b", "c"}) ASSERT_TRUE(opened(folder.path())->set(key, true));
+        runOn(file, damage);
+        const auto store = UserDefaults::open(folder.path(), suite);
+        ASSERT_FALSE(store) << damage;
+        EXPECT_THAT(store.error().message, testing::AnyOf(HasSubstr("is damaged"), HasSubstr("are missing")));
+        EXPECT_TRUE(repairStore(folder.path(), suite).value()) << damage;
+    }
+}
+
+TEST(ASettingsStore, SaysThatItIsDamagedWhateverBitOrBlockOfItsFileIsLost) {
+    const TemporaryDirectory folder;
+    const fs::path file = storeFile(folder.path(), suite);
+    Dictionary all;
+    for (int i = 0; i < 60; ++i)
+        all.emplace("key" + std::to_string(i), std::string(200, 'v') + std::to_string(i));
+    for (const auto& [key, value] : all) ASSERT_TRUE(opened(folder.path())->set(key, value));
+    const std::string whole = contentOf(file);
+    std::mt19937 random(5);
+    int found = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        std::string damaged = whole;
+        const std::size_t place = random() % whole.size();
+        if (trial % 6 == 0) {
+            damaged.replace(place / 512 * 512, 512, 512, '\0');
+        } else {
+            damaged[place] = static_cast<char>(damaged[place] ^ 1 << random() % 8);
+        }
+        writeFile(file, damaged);
+        const auto store = UserDefaults::open(folder.path(), suite);
+        const auto values = store ? (*store)->dictionaryRepresentation() : tl::unexpected(store.error());
+        found += values ? 0 : 1;
+        EXPECT_EQ(values.value_or(all), all) << "byte " << place;
+    }
+    EXPECT_GT(found, 150) << "most of the file is values";
 }
 
 TEST(ASettingsStore, ThatIsDamagedIsNeverTakenForAnEmptyOne) {
