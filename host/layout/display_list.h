@@ -80,7 +80,7 @@ struct DisplayItem {
 
 struct LinkArea {
     std::string url;
-    /// Its tap area: the label's frame within all clips; empty when nothing of it is to be seen.
+    /// Its tap area: the label's frame within all clips; empty when nothing of it can be seen.
     Rect frame;
 };
 
@@ -99,7 +99,7 @@ struct DisplayList {
 /// {"x","y","width","height"}
 nlohmann::ordered_json rectJson(const Rect& rect);
 
-/// The list as the command line prints it; GroupItems are left out, an image with bytes tells how many,
+/// The list as the command line prints it; GroupItems are left out, an image with bytes says how many,
 /// and an item that is cut has its "clips".
 nlohmann::ordered_json displayListJson(const DisplayList& list);
 
