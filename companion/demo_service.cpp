@@ -4,7 +4,6 @@
 #include <utility>
 
 namespace companion {
-
 namespace {
 
 using nlohmann::json;

@@ -7,7 +7,6 @@
 #include "host/paint/widget_outline.h"
 
 namespace host {
-
 namespace {
 
 using nlohmann::ordered_json;

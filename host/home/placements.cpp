@@ -7,7 +7,6 @@
 #include "platform/base/files.h"
 
 namespace host {
-
 namespace {
 
 constexpr int columns = 2;

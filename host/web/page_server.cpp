@@ -10,7 +10,6 @@
 #include "platform/base/files.h"
 
 namespace host {
-
 namespace {
 
 using platform::Bytes;
