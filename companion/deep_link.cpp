@@ -3,7 +3,6 @@
 #include <array>
 
 namespace companion {
-
 namespace {
 
 constexpr std::array<std::string_view, 13> parameterNames{

@@ -5,7 +5,6 @@
 #include "platform/json/json_document.h"
 
 namespace companion {
-
 namespace {
 
 using json = nlohmann::ordered_json;

@@ -12,7 +12,7 @@
 
 namespace companion {
 
-/// A signed-in user. The address already carries a query. None of this belongs into a log or a page.
+/// A signed-in user. The address already carries a query. None of this belongs in a log or a page.
 struct Session {
     std::string token;
     std::string userId;
@@ -57,7 +57,7 @@ platform::Result<void> setSession(const platform::Runtime& runtime, const std::o
 platform::Result<std::optional<Session>> session(const platform::Runtime& runtime);
 
 platform::Result<void> setChosenAssets(const platform::Runtime& runtime, const ChosenAssets& assets);
-/// A list that is absent, or no array, is empty.
+/// A list that is absent, or not an array, is empty.
 platform::Result<ChosenAssets> chosenAssets(const platform::Runtime& runtime);
 
 /// Replaces the news feed's whole address, or gives it back to the environment.

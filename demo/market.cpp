@@ -7,7 +7,6 @@
 #include <ctime>
 
 namespace demo {
-
 namespace {
 
 using std::chrono::seconds;

@@ -5,12 +5,10 @@
 #include <mutex>
 #include <optional>
 #include "demo/market.h"
-#include "demo/responses.h"
 #include "demo/scenes.h"
 #include "platform/base/files.h"
 
 namespace demo {
-
 namespace {
 
 using namespace std::string_literals;

@@ -13,7 +13,7 @@
 #include "companion/demo_service.h"
 #include "companion/operations.h"
 #include "host/cli/output.h"
-#include "host/home/host_questions.h"
+#include "host/home/host_socket.h"
 #include "host/process/program_options.h"
 #include "platform/runtime/runtime.h"
 #include "platform/wire/host_channel.h"

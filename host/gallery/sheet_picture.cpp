@@ -8,7 +8,6 @@
 #include "host/paint/picture_decoder.h"
 
 namespace host {
-
 namespace {
 
 constexpr int anySize = 1 << 14;

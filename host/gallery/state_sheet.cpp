@@ -25,7 +25,6 @@
 #include "platform/settings/property_list.h"
 
 namespace host {
-
 namespace {
 
 namespace fs = std::filesystem;

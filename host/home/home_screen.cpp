@@ -7,7 +7,6 @@
 #include "platform/settings/property_list.h"
 
 namespace host {
-
 namespace {
 
 using platform::Result;

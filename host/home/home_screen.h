@@ -53,13 +53,14 @@ public:
     static platform::Result<std::unique_ptr<HomeScreen>> start(HomeScreenOptions options);
     ~HomeScreen();
 
-    /// Asks the extension nothing any more, so that everybody who waits for it is answered soon. For the end.
+    /// Asks the extension nothing more, so that everyone who waits for an answer gets one soon. Call it
+    /// before the end.
     void stop();
 
-    /// `listener` is called whenever the state may be another, perhaps on several threads at once. The former
-    /// one is not called any more once this returns. Not to be called by a listener.
+    /// `listener` is called whenever the state may have changed, perhaps on several threads at once. Once
+    /// this returns, the listener before it is no longer called. A listener must not call this.
     void whenChanged(std::function<void()> listener);
-    /// Tells the listener that the state may be another.
+    /// Tells the listener that the state may have changed.
     void changed();
 
     // What it shows.

@@ -1,6 +1,6 @@
 #pragma once
 
-// The host's end of the socket by which other processes reach it.
+// The socket by which other processes reach a running home screen, and what they ask, from both ends.
 
 #include <filesystem>
 #include <functional>
@@ -9,6 +9,7 @@
 #include <string_view>
 #include <thread>
 #include <vector>
+#include "host/home/home_screen.h"
 #include "platform/base/file_descriptor.h"
 #include "platform/base/result.h"
 
@@ -46,5 +47,16 @@ private:
     platform::FileDescriptor wakeWriter_;
     std::thread thread_;
 };
+
+/// Answers a question of another process: those below and those of a WidgetCenter.
+platform::Result<std::string> answerQuestion(HomeScreen& home, std::string_view question);
+
+// Asking. `socket` is the host's (platform::hostSocketPath); errors are those of platform::askHost.
+
+bool isHostRunning(const std::filesystem::path& socket);
+/// The latest lines of the ledger about the widgets of that kind.
+platform::Result<std::string> askWhy(const std::filesystem::path& socket, const std::string& kind);
+/// Signs in as a user of the host's demo service, or out when the name is empty.
+platform::Result<void> askToSignIn(const std::filesystem::path& socket, const std::string& name);
 
 }  // namespace host

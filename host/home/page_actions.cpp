@@ -5,7 +5,6 @@
 #include "companion/user_choices.h"
 
 namespace host {
-
 namespace {
 
 using json = nlohmann::ordered_json;

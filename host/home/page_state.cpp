@@ -8,7 +8,6 @@
 #include "platform/json/json_document.h"
 
 namespace host {
-
 namespace {
 
 using nlohmann::ordered_json;

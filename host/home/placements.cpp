@@ -8,7 +8,6 @@
 #include "platform/json/json_document.h"
 
 namespace host {
-
 namespace {
 
 constexpr int columns = 2;

@@ -1,6 +1,7 @@
 #pragma once
 
-// What is to be painted, in painting order, with every frame: the last value before pixels.
+// What is to be painted, in painting order, with every frame: the last value before pixels. As JSON for
+// programs and as text for people.
 
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -80,7 +81,7 @@ struct DisplayItem {
 
 struct LinkArea {
     std::string url;
-    /// Its tap area: the label's frame within all clips; empty when nothing of it is to be seen.
+    /// Its tap area: the label's frame within all clips; empty when nothing of it can be seen.
     Rect frame;
 };
 
@@ -99,8 +100,35 @@ struct DisplayList {
 /// {"x","y","width","height"}
 nlohmann::ordered_json rectJson(const Rect& rect);
 
-/// The list as the command line prints it; GroupItems are left out, an image with bytes tells how many,
+/// The list as the command line prints it; GroupItems are left out, an image with bytes says how many,
 /// and an item that is cut has its "clips".
 nlohmann::ordered_json displayListJson(const DisplayList& list);
+
+/// "14,54.3 49.3x13.3": the corner and the size, to a hundredth of a point.
+std::string rectText(const Rect& rect);
+
+/// One item on one line, without a line end: what it is, its frame, then what differs from the usual.
+///
+///     text "NIFTY 50" 14,54.3 49.3x13.3 SFCompactDisplay-Medium 13 #FFFFFF
+///     text "a" 14,20 12x10 system 10 bold #FFFFFF + image "Up" limit 2 lines 2 alignment center
+///     image "Logo" 35,40 30x20 radius 4 within 40,40 20x20
+///     picture 5120 bytes 9f86d081884c7d65 14,10 60x40
+///     fill #FF0000@0.5 45,45 10x10 own 0.5 opacity 0.25
+///     stroke #FF0000 45,45 10x10 width 1
+///     begin 0.5
+///     end 0.5
+///
+/// "own" and "opacity" are left out where they are 1. Every clip has its own "within". A text's first
+/// run comes before the frame and the others follow after "+". The number after the bytes is a hash.
+std::string displayItemText(const DisplayItem& item);
+
+/// The widget on the first line, then its own address, its links and its items, one a line:
+///
+///     NewsWidget systemMedium 338x158 background #1A1A21
+///     opens https://example.com
+///     link 14,54.3 49.3x13.3 https://example.com/1
+///
+/// Every line ends with a line end.
+std::string displayListText(const DisplayList& list);
 
 }  // namespace host

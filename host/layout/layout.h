@@ -1,6 +1,7 @@
 #pragma once
 
-// Gives every view of a tree its frame, by the platform's rules of proposals and answers.
+// Gives every view of a tree its frame, by the platform's rules of proposals and answers, and lists what is
+// to be painted and where it can be tapped.
 
 #include <nlohmann/json_fwd.hpp>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-// The views of a tree in one list, each before what stands in it, with what layout keeps of them.
+// The views of a tree in one list, each before its children, with what layout keeps of them.
 
 #include <cstddef>
 #include <limits>
@@ -84,7 +84,7 @@ struct LayoutNode {
 /// children follow it.
 std::vector<LayoutNode> makeLayoutNodes(const platform::View& root);
 
-/// A length from a tree made harmless: no more than a million points, and 0 for what is no number.
+/// A length from a tree made harmless: no more than a million points, and 0 for what is not a number.
 double boundedLength(double length);
 
 }  // namespace host

@@ -42,9 +42,9 @@ public:
     virtual TextMeasure text(const std::vector<platform::TextRun>& runs, std::optional<int> lineLimit,
                              std::optional<double> width, std::optional<double> height) const = 0;
     virtual FontMetrics metrics(const std::vector<platform::TextRun>& runs) const = 0;
-    /// Natural size of an asset; nothing when there is none of that name.
+    /// Natural size of an asset; nothing when no asset has that name.
     virtual std::optional<platform::Size> asset(const std::string& name) const = 0;
-    /// Natural size of an encoded picture (a pixel is a point); nothing when the bytes are no picture.
+    /// Natural size of an encoded picture (a pixel is a point); nothing when the bytes are not a picture.
     virtual std::optional<platform::Size> picture(const platform::Bytes& bytes) const = 0;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The distances that views keep in a stack that names none.
+// The distances that views keep in a stack that sets none itself.
 
 #include <vector>
 #include "host/layout/layout_tree.h"

@@ -3,7 +3,6 @@
 #include "host/layout/layout.h"
 
 namespace host {
-
 namespace {
 
 LayoutOptions layoutOptions(const DrawnWidget& widget, const platform::Screen& screen, int osVersion) {

@@ -34,13 +34,13 @@ public:
     /// `memory` says what the child takes at the moment.
     ChildWatch(const ExtensionOptions& options, std::function<ProcessMemory()> memory, SteadyTime now);
 
-    /// Registers a question and gives it its number. Not when the child is leaving. `completion` comes back
-    /// once in the steps of `advance`, or from `withdraw`.
+    /// Registers a question and gives it its number. Must not be called when the child is leaving.
+    /// `completion` comes back once in the steps of `advance`, or from `withdraw`.
     void ask(brightledger::wire::Request& request, std::chrono::milliseconds limit, Completion completion,
              SteadyTime now);
     /// Takes back a question that could not be sent.
     Completion withdraw(std::uint64_t id);
-    /// The host wants no more of it; the caller closes its input.
+    /// The host no longer needs it; the caller closes its input.
     void beginEnd(SteadyTime now);
 
     // What happens to the child.

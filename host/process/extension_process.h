@@ -36,7 +36,7 @@ struct ExtensionOptions {
     std::vector<std::string> arguments;
     /// Receives the child's log line by line, on the child's thread. May be empty.
     std::function<void(std::string line)> log;
-    /// A child that was not asked for so long is asked to exit.
+    /// A child that was asked nothing for so long is told to exit.
     std::chrono::milliseconds idleLimit = std::chrono::minutes(1);
     /// A child whose peak was higher is killed while it owes an answer, as a phone does above 30 MB, and an
     /// answer that took more is not used. 0: no limit, since a sanitizer takes more by itself.

@@ -5,7 +5,6 @@
 #include "host/schedule/reload_plan.h"
 
 namespace host {
-
 namespace {
 
 using platform::Instant;

@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 
 namespace host {
-
 namespace {
 
 std::string_view description(LedgerEntry::Result result) {

@@ -14,7 +14,7 @@ namespace host {
 /// *Live* honours the asked date, but for a floor; *phone* gives a widget as few reloads as a phone does.
 enum class ReloadMode { live, phone };
 
-/// Who wants a widget anew.
+/// Who asks for a reload.
 enum class Requester {
     placement,  // it was just placed
     policy,     // its own timeline
@@ -81,7 +81,7 @@ public:
     /// ledger can say what was waited for.
     std::optional<NextReload> next(const Moment& now) const;
 
-    /// The reload that `next` told begins.
+    /// The reload that `next` described begins.
     void start(const Moment& now);
     /// It ended well. `entries` counts the timeline's entries, of which `last` is the latest date.
     void answered(const platform::TimelineReloadPolicy& policy, std::size_t entries, platform::Instant last,

@@ -3,7 +3,6 @@
 #include <utility>
 
 namespace host {
-
 namespace {
 
 /// Shorter waits for other answers are not worth a word in the ledger.

@@ -21,13 +21,13 @@ namespace host {
 class WidgetSchedule {
 public:
     /// `clock` is the one that the widgets see. `changed` is called on the schedule's thread, without any
-    /// lock, when a widget's state may be another. Everything given here must outlive the schedule.
+    /// lock, when a widget's state may have changed. Everything given here must outlive the schedule.
     WidgetSchedule(ExtensionProcess& extension, platform::Clock& clock, Ledger& ledger, ReloadMode mode,
                    std::function<void(int id)> changed);
     /// Waits for questions under way.
     ~WidgetSchedule();
 
-    /// Asks nothing any more; questions under way go on. For closing the extension before this ends.
+    /// Asks nothing more; questions under way go on. For closing the extension before this ends.
     void stopAsking();
 
     // See TimelineKeeper.

@@ -11,7 +11,6 @@
 #include "platform/json/json_document.h"
 
 namespace host {
-
 namespace {
 
 using platform::Bytes;

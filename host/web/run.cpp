@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 #include "host/home/home_screen.h"
-#include "host/home/host_questions.h"
 #include "host/home/host_socket.h"
 #include "host/process/demo_child.h"
 #include "host/process/program_options.h"
@@ -16,7 +15,6 @@
 #include "platform/wire/host_channel.h"
 
 namespace host {
-
 namespace {
 
 /// To standard error. Never waits: lines that nobody reads in time are dropped.

@@ -11,7 +11,6 @@
 #include "platform/base/ascii.h"
 
 namespace platform {
-
 namespace {
 
 namespace fs = std::filesystem;

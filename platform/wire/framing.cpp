@@ -7,7 +7,6 @@
 #include <system_error>
 
 namespace platform {
-
 namespace {
 
 /// A length within the limit needs no more bytes.

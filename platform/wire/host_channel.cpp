@@ -17,7 +17,6 @@
 #include "platform/wire/framing.h"
 
 namespace platform {
-
 namespace {
 
 using SteadyTime = std::chrono::steady_clock::time_point;

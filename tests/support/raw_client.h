@@ -5,6 +5,7 @@
 #include <boost/asio.hpp>
 #include <chrono>
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -23,8 +24,9 @@ public:
 
     /// Reads until `ending` has come, or to the end of the connection.
     std::string read(std::string_view ending = {}) {
+        if (ending.empty()) return (std::ostringstream() << rdbuf()).str();
         std::string text;
-        for (char byte = 0; (ending.empty() || !text.ends_with(ending)) && get(byte);) text += byte;
+        for (char byte = 0; !text.ends_with(ending) && get(byte);) text += byte;
         return text;
     }
 };

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 #include "host/gallery/state_sheet.h"
-#include "host/layout/display_list_text.h"
+#include "host/layout/display_list.h"
 #include "platform/base/clock.h"
 #include "tests/support/expected_text.h"
 #include "tests/support/temporary_directory.h"

@@ -9,7 +9,6 @@
 #include <thread>
 #include "companion/deep_link.h"
 #include "extension/app/presence/widget_kit_helper.h"
-#include "host/home/host_questions.h"
 #include "host/home/host_socket.h"
 #include "host/home/page_actions.h"
 #include "host/home/page_state.h"

@@ -1,8 +1,8 @@
 // What a laid out tree paints, in which colours, how it is cut, and where it can be tapped.
 
+#include "host/layout/display_list.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include "host/layout/display_list_text.h"
 #include "tests/host/layout/frames.h"
 
 namespace host {

@@ -41,7 +41,8 @@ TEST(Files, AreReplacedInOneStepAndReadWithinALimit) {
     ASSERT_TRUE(writeFile(file, ""));
     EXPECT_EQ(readFile(file, 10), "");
     EXPECT_EQ(readFile(folder.path() / "old", 10), "0123456789") << "the old file is not written into";
-    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
+    EXPECT_EQ(std::filesystem::status(file).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
     EXPECT_FALSE(writeFile(folder.path() / "missing" / "file", ""));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2)
         << "no drafts are left";

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 #include "extension/widgets/news/views/news_widget_entry_view.h"
-#include "host/layout/display_list_text.h"
+#include "host/layout/display_list.h"
 #include "tests/host/layout/plain_measurer.h"
 #include "tests/support/expected_text.h"
 #include "tests/support/test_runtime.h"
