@@ -70,6 +70,16 @@ platform::Result<std::vector<Placement>> placementsIn(const std::filesystem::pat
     return placements;
 }
 
+/// Gives the file another name, which it answers. The next save would overwrite it.
+std::filesystem::path setAside(const std::filesystem::path& file) {
+    std::error_code error;
+    std::filesystem::path aside = file;
+    for (int number = 1; std::filesystem::exists(std::filesystem::symlink_status(aside, error)); ++number)
+        (aside = file) += ".damaged-" + std::to_string(number);
+    std::filesystem::rename(file, aside, error);
+    return aside;
+}
+
 }  // namespace
 
 std::vector<GridPlace> packed(const std::vector<Placement>& placements) {
@@ -87,16 +97,19 @@ std::vector<GridPlace> packed(const std::vector<Placement>& placements) {
 
 platform::Result<void> Placements::load(std::vector<Placement> initial) {
     const std::lock_guard lock(mutex_);
-    placements_.clear();
+    platform::Result<void> outcome;
     std::error_code error;
-    if (std::filesystem::exists(file_, error)) {
-        auto read = TRY(placementsIn(file_));
-        initial = std::move(read);
+    if (std::filesystem::symlink_status(file_, error).type() != std::filesystem::file_type::not_found) {
+        if (auto read = placementsIn(file_)) {
+            initial = *std::move(read);
+        } else {
+            outcome = placementError(read.error().message + "; it is kept as " + setAside(file_).string());
+        }
     }
     placements_ = std::move(initial);
     lastId_ = 0;
     for (Placement& placement : placements_) placement.id = ++lastId_;
-    return {};
+    return outcome;
 }
 
 std::vector<Placement> Placements::all() const {

@@ -38,7 +38,8 @@ class Placements {
 public:
     explicit Placements(std::filesystem::path file) : file_(std::move(file)) {}
 
-    /// Reads the file; without one, places `initial`. When the file cannot be read nothing is placed.
+    /// Reads the file; without one, places `initial`. The same when it cannot be read or is damaged: then it
+    /// is kept under another name, and the error says so.
     platform::Result<void> load(std::vector<Placement> initial);
     std::vector<Placement> all() const;
 

@@ -16,6 +16,7 @@
 #include "host/process/demo_child.h"
 #include "host/schedule/day_strip.h"
 #include "host/web/page_server.h"
+#include "platform/base/files.h"
 #include "platform/wire/framing.h"
 #include "platform/wire/host_channel.h"
 #include "tests/support/raw_client.h"
@@ -47,7 +48,7 @@ TEST(Placements, ArePackedInOrderAndNeverOnAnEarlierPage) {
     EXPECT_THAT(packed({}), IsEmpty());
 }
 
-TEST(Placements, AreKeptInAFileOfTheOwnerAndADamagedFileIsAnError) {
+TEST(Placements, AreKeptInAFileOfTheOwnerAndADamagedFileIsKeptToo) {
     const tests::TemporaryDirectory folder;
     const auto file = folder.path() / "home-screen.json";
     {
@@ -65,12 +66,20 @@ TEST(Placements, AreKeptInAFileOfTheOwnerAndADamagedFileIsAnError) {
     struct stat status = {};
     ::stat(file.c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777, 0600U);
+    int damaged = 0;
     for (const char* nonsense : {"", "{", "[]", R"({"widgets":[{"kind":"A","family":"huge"}]})",
                                  R"({"widgets":[{"kind":1,"family":"systemSmall"}]})"}) {
         std::ofstream(file, std::ios::trunc) << nonsense;
-        EXPECT_FALSE(again.load({})) << nonsense;
-        EXPECT_THAT(again.all(), IsEmpty());
+        const std::string kept = file.string() + ".damaged-" + std::to_string(++damaged);
+        EXPECT_THAT(again.load({{1, "NewsWidget", WidgetFamily::systemLarge}}).error().message,
+                    HasSubstr(kept));
+        EXPECT_EQ(platform::readFile(kept, 1000), nonsense);
+        EXPECT_EQ(again.all().size(), 1U);
+        EXPECT_FALSE(std::filesystem::exists(file));
     }
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    EXPECT_FALSE(again.load({})) << "and does not wait for a writer";
+    ASSERT_TRUE(again.add("NewsWidget", WidgetFamily::systemLarge));
 }
 
 TEST(DeepLinks, AreTakenApartAsThePhoneAppWould) {
