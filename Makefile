@@ -1,7 +1,10 @@
 # The daily loop. Each target first installs what is missing (see setup/).
 MAKEFLAGS += --no-print-directory
 
-.PHONY: run build test bench lint format setup
+SEED ?= 1
+DAYS ?= 40
+
+.PHONY: run build test bench simulate lint format setup
 
 run: build
 	@build/brightledger run
@@ -20,6 +23,11 @@ test: build
 bench: build
 	@cmake --build --preset release --target brightledger_bench
 	@bench/run
+
+# Days of the home screen in virtual time, from a seed.
+simulate: build
+	@cmake --build --preset release --target brightledger_simulation
+	@build/release/tests/simulation/brightledger_simulation --seed $(SEED) --days $(DAYS)
 
 lint: setup
 	@cmake --preset debug >/dev/null

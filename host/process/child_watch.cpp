@@ -1,5 +1,6 @@
 #include "host/process/child_watch.h"
 
+#include <google/protobuf/stubs/logging.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -61,6 +62,8 @@ void ChildWatch::beginEnd(SteadyTime now) {
 
 void ChildWatch::received(std::string_view bytes, SteadyTime now) {
     frames_.append(bytes);
+    // Without it the library reports text that is not UTF-8 on standard error.
+    const google::protobuf::LogSilencer silencer;
     for (;;) {
         const Result<std::optional<std::string>> frame = frames_.next();
         wire::Reply reply;

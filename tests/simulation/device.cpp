@@ -81,6 +81,7 @@ private:
     void calm();
     void place();
     void setClock(Instant instant, double rate);
+    void stepClockBack(std::chrono::hours step);
     void setMode(ReloadMode mode);
     void signIn(const char* userId);
     void chooseAssets();
@@ -93,6 +94,7 @@ private:
 
     // The rules.
     void check();
+    void noteFailures();
     void checkLedger();
     void checkStart(const LedgerEntry& entry);
     void checkPicture(const host::WidgetState& state);
@@ -106,6 +108,7 @@ private:
     ProcessWeather processWeather_;
     Instant shownStart_;
     SteadyTime realStart_;
+    const SteadyTime birth_ = executor_.now();
     double rate_ = 1.0;
 
     std::unique_ptr<platform::Runtime> phone_;
@@ -186,7 +189,7 @@ platform::RuntimeOptions Device::runtimeOptions() const {
 }
 
 void Device::note(const std::string& text) {
-    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(executor_.now() - realStart_);
+    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(executor_.now() - birth_);
     std::string line =
         std::to_string(time.count()) + " ms, shown " + platform::formatInstant(shown()) + ": " + text;
     for (const char letter : line)
@@ -215,7 +218,7 @@ Findings Device::live(int days) {
         }
     };
     for (int day = 1; day <= days && findings_.broken.empty(); ++day) {
-        advanceTo(realStart_ + day * 24h);
+        advanceTo(birth_ + day * 24h);
         checkDay();
         if (day == 2) bytesOnDayTwo_ = mallinfo2().uordblks;
     }
@@ -260,6 +263,7 @@ void Device::ask(const host::TimelineQuestion& question) {
             note("widget " + std::to_string(question.widget) + " answered: " +
                  (answer ? std::to_string(answer->entries.size()) + " entries" : answer.error().message));
             keeper_.answered(question.number, std::move(answer), 0, moment());
+            noteFailures();
             hasNews_ = true;
         });
 }
@@ -297,7 +301,7 @@ void Device::changeWeather() {
 void Device::act() {
     executor_.after(random_.around(40min), [this] { act(); });
     hasNews_ = true;
-    switch (random_.below(14)) {
+    switch (random_.below(15)) {
         case 0: return place();
         case 1: {
             if (widgets_.size() < 2) return;
@@ -332,6 +336,7 @@ void Device::act() {
             return executor_.after(random_.around(5min), [this] { setClock(shown(), 1.0); });
         }
         case 10: note("killed"); return process_->kill(random_.happens(0.5) ? SIGKILL : SIGSEGV);
+        case 14: return stepClockBack(std::chrono::hours(1 + random_.below(72)));
         case 11: note("hung"); return process_->hang();
         case 12: note("grown"); return process_->grow();
         default: note("ended"); return process_->end();
@@ -355,6 +360,20 @@ void Device::setClock(Instant instant, double rate) {
     phone_->clock().set(shown(), 0.0);
     process_->setClock(shown());
     keeper_.clockSet(rate, moment());
+    for (auto& [id, widget] : widgets_) {
+        wish(id);
+        widget.grants.clear();
+    }
+    hasNews_ = true;
+}
+
+/// As a system's clock is set: nobody tells the home screen.
+void Device::stepClockBack(std::chrono::hours step) {
+    shownStart_ = shown() - step;
+    realStart_ = executor_.now();
+    note("the system's clock goes back");
+    phone_->clock().set(shown(), 0.0);
+    process_->setClock(shown());
     for (auto& [id, widget] : widgets_) {
         wish(id);
         widget.grants.clear();
@@ -433,12 +452,19 @@ void Device::noticeUser() {
     hasNews_ = true;
 }
 
-void Device::check() {
-    checkLedger();
+/// Right after each answer: the next reload may begin in the same step.
+void Device::noteFailures() {
     for (const host::WidgetState& state : keeper_.states(moment())) {
         Watched& widget = widgets_[state.id];
         if (state.failures > widget.failures) widget.failedAt = executor_.now();
         widget.failures = state.failures;
+    }
+}
+
+void Device::check() {
+    checkLedger();
+    for (const host::WidgetState& state : keeper_.states(moment())) {
+        const Watched& widget = widgets_[state.id];
         checkPicture(state);
         if (widget.wish && executor_.now() - *widget.wish > longestWait)
             broken("widget " + std::to_string(state.id) + " was asked for and never reloaded");

@@ -1,5 +1,6 @@
 #include "extension/app/bundle/message_loop.h"
 
+#include <google/protobuf/stubs/logging.h>
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -156,6 +157,7 @@ wire::Reply galleryReply(std::uint64_t id, const PerchWidgetBundle& bundle) {
 struct Conversation::State {
     Result<void> handleMessage(std::string_view message) {
         wire::Request request;
+        const google::protobuf::LogSilencer silencer;
         if (!request.ParseFromArray(message.data(), static_cast<int>(message.size())))
             return platform::failure("WireError", 3, "the host sent something that is not a message");
         if (request.has_hello()) {
