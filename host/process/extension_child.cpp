@@ -28,9 +28,6 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr std::size_t longestLogLine = 16384;
-/// More than twice what an extension of 30 MB takes with its libraries and its threads' stacks. The resident
-/// memory is only looked at now and then, and a child can take much between two looks.
-constexpr std::uint64_t mostAddressSpace = 256U << 20;
 
 /// A descriptor that becomes readable when the process ends. The C library's function is not declared for
 /// C++.
@@ -190,7 +187,7 @@ bool ExtensionChild::start() {
                        .arguments = options_.arguments,
                        .messages = childMessages_.number(),
                        .log = childLog_.number(),
-                       .addressSpace = options_.residentLimitKiB == 0 ? 0 : mostAddressSpace});
+                       .addressSpace = options_.addressSpaceLimit});
     }
     childMessages_.reset();
     childLog_.reset();

@@ -3,6 +3,7 @@
 // The extension as a child process: starting it, asking it, watching it, ending it.
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -41,6 +42,10 @@ struct ExtensionOptions {
     /// A child whose peak was higher is killed while it owes an answer, as a phone does above 30 MB, and an
     /// answer that took more is not used. 0: no limit, since a sanitizer takes more by itself.
     long residentLimitKiB = isSanitized ? 0 : 30L * 1024;
+    /// In bytes; 0: no limit. The resident memory is only looked at now and then, and a child can take much
+    /// between two looks. An extension of 30 MB takes less than half of this with its libraries and its
+    /// threads' stacks.
+    std::uint64_t addressSpaceLimit = isSanitized ? 0 : 256U << 20;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     static constexpr bool isSanitized = true;

@@ -246,8 +246,11 @@ TEST(ExtensionProcess, AChildThatBehavesBadlyIsEndedAndNotBelieved) {
          "the extension was ended by signal 6 (SIGABRT): broken"},
     };
     for (const auto& [script, expected] : speakers) {
-        ExtensionProcess extension(
-            {.program = "/bin/sh", .arguments = {"-c", script}, .log = {}, .residentLimitKiB = 30L * 1024});
+        ExtensionProcess extension({.program = "/bin/sh",
+                                    .arguments = {"-c", script},
+                                    .log = {},
+                                    .residentLimitKiB = 30L * 1024,
+                                    .addressSpaceLimit = 256U << 20});
         EXPECT_EQ(complaint(extension.gallery(patience)), expected) << script;
     }
 }
