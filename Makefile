@@ -4,7 +4,7 @@ MAKEFLAGS += --no-print-directory
 SEED ?= 1
 DAYS ?= 40
 
-.PHONY: run build test bench simulate lint format setup
+.PHONY: run build test bench simulate torture lint format setup
 
 run: build
 	@build/brightledger run
@@ -28,6 +28,11 @@ bench: build
 simulate: build
 	@cmake --build --preset release --target brightledger_simulation
 	@build/release/tests/simulation/brightledger_simulation --seed $(SEED) --days $(DAYS)
+
+# Kills, faults and deaths with the real programs; minutes. PART=store-kills runs one part.
+torture: build
+	@cmake --build --preset release --target store_writer
+	@tests/torture/torture.py $(PART)
 
 lint: setup
 	@cmake --preset debug >/dev/null
