@@ -98,7 +98,7 @@ private:
     void checkLedger();
     void checkStart(const LedgerEntry& entry);
     void checkPicture(const host::WidgetState& state);
-    void checkDay();
+    void checkDay(int day);
     void checkEnd();
 
     Random random_;
@@ -125,7 +125,6 @@ private:
     std::set<std::string> allowedUsers_{""};
     std::uint64_t lastEntry_ = 0;
     std::map<std::uint64_t, SteadyTime> running_;
-    std::size_t bytesOnDayTwo_ = 0;
     std::uint64_t marksSeen_ = 0;
     Findings findings_;
     std::deque<std::string> events_;
@@ -219,8 +218,7 @@ Findings Device::live(int days) {
     };
     for (int day = 1; day <= days && findings_.broken.empty(); ++day) {
         advanceTo(birth_ + day * 24h);
-        checkDay();
-        if (day == 2) bytesOnDayTwo_ = mallinfo2().uordblks;
+        checkDay(day);
     }
     if (findings_.broken.empty()) {
         executor_.clear();
@@ -523,10 +521,12 @@ void Device::checkPicture(const host::WidgetState& state) {
     }
 }
 
-void Device::checkDay() {
+void Device::checkDay(int day) {
     if (executor_.waiting() > 200) broken("work piles up");
     const std::size_t bytes = mallinfo2().uordblks;
-    if (bytesOnDayTwo_ > 0 && bytes > bytesOnDayTwo_ + (4U << 20)) broken("memory grows");
+    findings_.bytesOnLastDay = bytes;
+    if (day == 2) findings_.bytesOnDayTwo = bytes;
+    if (day > 2 && bytes > findings_.bytesOnDayTwo + (4U << 20)) broken("memory grows");
 }
 
 void Device::checkEnd() {

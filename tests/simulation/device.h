@@ -17,6 +17,9 @@ struct Findings {
     std::uint64_t fingerprint = 14695981039346656037U;
     /// The first rule that was broken; empty when all were kept.
     std::string broken = {};
+    /// In use by the process after the second and after the last day.
+    std::size_t bytesOnDayTwo = 0;
+    std::size_t bytesOnLastDay = 0;
     /// What happened last before it was.
     std::vector<std::string> lastEvents = {};
 };
