@@ -278,8 +278,7 @@ platform::Result<std::unique_ptr<DemoService>> DemoService::start(std::filesyste
     if (clock != nullptr) implementation->clock = clock;
     const std::lock_guard lock(implementation->mutex);
     auto server = serving::HttpServer::start(
-        port, [&service = *implementation](const Request& request) { return service.answer(request); },
-        {.connections = 256});
+        port, [&service = *implementation](const Request& request) { return service.answer(request); });
     if (!server) return tl::unexpected(server.error());
     implementation->server = std::move(*server);
     implementation->origin = implementation->server->origin();

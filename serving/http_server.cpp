@@ -1,11 +1,12 @@
 #include "serving/http_server.h"
-#include <atomic>
+#include <algorithm>
 #include <boost/asio.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
 #include <deque>
 #include <exception>
 #include <thread>
+#include "platform/base/ascii.h"
 
 namespace serving {
 
@@ -53,6 +54,27 @@ std::optional<Response> refusalFor(const beast::error_code& error) {
     const bool isBadRequest = error.category() == make_error_code(http::error::bad_method).category() &&
                               error != http::error::end_of_stream && error != http::error::partial_message;
     if (isBadRequest) return refusal(400, "not a request\n");
+    return std::nullopt;
+}
+
+/// Nothing when the request may come in.
+std::optional<Response> refusalAtTheDoor(const Request& request, const std::string& authority) {
+    const auto countOf = [&](std::string_view name) {
+        return std::ranges::count_if(request.headers, [&](const auto& header) {
+            return platform::equalsIgnoringAsciiCase(header.first, name);
+        });
+    };
+    if (countOf("Host") > 1) return refusal(400, "more than one Host header\n");
+    if (request.header("Host") != authority) return refusal(421, "this is not the host that you look for\n");
+    // The body of another coding has no known end, and what follows it would be taken for a request.
+    if (const auto coding = request.header("Transfer-Encoding");
+        countOf("Transfer-Encoding") > 1 ||
+        (coding && !platform::equalsIgnoringAsciiCase(*coding, "chunked")))
+        return refusal(501, "chunked is the only transfer coding that is known\n");
+    const auto site = request.header("Sec-Fetch-Site");
+    const auto origin = request.header("Origin");
+    if ((site && site != "same-origin" && site != "none") || (origin && origin != "http://" + authority))
+        return refusal(403, "not from our own page\n");
     return std::nullopt;
 }
 
@@ -122,8 +144,9 @@ bool EventStream::isOpen() const {
 }
 
 struct HttpServer::Implementation {
-    Implementation(Handler ownHandler, ServerLimits ownLimits)
+    Implementation(Handler ownHandler, ServerLimits ownLimits, KeyCheck ownKeyCheck)
         : handler(std::move(ownHandler)),
+          hasKey(std::move(ownKeyCheck)),
           limits(ownLimits),
           acceptor(network),
           workers(workerCount),
@@ -146,12 +169,16 @@ struct HttpServer::Implementation {
     asio::awaitable<void> wait(std::chrono::milliseconds duration);
 
     Handler handler;
+    KeyCheck hasKey;
     ServerLimits limits;
+    std::string authority;
     asio::io_context network{1};
     tcp::acceptor acceptor;
     asio::thread_pool workers;
     asio::thread_pool slowWorkers;
     std::size_t connections = 0;
+    /// The oldest first.
+    std::deque<beast::tcp_stream*> strangers;
     std::thread thread;
 };
 
@@ -164,6 +191,10 @@ asio::awaitable<void> HttpServer::Implementation::accept() {
             continue;
         }
         if (connections >= limits.connections) continue;
+        if (strangers.size() >= limits.strangers) {
+            strangers.front()->close();
+            strangers.pop_front();
+        }
         // Otherwise an event would wait until the reader has acknowledged the one before.
         beast::error_code ignored;
         socket.set_option(tcp::no_delay(true), ignored);
@@ -181,11 +212,13 @@ asio::awaitable<void> HttpServer::Implementation::wait(std::chrono::milliseconds
 asio::awaitable<void> HttpServer::Implementation::serve(tcp::socket socket) {
     beast::tcp_stream stream(std::move(socket));
     beast::flat_buffer buffer(limits.headerBytes + limits.bodyBytes);
+    strangers.push_back(&stream);
+    bool isStranger = true;
     for (;;) {
         BodyParser parser;
         parser.header_limit(static_cast<std::uint32_t>(limits.headerBytes));
         parser.body_limit(limits.bodyBytes);
-        stream.expires_after(limits.idle);
+        stream.expires_after(isStranger ? limits.strangerRequest : limits.idle);
         const auto [error, bytes] = co_await http::async_read(stream, buffer, parser, quiet);
         if (error) {
             if (const std::optional<Response> refused = refusalFor(error))
@@ -193,8 +226,16 @@ asio::awaitable<void> HttpServer::Implementation::serve(tcp::socket socket) {
             break;
         }
         const bool isHead = parser.get().method() == http::verb::head;
-        const bool keepAlive = parser.get().keep_alive();
         const Request request = requestFrom(parser.get());
+        if (std::optional<Response> refused = refusalAtTheDoor(request, authority)) {
+            co_await answer(stream, *std::move(refused), isHead, false);
+            break;
+        }
+        if (isStranger && (!hasKey || hasKey(request))) {
+            std::erase(strangers, &stream);
+            isStranger = false;
+        }
+        const bool keepAlive = parser.get().keep_alive() && !isStranger;
         stream.expires_never();
         Make make = [this, &request] { return handler(request); };
         Response response = co_await madeOn(workers, make);
@@ -204,6 +245,7 @@ asio::awaitable<void> HttpServer::Implementation::serve(tcp::socket socket) {
         }
         if (!co_await answer(stream, std::move(response), isHead, keepAlive)) break;
     }
+    std::erase(strangers, &stream);
     beast::error_code ignored;
     stream.socket().shutdown(tcp::socket::shutdown_send, ignored);
 }
@@ -285,14 +327,15 @@ asio::awaitable<void> HttpServer::Implementation::push(beast::tcp_stream& stream
 }
 
 platform::Result<std::unique_ptr<HttpServer>> HttpServer::start(std::uint16_t port, Handler handler,
-                                                                ServerLimits limits) {
-    auto server = std::make_unique<Implementation>(std::move(handler), limits);
+                                                                ServerLimits limits, KeyCheck hasKey) {
+    auto server = std::make_unique<Implementation>(std::move(handler), limits, std::move(hasKey));
     const tcp::endpoint endpoint(asio::ip::address_v4::loopback(), port);
     try {
         server->acceptor.open(endpoint.protocol());
         server->acceptor.set_option(asio::socket_base::reuse_address(true));
         server->acceptor.bind(endpoint);
         server->acceptor.listen();
+        server->authority = "127.0.0.1:" + std::to_string(server->acceptor.local_endpoint().port());
         asio::co_spawn(server->network, server->accept(), asio::detached);
         server->thread = std::thread([&network = server->network] { network.run(); });
     } catch (const boost::system::system_error& error) {

@@ -75,7 +75,12 @@ struct Response {
 };
 
 struct ServerLimits {
-    std::size_t connections = 64;
+    std::size_t connections = 256;
+    /// Of these, the connections that have sent no request with the key yet. One more closes the oldest of
+    /// them, so that they never keep out whoever has the key.
+    std::size_t strangers = 16;
+    /// How long a stranger may take for its request.
+    std::chrono::milliseconds strangerRequest = std::chrono::seconds(5);
     std::size_t headerBytes = 16U << 10;
     std::size_t bodyBytes = 1U << 20;
     /// The limit for the time between requests, and for the arrival of one whole request.
@@ -84,15 +89,24 @@ struct ServerLimits {
 
 /// Listens on 127.0.0.1 while it exists. A connection beyond the limit is closed at once. A request beyond a
 /// limit is answered with 413 or 431, a malformed one with 400, and its connection is closed.
+///
+/// Other names for this machine and other people's pages do not get in: a request needs exactly one Host
+/// header, which is "127.0.0.1:PORT" (otherwise 421), and what a browser says about where it comes from
+/// (Origin, Sec-Fetch-Site) must be our own page or the person who typed the address (otherwise 403).
 class HttpServer {
 public:
     /// Runs on the server's own worker threads, several at once. Should not throw; an exception
     /// becomes status 500.
     using Handler = std::function<Response(const Request&)>;
 
-    /// `port` 0 takes any free one. Fails (domain "ServerError") when the port is not available.
+    /// Whether a request holds the key of its server. Runs on the server's own threads, like the handler.
+    using KeyCheck = std::function<bool(const Request&)>;
+
+    /// `port` 0 takes any free one. Without `hasKey` nobody needs a key. Fails (domain "ServerError") when
+    /// the port is not available.
     static platform::Result<std::unique_ptr<HttpServer>> start(std::uint16_t port, Handler handler,
-                                                               ServerLimits limits = {});
+                                                               ServerLimits limits = {},
+                                                               KeyCheck hasKey = nullptr);
     /// Closes all connections and waits for handlers that are running.
     ~HttpServer();
 

@@ -40,6 +40,13 @@ bool isSame(std::string_view a, std::string_view b) {
 
 Response plain(int status, std::string text) { return {.status = status, .body = Bytes(std::move(text))}; }
 
+/// Cookies do not tell ports apart, so ours carries its port in the name. The server has made sure that the
+/// Host header is ours.
+std::string cookieName(const Request& request) {
+    const std::string_view host = *request.header("Host");
+    return "brightledger-" + std::string(host.substr(host.find(':') + 1));
+}
+
 Response jsonText(std::string text) {
     return {.contentType = "application/json", .body = Bytes(std::move(text))};
 }
@@ -123,17 +130,12 @@ platform::Result<std::unique_ptr<PageServer>> PageServer::start(HomeScreen& home
     page->pages_ = pages;
     page->token_ = secret();
     page->cookie_ = secret();
-    {
-        // The first request may come before the port is known.
-        const std::lock_guard lock(page->mutex_);
-        auto server = serving::HttpServer::start(
-            port,
-            [&self = *page](const Request& request) { return withSecurityHeaders(self.answer(request)); },
-            {.connections = 64, .headerBytes = 16U << 10, .bodyBytes = 64U << 10});
-        if (!server) return tl::unexpected(server.error());
-        page->server_ = std::move(*server);
-        page->port_ = page->server_->port();
-    }
+    auto server = serving::HttpServer::start(
+        port, [&self = *page](const Request& request) { return withSecurityHeaders(self.answer(request)); },
+        {.bodyBytes = 64U << 10},
+        [&self = *page](const Request& request) { return self.hasCookie(request); });
+    if (!server) return tl::unexpected(server.error());
+    page->server_ = std::move(*server);
     page->teller_ = std::jthread([&self = *page](const std::stop_token& end) {
         while (self.signal_->wait(end)) self.tell();
     });
@@ -143,13 +145,10 @@ platform::Result<std::unique_ptr<PageServer>> PageServer::start(HomeScreen& home
 
 PageServer::~PageServer() { home_.whenChanged(nullptr); }
 
-std::string PageServer::authority() const { return "127.0.0.1:" + std::to_string(port_); }
-
-std::string PageServer::address() const { return "http://" + authority() + "/?token=" + token_; }
+std::string PageServer::address() const { return server_->origin() + "/?token=" + token_; }
 
 bool PageServer::hasCookie(const Request& request) const {
-    // Cookies do not tell ports apart, so ours carries its port in the name.
-    const std::string name = "brightledger-" + std::to_string(port_) + "=";
+    const std::string name = cookieName(request) + "=";
     std::string_view cookies = request.header("Cookie").value_or("");
     while (!cookies.empty()) {
         const std::string_view cookie = cookies.substr(0, cookies.find("; "));
@@ -160,17 +159,17 @@ bool PageServer::hasCookie(const Request& request) const {
 }
 
 Response PageServer::answer(const Request& request) {
-    {
-        const std::lock_guard lock(mutex_);
-        if (request.header("Host") != authority())
-            return plain(421, "this is not the host that you look for\n");
-    }
     const auto token = serving::queryValue(request.query, "token");
     if (request.method == "GET" && request.path == "/" && token && isSame(*token, token_)) {
+        if (hasCookie(request)) return {.status = 303, .headers = {{"Location", "/"}}};
+        if (isTokenUsed_.exchange(true))
+            return plain(403,
+                         "This address has been opened once already. Stop the home screen and start it "
+                         "again for a new one.\n");
         return {.status = 303,
                 .headers = {{"Location", "/"},
-                            {"Set-Cookie", "brightledger-" + std::to_string(port_) + "=" + cookie_ +
-                                               "; Path=/; HttpOnly; SameSite=Strict"}}};
+                            {"Set-Cookie",
+                             cookieName(request) + "=" + cookie_ + "; Path=/; HttpOnly; SameSite=Strict"}}};
     }
     if (!hasCookie(request)) return plain(403, "Open the address that the program printed.\n");
     if (request.method == "GET" || request.method == "HEAD") return get(request);
@@ -217,7 +216,8 @@ Response PageServer::get(const Request& request) {
 }
 
 Response PageServer::post(const Request& request) {
-    if (request.header("Origin") != "http://" + authority()) return plain(403, "not from our own page\n");
+    // The server lets no foreign origin in, and every browser names it with a POST.
+    if (!request.header("Origin")) return plain(403, "not from our own page\n");
     if (request.path != "/act") return plain(404, "nothing here\n");
     const auto action = platform::parsedJson(request.body);
     if (!action || !action->is_object()) return plain(400, "not an action\n");

@@ -2,6 +2,7 @@
 
 // Serves the home screen's page to the person who was given its address, and to nobody else.
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -16,9 +17,9 @@
 
 namespace host {
 
-/// On 127.0.0.1 alone. Only who opens the printed address, which holds a token, gets the cookie that every
-/// other request needs; the Host header must be ours to the letter, so that no other name leads here;
-/// what changes something must be a POST from our own page.
+/// On 127.0.0.1 alone. Who opens the printed address first, which holds a token, gets the cookie that every
+/// other request needs; the token works once. What changes something must be a POST from our own page.
+/// Connections without the cookie get few places and little time (see `serving::ServerLimits`).
 class PageServer {
 public:
     /// `home` must outlive it. `pages` holds the page's files.
@@ -39,7 +40,6 @@ private:
     serving::Response post(const serving::Request& request);
     serving::Response events();
     bool hasCookie(const serving::Request& request) const;
-    std::string authority() const;
     /// Sends the state to all readers.
     void tell();
 
@@ -50,7 +50,7 @@ private:
     std::string cookie_;
     std::mutex mutex_;
     std::vector<std::shared_ptr<serving::EventStream>> readers_;
-    std::uint16_t port_ = 0;
+    std::atomic<bool> isTokenUsed_ = false;
     /// Shared with the home screen's listener, which may still be running when this ends.
     std::shared_ptr<Signal> signal_;
     // Last: the server's handlers and the teller use everything above until they end.

@@ -24,8 +24,9 @@ struct Answer {
 Answer ask(const DemoService& service, const std::string& method, const std::string& target,
            const std::string& content = {}) {
     tests::RawClient client(std::stoi(service.origin().substr(17)));
-    client.send(method + " " + target + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: " +
-                std::to_string(content.size()) + "\r\n\r\n" + content);
+    client.send(method + " " + target + " HTTP/1.1\r\n" + client.host() +
+                "Connection: close\r\nContent-Length: " + std::to_string(content.size()) + "\r\n\r\n" +
+                content);
     const std::string text = client.read();
     const std::size_t end = text.find("\r\n\r\n");
     if (end == std::string::npos) return {};

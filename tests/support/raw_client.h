@@ -16,9 +16,13 @@ class RawClient : public boost::asio::ip::tcp::iostream {
 public:
     explicit RawClient(int port)
         : basic_socket_iostream(boost::asio::ip::tcp::endpoint(boost::asio::ip::address_v4::loopback(),
-                                                               static_cast<std::uint16_t>(port))) {
+                                                               static_cast<std::uint16_t>(port))),
+          port_(port) {
         expires_after(std::chrono::seconds(5));
     }
+
+    /// The line of a request that our servers insist on.
+    std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port_) + "\r\n"; }
 
     void send(std::string_view text) { *this << text << std::flush; }
 
@@ -29,6 +33,9 @@ public:
         for (char byte = 0; !text.ends_with(ending) && get(byte);) text += byte;
         return text;
     }
+
+private:
+    int port_;
 };
 
 }  // namespace tests
