@@ -10,7 +10,7 @@ import subprocess
 import time
 import urllib.request
 
-DEATHS, HOMES, MOST_GROWTH_KIB = 1000, 8, 512
+DEATHS, HOMES, LEDGER, MOST_GROWTH_KIB = 1000, 8, 2000, 256
 # How a death reads in the history. A number is a signal that the extension sends itself.
 KINDS = {"9": "by signal 9", "11": "by signal 11", "6": "by signal 6", "19": "answered no ping", "exit0": "exit code 0",
          "exit1": "exit code 1", "half": "exit code 0", "close": "closed its output", "garbage": "not a message",
@@ -23,7 +23,7 @@ class Home:
     """A home screen with one widget, whose extension dies as it is told."""
 
     def __init__(self, programs, folder, findings):
-        self.folder, self.findings, self.color, self.kept = folder, findings, "#000000", []
+        self.folder, self.findings, self.color = folder, findings, "#000000"
         shutil.copytree(programs / "resources", folder / "resources")
         shutil.copy(programs / "brightledger", folder)
         shutil.copy(pathlib.Path(__file__).with_name("dying_extension.py"), folder / "brightledger-extension")
@@ -32,7 +32,7 @@ class Home:
         # With one arena that is trimmed, the memory that is held is close to the memory in use.
         self.host = subprocess.Popen(
             [folder / "brightledger", "run", "--service", "configured", "--data-dir", folder, "--for", "1500"],
-            text=True, stdout=subprocess.PIPE, env={**os.environ, "MALLOC_ARENA_MAX": "1", "MALLOC_TRIM_THRESHOLD_": "0"})
+            text=True, stdout=subprocess.PIPE, env={"MALLOC_ARENA_MAX": "1", "MALLOC_TRIM_THRESHOLD_": "0", **os.environ})
         self.origin, _, key = self.host.stdout.readline().strip().partition("/?")
         self.opener = urllib.request.build_opener(urllib.request.HTTPCookieProcessor())
         self.get(f"?{key}")
@@ -68,29 +68,20 @@ class Home:
 
     def die(self, death, number):
         """One death, and what must be as before after it. Before an idle death comes a new picture."""
-        (kind, phase), last = death.split(), self.ledger()[-1]["number"]
-        self.color = f"#0000{number:02X}" if phase == "idle" else self.color
-        self.plan(death, self.color if phase == "idle" else "#FF0000")
+        kind, is_idle, last = death.split()[0], "idle" in death, self.ledger()[-1]["number"]
+        self.color = f"#0000{number:02X}" if is_idle else self.color
+        self.plan(death, self.color if is_idle else "#FF0000")
         self.get("act", action="reload", id=1)
-        if phase == "idle":
+        if is_idle:
             self.wait(lambda: self.get("picture/1") != self.picture, f"a picture before {kind}")
             self.picture = self.get("picture/1")
-        if phase == "idle" and kind in ("19", "grow"):  # which only the next question finds out
+        # Only the next question finds out that an idle one hangs or is too large.
+        is_over = is_idle and kind not in ("19", "grow")
+        if is_idle and not is_over:
             self.get("act", action="reload", id=1)
-        if phase == "idle" and kind not in ("19", "grow"):
-            self.wait(lambda: not self.child(), f"the end by {kind}")
-        else:
-            words = KINDS.get(death, KINDS[kind])
-            self.wait(lambda: any(words in entry["reason"] for entry in self.ledger(last)), death)
+        self.wait(lambda: not self.child() if is_over else any(
+            KINDS.get(death, KINDS[kind]) in entry["reason"] for entry in self.ledger(last)), death)
         self.check(self.get("picture/1") == self.picture, f"another picture after {death}")
-
-    def look(self):
-        """Descriptors, children and KiB of anonymous memory, without an extension."""
-        self.plan("none none", self.color)
-        process = pathlib.Path(f"/proc/{self.host.pid}")
-        children = "".join(file.read_text() for file in process.glob("task/*/children")).split()
-        kibibytes = int((process / "smaps_rollup").read_text().partition("Anonymous:")[2].split()[0])
-        self.kept.append((len(os.listdir(process / "fd")), len(children), kibibytes))
 
     def pauses(self, rate=1, latest=1e9):
         """How long the timeline's requests waited after failures: 1, 2, 4 … 300 seconds."""
@@ -104,14 +95,25 @@ class Home:
             end, failures = start + entry["durationMs"] / 1000, (failures + 1) * (entry["result"] == "failed")
         return pauses
 
+    def held(self):
+        """Descriptors and children, and KiB of anonymous memory, without an extension."""
+        proc = pathlib.Path(f"/proc/{self.host.pid}")
+        children = sum(len(file.read_text().split()) for file in proc.glob("task/*/children"))
+        kibibytes = (proc / "smaps_rollup").read_text().partition("Anonymous:")[2].split()[0]
+        return len(os.listdir(proc / "fd")), children, int(kibibytes)
+
     def hammer(self, deaths):
+        while len(self.ledger()) < LEDGER:  # so that it grows no more
+            for _ in range(200):
+                self.get("act", action="reload", id=1)
+        self.die("9 asked", 0)
+        before = self.held()
         for number, death in enumerate(deaths, start=1):
             self.die(death, number)
-            if number in (max(1, len(deaths) // 5), len(deaths)):
-                self.look()
-        (files, _, before), (files_after, children, after) = self.kept[0], self.kept[-1]
-        self.check(files_after <= files and not children and after <= before + MOST_GROWTH_KIB, f"kept {self.kept}")
-        return self.pauses()
+        self.plan("none none", self.color)
+        self.wait(lambda: self.held()[:2] <= (before[0], 0), "no more descriptors and children than before")
+        self.check(self.held()[2] <= before[2] + MOST_GROWTH_KIB, f"memory grew from {before} to {self.held()}")
+        return self.pauses(), f"{before} to {self.held()}"
 
     def climb(self, number, rungs):
         rate = 3600 if number == 0 else 1
@@ -122,27 +124,24 @@ class Home:
         time.sleep(2 ** rungs - 1)
         self.wait(lambda: f"for {min(2 ** rungs, 300)} s" in self.ledger()[-1]["reason"], "the last pause")
         self.check(self.get("picture/1") == self.picture, "another picture")
-        return self.pauses(rate, latest=1)
+        return self.pauses(rate, latest=1), ""
 
 
 def run(programs, folder, count):
-    findings, count = [], count or DEATHS
-    deaths = (ALL * (count // len(ALL) + 1))[:count]
-    rungs = 9 if count >= DEATHS else 3  # 1 to 256 s take 511 s; then comes the pause of 300 s
-
+    findings, deaths = [], (ALL * 1000)[:count or DEATHS]
+    rungs = 3 if count else 9  # 1 to 256 s take 511 s; then comes the pause of 300 s
     # One after the other: no process may start while a program is being copied.
     homes = [Home(programs, folder / str(number), findings) for number in range(HOMES + len(LADDERS))]
 
-    def live(number):
-        home = homes[number]
-        pauses = home.hammer(deaths[number::HOMES]) if number < HOMES else home.climb(number - HOMES, rungs)
+    def live(number, home):
+        result = home.hammer(deaths[number::HOMES]) if number < HOMES else home.climb(number - HOMES, rungs)
         home.host.terminate()
         home.check(home.host.wait(20) == 0, f"exit code {home.host.returncode}")
-        return pauses, home.kept
+        return result
 
     with concurrent.futures.ThreadPoolExecutor(len(homes)) as threads:
-        lives = list(threads.map(live, range(len(homes))))
+        lives = list(threads.map(live, range(len(homes)), homes))
     pauses = [pause for pauses, _ in lives for pause in pauses]
-    print(f"  {count} deaths at a person's reloads, {(rungs + 1) * len(LADDERS)} at the timeline's; {len(pauses)} pauses"
-          f" up to {max(pauses):.1f} s\n  descriptors, children, KiB:", *(f"{kept[0]}-{kept[-1]}" for _, kept in lives if kept))
+    print(f"  {len(deaths)} deaths at a person's reloads, {(rungs + 1) * len(LADDERS)} at the timeline's; {len(pauses)} pauses"
+          f" up to {max(pauses):.1f} s\n  descriptors, children, KiB:", *(held for _, held in lives if held), sep="\n  ")
     return findings

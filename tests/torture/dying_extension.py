@@ -18,8 +18,7 @@ def die_at(point):
     grown = kind == "grow" and bytearray(b"x") * (64 << 20)
     if kind == "close":
         os.closerange(0, 2)
-    if kind in ("half", "garbage"):
-        os.write(1, b"\x63half of it" if kind == "half" else b"\xff" * 999)
+    os.write(2 if kind == "close" else 1, {"half": b"\x63half of it", "garbage": b"\xff" * 999}.get(kind, b""))
     if grown or kind in ("close", "garbage"):
         time.sleep(600)
     os._exit(kind == "exit1")
@@ -33,14 +32,16 @@ if not os.path.exists("ladder"):  # where every life ends by the same plan
 die_at("start")
 os.write(1, b"\x04" + field(2, b"\x08\x01"))
 die_at("greeted")
-view = b'{"type":"color","color":{"hex":"%s"}}' % color.encode()
+entry = field(1, field(3, b'{"type":"color","color":{"hex":"%s"}}' % color.encode()))
 widget = field(1, field(1, b"NewsWidget") + field(4, b"systemLarge"))
-REPLIES = {3: field(3, widget), 4: field(4, field(1, field(3, view))), 6: field(5, b"")}
 while size := os.read(0, 1):
     message = os.read(0, size[0])  # requests are short, and so are their ids
     what = message[2] >> 3 if message[0] == 8 else 0
-    point = phase if what == 4 else ""
-    die_at("asked" if point == "asked" else "")
-    reply = message[:2] + REPLIES[what] if what in REPLIES else b""
-    os.write(1, (bytes([len(reply)]) + reply)[:len(reply) // 2 if point == "answering" else 128 * bool(reply)])
-    die_at(point)
+    reply = {3: field(3, widget), 4: field(4, entry), 6: field(5, b"")}.get(what)
+    if what == 4 and phase == "asked":
+        die_at("asked")
+    if reply:
+        frame = bytes([len(reply) + 2]) + message[:2] + reply
+        os.write(1, frame[:len(frame) // 2 if what == 4 and phase == "answering" else 128])
+    if what == 4:
+        die_at(phase)
