@@ -6,8 +6,10 @@
 #include <csignal>
 #include <functional>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 #include "host/cli/commands.h"
@@ -81,11 +83,21 @@ public:
         } catch (const CLI::ParseError& wrong) {
             return complain({"UsageError", 2, wrong.what()});
         }
-        const Result<void> done = chosen_();
+        const Result<void> done = runChosen();
         return done ? 0 : complain(done.error());
     }
 
 private:
+    /// Memory or threads that the system refuses are what the standard library throws for.
+    Result<void> runChosen() {
+        try {
+            return chosen_();
+        } catch (const std::bad_alloc&) {
+            return platform::failure("SystemError", 1, "there is not enough memory");
+        } catch (const std::system_error& refused) {
+            return platform::failure("SystemError", 1, refused.what());
+        }
+    }
     CLI::App* add(CLI::App& parent, const char* name, const char* description, Command command) {
         CLI::App* subcommand = parent.add_subcommand(name, description);
         subcommand->callback([this, own = std::move(command)] { chosen_ = own; });

@@ -10,9 +10,13 @@ import sys
 import tempfile
 import time
 
+import deaths
 import store_kills
+import syscalls
 
-PARTS = {"store-kills": store_kills.run}
+PARTS = {"store-kills": store_kills.run,
+         "syscalls": syscalls.run,
+         "deaths": deaths.run}
 
 
 def main():
